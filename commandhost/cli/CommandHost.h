@@ -1,0 +1,61 @@
+// The command host: holds the command tree, parses and checks a command line against the
+// command's declared input, runs it, and formats the result. `autocli` is a thin main over it;
+// tests drive the same path in-process.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cpptools/AutoCli.h"
+#include "cpptools/CallSpec.h"
+
+namespace CommandHost {
+
+using RegisterFunction = void (*)(std::shared_ptr<CppTools::AutoCli::NamespaceNode>&);
+
+// Exit statuses of a run.
+enum ExitStatus {
+    ExitOk = 0,
+    ExitCommandError = 1,  // the command reported an error, or its Bool root is false
+    ExitRefused = 2,       // the host refused the command line
+    ExitException = 3,     // an exception left the command, or a plug-in could not be loaded
+};
+
+struct RunResult {
+    ExitStatus status = ExitOk;
+    // The command that was resolved, null when the path named none.
+    std::shared_ptr<CppTools::AutoCli::CommandSpec> command;
+    // What the command left; null when it did not run.
+    std::shared_ptr<CppTools::CallSpec::Output> output;
+    // The host's own messages: a refusal of the command line, or an escaped exception.
+    std::vector<std::string> hostMessages;
+};
+
+class CommandHost {
+public:
+    CommandHost();
+
+    // Calls a plug-in's entry with the root.
+    void Register(RegisterFunction entry);
+    // Loads every lib*.so of `directory`, in name order, and registers it. Throws
+    // std::runtime_error naming the library when one cannot be loaded.
+    void LoadPlugins(const std::string& directory);
+
+    const std::shared_ptr<CppTools::AutoCli::NamespaceNode>& GetRoot() const { return root_; }
+
+    // Resolves, parses, checks and executes a command line given as the words after the
+    // program's own options, "network nic up -n hwnic0". Help is not handled here.
+    RunResult Run(const std::vector<std::string>& words);
+
+    // The whole of autocli after plug-in loading: global options (--formatter, --help), help
+    // for namespaces and commands, running, formatting, and printing to `out` and `err`.
+    // Returns the exit status.
+    int Main(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
+
+private:
+    std::shared_ptr<CppTools::AutoCli::NamespaceNode> root_;
+};
+
+}  // namespace CommandHost

@@ -1,0 +1,129 @@
+// Command declarations as data. A command's description, default output, parameters and result
+// shape are static tables in its source file; the helpers here turn them into the specs and
+// structs the command host asks for, so that the help and the checks come from one table.
+#pragma once
+
+#include <memory>
+#include <span>
+
+#include "cpptools/AutoCli.h"
+#include "cpptools/CallSpec.h"
+#include "cpptools/MetaObj.h"
+
+namespace ZanvexCli::NetworkNamespace {
+
+using CppTools::AutoCli::Command;
+using CppTools::CallSpec::Input;
+using CppTools::CallSpec::InputSpec;
+using CppTools::CallSpec::Output;
+using CppTools::CallSpec::OutputSpec;
+using CppTools::MetaObj::MetaBool;
+using CppTools::MetaObj::MetaInt;
+using CppTools::MetaObj::MetaList;
+using CppTools::MetaObj::MetaString;
+using CppTools::MetaObj::MetaStruct;
+
+namespace Declare {
+
+enum class Type { String, Int, Bool, Flag, List };
+
+struct Choice {
+    const char* value;
+    const char* description = nullptr;  // null: the value has no description
+};
+
+// One row of a parameter table. At most one constraint is filled: `range` (with `low` and
+// `high`), `intChoices`, `stringChoices` or `regex`.
+struct Parameter {
+    const char* name;
+    const char* shortName;  // null: no short name
+    Type type;
+    bool required;
+    const char* description;
+    bool range = false;
+    long low = 0;
+    long high = 0;
+    std::span<const long> intChoices = {};
+    std::span<const Choice> stringChoices = {};
+    const char* regex = nullptr;
+};
+
+enum class FieldType { String, Int, Bool, StringList, Struct };
+
+struct StructShape;
+
+struct Field {
+    const char* name;
+    FieldType type;
+    const StructShape* nested = nullptr;  // for FieldType::Struct
+};
+
+struct StructShape {
+    const char* name;
+    std::span<const Field> fields;
+};
+
+struct OutputParameter {
+    const char* key;
+    const char* value;
+};
+
+enum class Root { Bool, Int, String, Struct, List };
+
+struct CommandShape {
+    const char* description;
+    const char* formatter;  // null: no default formatter
+    std::span<const OutputParameter> outputParameters;
+    std::span<const Parameter> parameters;
+    Root root;
+    const StructShape* structure = nullptr;  // the struct, or a list's element, for Struct and List
+};
+
+// Every field present with its empty typed value, nested structs included.
+std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape);
+std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters);
+std::shared_ptr<OutputSpec> MakeOutputSpec(const CommandShape& shape);
+// Description and default output, as a constructor sets them.
+void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& shape);
+
+}  // namespace Declare
+
+// Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
+// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
+template <class Self>
+class DeclaredCommand : public virtual Command {
+public:
+    static std::shared_ptr<Self> New() {
+        auto command = std::make_shared<Self>();
+        command->PrimeThis(command);
+        return command;
+    }
+
+    static std::shared_ptr<MetaStruct> GetOutputStructure() {
+        return Declare::MakeStruct(*Self::kShape.structure);
+    }
+
+    DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
+
+protected:
+    std::shared_ptr<InputSpec> GetInputSpecInternal() override {
+        return Declare::MakeInputSpec(Self::kShape.parameters);
+    }
+    std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
+        return Declare::MakeOutputSpec(Self::kShape);
+    }
+};
+
+// Declares a command class of a subsystem header; its source file defines kShape and
+// ExecuteInternal.
+#define NETWORK_COMMAND(ClassName)                                                    \
+    class ClassName final : public DeclaredCommand<ClassName> {                       \
+    public:                                                                           \
+        static const Declare::CommandShape kShape;                                    \
+                                                                                      \
+    protected:                                                                        \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,                     \
+                             const std::shared_ptr<Output>& output) override;         \
+    }
+
+}  // namespace ZanvexCli::NetworkNamespace

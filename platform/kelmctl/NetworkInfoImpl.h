@@ -1,0 +1,18 @@
+// The host's implementation of the network model root.
+#pragma once
+
+#include "hostctl/NetworkInfo.h"
+
+namespace KelmCtl::Network {
+
+class NetworkInfoImpl : public HostCtl::Network::NetworkInfo {
+public:
+    NetworkInfoImpl();
+    ~NetworkInfoImpl() override;
+    std::vector<std::unique_ptr<HostCtl::Network::Pnic>> GetPnics(
+        HostCtl::Network::PnicGetType type) override;
+    std::unique_ptr<HostCtl::Network::Pnic> GetPnicByName(const std::string& name,
+                                                          bool refresh) override;
+};
+
+}  // namespace KelmCtl::Network

@@ -1,0 +1,87 @@
+// Fixtures for command tests: each test gets a fresh state directory, and runs commands
+// in-process through the same parse, check and execute path as autocli.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "commandhost/cli/CommandHost.h"
+#include "cpptools/MetaObj.h"
+#include "hostsim/Control.h"
+
+namespace Testing {
+
+// A temporary directory removed with everything in it when the object goes.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    const std::string& Path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+// The plug-in's tree, registered once per process.
+CommandHost::CommandHost& PluginHost();
+
+class CommandTest : public ::testing::Test {
+protected:
+    // A fresh state directory, which the simulated host fills with the default host on first
+    // use; no faults.
+    void SetUp() override;
+    void TearDown() override;
+
+    // Runs "network <words...>" in-process.
+    CommandHost::RunResult Run(const std::vector<std::string>& words);
+
+    // Runs and expects success; returns the root.
+    std::shared_ptr<CppTools::MetaObj::MetaValue> RunOk(const std::vector<std::string>& words);
+    std::shared_ptr<CppTools::MetaObj::MetaList> RunList(const std::vector<std::string>& words);
+    std::shared_ptr<CppTools::MetaObj::MetaStruct> RunStruct(const std::vector<std::string>& words);
+    // Runs and expects exactly one error message and no root; returns the message.
+    std::string RunError(const std::vector<std::string>& words);
+
+    const std::string& StateDirectory() const { return state_->Path(); }
+
+private:
+    std::unique_ptr<TemporaryDirectory> state_;
+};
+
+// Reading result values.
+std::string Str(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
+long Int(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
+bool Bool(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
+std::vector<std::string> Strings(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row,
+                                 const std::string& field);
+std::shared_ptr<CppTools::MetaObj::MetaStruct> Nested(
+    const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
+std::vector<std::shared_ptr<CppTools::MetaObj::MetaStruct>> Rows(
+    const std::shared_ptr<CppTools::MetaObj::MetaList>& list);
+// The row whose `field` is `value`; fails the test when there is none.
+std::shared_ptr<CppTools::MetaObj::MetaStruct> RowWhere(
+    const std::shared_ptr<CppTools::MetaObj::MetaList>& list, const std::string& field,
+    const std::string& value);
+
+// Running the real binaries.
+struct ProcessResult {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+// Runs autocli with `arguments` (after the program name), with HOSTSIM_DIR set to
+// `stateDirectory` and the extra environment given.
+ProcessResult RunAutocli(const std::vector<std::string>& arguments,
+                         const std::string& stateDirectory,
+                         const std::map<std::string, std::string>& environment = {});
+ProcessResult RunHostsim(const std::vector<std::string>& arguments,
+                         const std::string& stateDirectory,
+                         const std::map<std::string, std::string>& environment = {});
+
+}  // namespace Testing
