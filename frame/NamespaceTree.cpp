@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "frame/Registration.h"
 #include "nic/NicCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -315,8 +316,7 @@ constexpr EntryRow kEntries[] = {
 }  // namespace
 }  // namespace ZanvexCli::NetworkNamespace
 
-extern "C" __attribute__((visibility("default"))) void AutoCli_RegisterNamespaces(
-    std::shared_ptr<CppTools::AutoCli::NamespaceNode>& root) {
+void AutoCli_RegisterNamespaces(std::shared_ptr<CppTools::AutoCli::NamespaceNode>& root) {
     using namespace ZanvexCli::NetworkNamespace;
     std::unordered_map<std::string_view, std::shared_ptr<NamespaceNode>> namespaces;
     namespaces.reserve(std::size(kNamespaces));

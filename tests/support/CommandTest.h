@@ -50,6 +50,21 @@ protected:
 
     const std::string& StateDirectory() const { return state_->Path(); }
 
+    struct SweepRules {
+        // A failure of one of these operations is handled inside the run, which then succeeds.
+        std::vector<std::string> handledOperations;
+        // The command leaves a root beside its error messages.
+        bool rootMayStay = false;
+    };
+
+    // The fault sweep: records the host operations of a normal run of `words` on a fresh
+    // default host, then runs it once per operation on another fresh host with that operation
+    // failing. Every such run must end with error messages and no root (or as `rules` say) and
+    // must not let the exception escape. Returns the operations swept, so a test can check the
+    // sweep saw what it expects.
+    std::vector<HostSim::OperationCall> ExpectEveryFaultFails(const std::vector<std::string>& words,
+                                                              const SweepRules& rules = {});
+
 private:
     std::unique_ptr<TemporaryDirectory> state_;
 };
