@@ -14,6 +14,10 @@ void UseStateDirectory(const std::string& directory);
 // ${XDG_STATE_HOME:-$HOME/.local/state}/hostsim.
 std::string StateDirectory();
 
+// Replaces the host in the state directory with the one a profile (JSON text, the format of
+// `hostsim export`) describes; sections the profile leaves out are empty.
+void ImportProfile(const std::string& profileJson);
+
 // While set, the operation ("Pnic::SetLinkState") throws HostCtlException with `message`,
 // for any object when `object` is empty, else only for that object. Faults from
 // HOSTSIM_FAULTS apply as well.
