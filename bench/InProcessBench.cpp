@@ -1,0 +1,57 @@
+// In-process figures: registration of the whole tree, and `nic list` on the default host and on
+// hosts scaled up, through the same parse, check and execute path as autocli.
+#include <benchmark/benchmark.h>
+
+#include <stdexcept>
+
+#include "frame/Registration.h"
+#include "support/CommandTest.h"
+
+namespace {
+
+void RegisterTree(benchmark::State& state) {
+    for (auto _ : state) {
+        std::shared_ptr<CppTools::AutoCli::NamespaceNode> root = CppTools::AutoCli::Namespace::New();
+        AutoCli_RegisterNamespaces(root);
+        benchmark::DoNotOptimize(root);
+    }
+}
+BENCHMARK(RegisterTree)->Unit(benchmark::kMicrosecond);
+
+// A state directory made by `hostsim init` with the given scale (0: the default host as it is).
+class ScaledHost {
+public:
+    explicit ScaledHost(long scale) {
+        std::vector<std::string> arguments{"init"};
+        if (scale > 0) {
+            arguments.push_back("--scale=" + std::to_string(scale));
+        }
+        auto result = Testing::RunHostsim(arguments, directory_.Path());
+        if (result.status != 0) {
+            throw std::runtime_error("hostsim init failed: " + result.err);
+        }
+        HostSim::UseStateDirectory(directory_.Path());
+    }
+
+private:
+    Testing::TemporaryDirectory directory_;
+};
+
+void NicList(benchmark::State& state) {
+    ScaledHost host(state.range(0));
+    const std::vector<std::string> line{"network", "nic", "list"};
+    long rows = 0;
+    for (auto _ : state) {
+        auto result = Testing::PluginHost().Run(line);
+        auto list = std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(
+            result.output->GetRootObject());
+        rows = list ? static_cast<long>(list->GetCount()) : -1;
+    }
+    state.counters["nics"] = static_cast<double>(rows);
+    state.SetComplexityN(rows);
+}
+BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(100)->Unit(benchmark::kMicrosecond)->Complexity();
+
+}  // namespace
+
+BENCHMARK_MAIN();

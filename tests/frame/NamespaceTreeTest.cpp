@@ -1,0 +1,116 @@
+// The registered `network` tree: its shape, descriptions and the commands' declarations.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+#include "cpptools/AutoCli.h"
+#include "frame/Registration.h"
+
+namespace {
+
+using CppTools::AutoCli::CommandSpec;
+using CppTools::AutoCli::Namespace;
+using CppTools::AutoCli::NamespaceNode;
+using CppTools::AutoCli::NodeTypeCommand;
+using CppTools::AutoCli::NodeTypeNamespace;
+
+std::shared_ptr<NamespaceNode> RegisterTree() {
+    std::shared_ptr<NamespaceNode> root = Namespace::New();
+    AutoCli_RegisterNamespaces(root);
+    return root;
+}
+
+void Walk(const std::shared_ptr<NamespaceNode>& node,
+          const std::function<void(const std::shared_ptr<NamespaceNode>&)>& visit) {
+    visit(node);
+    for (const auto& child : node->GetNamespaceNodes()) {
+        Walk(child, visit);
+    }
+}
+
+TEST(NamespaceTree, RootGetsExactlyNetworkWithItsNineChildrenInOrder) {
+    auto root = RegisterTree();
+    EXPECT_EQ(root->GetNamespaceNodeNames(), std::vector<std::string>{"network"});
+    auto network = root->GetNamespaceNode("network");
+    ASSERT_TRUE(network);
+    EXPECT_EQ(network->GetNamespaceNodeNames(),
+              (std::vector<std::string>{"ip", "multicast", "nic", "sriovnic", "vswitch",
+                                        "firewall", "port", "vm", "ens"}));
+    EXPECT_EQ(network->GetParent(), root);
+}
+
+TEST(NamespaceTree, HasNinetyOneDescribedNamespacesAndDescribedCommands) {
+    auto network = RegisterTree()->GetNamespaceNode("network");
+    int namespaces = 0;
+    std::set<std::string> commandPaths;
+    Walk(network, [&](const std::shared_ptr<NamespaceNode>& node) {
+        EXPECT_FALSE(node->GetDescription().empty()) << node->GetPathString(' ');
+        if (node->GetType() == NodeTypeNamespace) {
+            ++namespaces;
+            return;
+        }
+        ASSERT_EQ(node->GetType(), NodeTypeCommand);
+        EXPECT_TRUE(node->GetNamespaceNodes().empty());
+        commandPaths.insert(node->GetPathString(' '));
+    });
+    EXPECT_EQ(namespaces, 91);
+    for (const char* path : {"network nic list", "network nic up", "network nic get",
+                             "network nic down"}) {
+        EXPECT_TRUE(commandPaths.count(path)) << path;
+    }
+}
+
+TEST(NamespaceTree, NicEntriesKeepTheirRegistrationOrderAroundSubNamespaces) {
+    auto nic = RegisterTree()->GetNamespaceNode("network")->GetNamespaceNode("nic");
+    ASSERT_TRUE(nic);
+    auto names = nic->GetNamespaceNodeNames();
+    ASSERT_GE(names.size(), 5u);
+    EXPECT_EQ(std::vector<std::string>(names.begin(), names.begin() + 5),
+              (std::vector<std::string>{"list", "up", "get", "down", "stats"}));
+    EXPECT_EQ(names.back(), "attachment");
+}
+
+TEST(NamespaceTree, NodesKnowThemselvesAndTheirPaths) {
+    auto root = RegisterTree();
+    std::list<std::string> path{"network", "nic", "list", "extra"};
+    auto node = root->ResolveNode(path);
+    ASSERT_TRUE(node);
+    EXPECT_EQ(path, std::list<std::string>{"extra"});
+    EXPECT_EQ(node->GetPathString(' '), "network nic list");
+    EXPECT_EQ(node->GetThis(), node);
+    auto ipv4 = root->GetNamespaceNode("network")
+                    ->GetNamespaceNode("ip")
+                    ->GetNamespaceNode("interface")
+                    ->GetNamespaceNode("ipv4");
+    ASSERT_TRUE(ipv4);
+    EXPECT_TRUE(ipv4->HasNamespaceNode("address"));
+    EXPECT_EQ(ipv4->GetDescription(), "Commands to get and set IPv4 settings for kelmnic.");
+}
+
+TEST(NamespaceTree, EveryCommandDeclaresItsSpecsAndDefaultOutput) {
+    auto network = RegisterTree()->GetNamespaceNode("network");
+    Walk(network, [](const std::shared_ptr<NamespaceNode>& node) {
+        auto command = std::dynamic_pointer_cast<CommandSpec>(node);
+        if (!command) {
+            return;
+        }
+        SCOPED_TRACE(node->GetPathString(' '));
+        auto input = command->GetInputSpec();
+        ASSERT_TRUE(input);
+        for (const auto& parameter : input->GetParameters()) {
+            EXPECT_FALSE(parameter->GetDescription().empty()) << parameter->GetName();
+        }
+        auto output = command->GetOutputSpec();
+        ASSERT_TRUE(output);
+        ASSERT_TRUE(output->GetRootObject());
+        const bool boolRoot =
+            output->GetRootObject()->GetType() == CppTools::MetaObj::MetaTypeBool;
+        // A command with nothing to return names no formatter.
+        if (boolRoot) {
+            EXPECT_TRUE(command->GetDefaultOutputFormatter().empty());
+        }
+    });
+}
+
+}  // namespace
