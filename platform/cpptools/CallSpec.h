@@ -34,7 +34,7 @@ bool ParseIntText(std::string_view text, long& value);
 bool ParseBoolText(std::string_view text, bool& value);
 
 class ParameterConstraint {
-  public:
+public:
     struct StringChoice {
         std::string value;
         std::string description;
@@ -58,7 +58,7 @@ class ParameterConstraint {
 
     explicit ParameterConstraint(ParameterConstraintType type) : type_(type) {}
 
-  private:
+private:
     ParameterConstraintType type_;
     long low_ = 0;
     long high_ = 0;
@@ -68,7 +68,7 @@ class ParameterConstraint {
 };
 
 class ParameterSpec {
-  public:
+public:
     static std::shared_ptr<ParameterSpec> New(const char* name, ParameterType type);
     static std::shared_ptr<ParameterSpec> New(const std::string& name, ParameterType type);
 
@@ -87,7 +87,7 @@ class ParameterSpec {
 
     ParameterSpec(std::string name, ParameterType type) : name_(std::move(name)), type_(type) {}
 
-  private:
+private:
     std::string name_;
     std::string shortName_;
     std::string description_;
@@ -97,17 +97,17 @@ class ParameterSpec {
 };
 
 class InputSpec {
-  public:
+public:
     static std::shared_ptr<InputSpec> New();
     void AddParameter(const std::shared_ptr<ParameterSpec>& parameter);
     const std::vector<std::shared_ptr<ParameterSpec>>& GetParameters() const { return parameters_; }
 
-  private:
+private:
     std::vector<std::shared_ptr<ParameterSpec>> parameters_;
 };
 
 class OutputSpec {
-  public:
+public:
     static std::shared_ptr<OutputSpec> New();
     void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
     void SetRootObject(const std::shared_ptr<MetaObj::MetaInt>& root);
@@ -116,14 +116,14 @@ class OutputSpec {
     void SetRootObject(const std::shared_ptr<MetaObj::MetaStruct>& root);
     const std::shared_ptr<MetaObj::MetaValue>& GetRootObject() const { return root_; }
 
-  private:
+private:
     std::shared_ptr<MetaObj::MetaValue> root_;
 };
 
 // The parameters of one run, as the command host parsed and checked them. Values are kept as
 // typed text; a list parameter holds one value per occurrence.
 class Input {
-  public:
+public:
     static std::shared_ptr<Input> New(std::shared_ptr<InputSpec> spec);
 
     const std::string& GetParameter(const char* name) const;
@@ -143,7 +143,7 @@ class Input {
 
     explicit Input(std::shared_ptr<InputSpec> spec) : spec_(std::move(spec)) {}
 
-  private:
+private:
     const std::vector<std::string>* Find(std::string_view name) const;
 
     std::shared_ptr<InputSpec> spec_;
@@ -152,7 +152,7 @@ class Input {
 
 // What one run leaves: a root value, error messages, or (for a few commands) both.
 class Output {
-  public:
+public:
     static std::shared_ptr<Output> New();
 
     void SetRootObject(const std::shared_ptr<MetaObj::MetaBool>& root);
@@ -168,7 +168,7 @@ class Output {
     const std::shared_ptr<MetaObj::MetaValue>& GetRootObject() const { return root_; }
     const std::vector<std::string>& GetErrorMessages() const { return errors_; }
 
-  private:
+private:
     std::shared_ptr<MetaObj::MetaValue> root_;
     std::vector<std::string> errors_;
 };
