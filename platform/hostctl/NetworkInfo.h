@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "hostctl/Pnic.h"
+#include "hostctl/PortGroup.h"
+#include "hostctl/VirtualSwitch.h"
 
 namespace HostCtl::Network {
 
@@ -21,6 +23,11 @@ public:
 class NetworkFactory {
 public:
     static std::unique_ptr<NetworkInfo> GetNetworkInfo();
+    // Null when there is no switch of that name and type.
+    static std::unique_ptr<VirtualSwitch> GetVirtualSwitchById(const std::string& name,
+                                                               PortsetGetType type);
+    // Null when there is no port group of that name.
+    static std::unique_ptr<PortGroup> GetPortGroupByName(const std::string& name);
 };
 
 }  // namespace HostCtl::Network

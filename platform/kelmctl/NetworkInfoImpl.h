@@ -13,6 +13,10 @@ public:
         HostCtl::Network::PnicGetType type) override;
     std::unique_ptr<HostCtl::Network::Pnic> GetPnicByName(const std::string& name,
                                                           bool refresh) override;
+    // The port groups of the switches of that type, switch by switch in the order they were
+    // made.
+    std::vector<std::unique_ptr<HostCtl::Network::PortGroup>> GetAllPortGroups(
+        HostCtl::Network::PortsetGetType type);
 };
 
 }  // namespace KelmCtl::Network
