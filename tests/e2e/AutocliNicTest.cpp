@@ -1,0 +1,199 @@
+// The real autocli binary on the NIC commands: stdout, stderr and exit status.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include <future>
+
+#include "support/CommandTest.h"
+
+namespace {
+
+using nlohmann::json;
+using Testing::ProcessResult;
+using Testing::RunAutocli;
+
+class AutocliNic : public ::testing::Test {
+protected:
+    ProcessResult Autocli(const std::vector<std::string>& arguments,
+                          const std::map<std::string, std::string>& environment = {}) {
+        return RunAutocli(arguments, state_.Path(), environment);
+    }
+
+    json NicListJson() {
+        auto result = Autocli({"--formatter=json", "network", "nic", "list"});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return json::parse(result.out);
+    }
+
+    static std::vector<std::string> Lines(const std::string& text) {
+        std::vector<std::string> lines;
+        std::size_t start = 0;
+        while (start < text.size()) {
+            auto end = text.find('\n', start);
+            if (end == std::string::npos) {
+                end = text.size();
+            }
+            lines.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+        return lines;
+    }
+
+    Testing::TemporaryDirectory state_;
+};
+
+TEST_F(AutocliNic, ListShowsTheDefaultColumnsInATable) {
+    auto result = Autocli({"network", "nic", "list"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    auto lines = Lines(result.out);
+    ASSERT_GE(lines.size(), 3u);
+    const std::string& header = lines[0];
+    std::size_t position = 0;
+    for (const char* column : {"Name", "PCI Device", "Driver", "Admin Status", "Link Status",
+                               "Speed", "Duplex", "MAC Address", "MTU", "Description"}) {
+        auto found = header.find(column, position);
+        ASSERT_NE(found, std::string::npos) << column << " in " << header;
+        position = found;
+    }
+    EXPECT_EQ(header.find("DPU Id"), std::string::npos);
+    EXPECT_NE(result.out.find("hwnic0"), std::string::npos);
+}
+
+TEST_F(AutocliNic, JsonGivesAllTwelveFieldsInDeclaredOrder) {
+    auto nics = NicListJson();
+    ASSERT_TRUE(nics.is_array());
+    ASSERT_FALSE(nics.empty());
+    const std::vector<std::string> expected{"Name",         "PCI Device",  "Driver",
+                                            "Link",         "Admin Status", "Link Status",
+                                            "Speed",        "Duplex",       "MAC Address",
+                                            "MTU",          "Description",  "DPU Id"};
+    for (const auto& nic : nics) {
+        std::vector<std::string> keys;
+        for (auto it = nic.begin(); it != nic.end(); ++it) {
+            keys.push_back(it.key());
+        }
+        EXPECT_EQ(keys, expected);
+        EXPECT_TRUE(nic["Speed"].is_number_integer());
+        EXPECT_TRUE(nic["MTU"].is_number_integer());
+    }
+}
+
+TEST_F(AutocliNic, DownAndUpShowInLaterProcesses) {
+    auto down = Autocli({"network", "nic", "down", "-n", "hwnic1"});
+    EXPECT_EQ(down.status, 0) << down.err;
+    EXPECT_EQ(down.out, "");
+    EXPECT_EQ(down.err, "");
+    auto find = [](const json& nics, const std::string& name) {
+        for (const auto& nic : nics) {
+            if (nic["Name"] == name) {
+                return nic;
+            }
+        }
+        return json();
+    };
+    EXPECT_EQ(find(NicListJson(), "hwnic1")["Admin Status"], "Down");
+
+    auto up = Autocli({"network", "nic", "up", "--nic-name=hwnic1"});
+    EXPECT_EQ(up.status, 0) << up.err;
+    EXPECT_EQ(find(NicListJson(), "hwnic1")["Admin Status"], "Up");
+}
+
+TEST_F(AutocliNic, UnknownNicIsAnErrorOnStderr) {
+    auto result = Autocli({"network", "nic", "up", "-n", "nosuch"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "There is no pnic with name nosuch\n");
+}
+
+TEST_F(AutocliNic, InjectedFaultFailsTheListingWithItsMessage) {
+    auto result = Autocli({"network", "nic", "list"},
+                          {{"HOSTSIM_FAULTS", "NetworkInfo::GetPnics=driver reset"}});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "Unable to list NICs.  Error was driver reset\n");
+
+    auto named = Autocli({"network", "nic", "down", "-n", "hwnic1"},
+                         {{"HOSTSIM_FAULTS", "Pnic::SetLinkState@hwnic1=Device busy"}});
+    EXPECT_EQ(named.status, 1);
+    EXPECT_EQ(named.err, "Device busy\n");
+    auto other = Autocli({"network", "nic", "down", "-n", "hwnic0"},
+                         {{"HOSTSIM_FAULTS", "Pnic::SetLinkState@hwnic1=Device busy"}});
+    EXPECT_EQ(other.status, 0) << other.err;
+}
+
+TEST_F(AutocliNic, HelpDescribesNamespacesAndCommands) {
+    auto network = Autocli({"network", "--help"});
+    EXPECT_EQ(network.status, 0);
+    EXPECT_NE(network.out.find("nic"), std::string::npos);
+    EXPECT_NE(network.out.find("Operations having to do with the configuration of Network "
+                               "Interface Card"),
+              std::string::npos);
+    auto nic = Autocli({"network", "nic", "--help"});
+    EXPECT_EQ(nic.status, 0);
+    EXPECT_NE(nic.out.find("Bring up the specified network device."), std::string::npos);
+    auto get = Autocli({"network", "nic", "get", "--help"});
+    EXPECT_EQ(get.status, 0);
+    EXPECT_NE(get.out.find("Get the generic configuration of a network device"),
+              std::string::npos);
+    EXPECT_NE(get.out.find("--nic-name"), std::string::npos);
+    EXPECT_NE(get.out.find("-n"), std::string::npos);
+}
+
+TEST_F(AutocliNic, BadCommandLinesAreRefusedWithOneLine) {
+    const std::vector<std::vector<std::string>> refused{
+        {"network", "nic", "up"},                              // required parameter missing
+        {"network", "nic", "up", "-n"},                        // value missing
+        {"network", "nic", "up", "-n", "a", "-n", "b"},        // given twice
+        {"network", "nic", "up", "--nic-nme=hwnic0"},          // misspelt parameter
+        {"network", "nic", "lst"},                             // misspelt command
+        {"network", "nic", "list", "--bogus"},                 // unknown parameter
+    };
+    for (const auto& line : refused) {
+        auto result = Autocli(line);
+        std::string joined;
+        for (const auto& word : line) {
+            joined += word + " ";
+        }
+        SCOPED_TRACE(joined);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        ASSERT_FALSE(result.err.empty());
+        EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
+    }
+    auto misspelt = Autocli({"network", "nic", "up", "--nic-nme=hwnic0"});
+    EXPECT_NE(misspelt.err.find("nic-name"), std::string::npos) << misspelt.err;
+    auto command = Autocli({"network", "nic", "lst"});
+    EXPECT_NE(command.err.find("list"), std::string::npos) << command.err;
+}
+
+TEST_F(AutocliNic, ConcurrentProcessesLoseNoChange) {
+    auto nics = NicListJson();
+    std::vector<std::string> names;
+    for (const auto& nic : nics) {
+        names.push_back(nic["Name"]);
+    }
+    ASSERT_GE(names.size(), 4u);
+    for (const char* verb : {"down", "up"}) {
+        std::vector<std::future<ProcessResult>> runs;
+        for (int round = 0; round < 2; ++round) {
+            for (const auto& name : names) {
+                runs.push_back(std::async(std::launch::async, [this, verb, name] {
+                    return Autocli({"network", "nic", verb, "-n", name});
+                }));
+            }
+        }
+        for (auto& run : runs) {
+            auto result = run.get();
+            EXPECT_EQ(result.status, 0) << result.err;
+        }
+        const std::string expected = std::string(verb) == "down" ? "Down" : "Up";
+        for (const auto& nic : NicListJson()) {
+            EXPECT_EQ(nic["Admin Status"], expected) << nic["Name"];
+        }
+    }
+}
+
+}  // namespace
