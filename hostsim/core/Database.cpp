@@ -1,0 +1,161 @@
+#include "hostsim/core/Database.h"
+
+#include "hostctl/HostCtlException.h"
+
+namespace HostSim {
+
+using HostCtl::Lib::HostCtlException;
+
+namespace {
+// How long a writer waits for another process's write lock before giving up.
+constexpr int kBusyTimeoutMs = 30000;
+constexpr const char* kAccessFailed = "Unable to access the host state database";
+}  // namespace
+
+Statement::Statement(Database& database, sqlite3_stmt* statement)
+    : database_(database), statement_(statement) {}
+
+Statement::~Statement() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+Statement& Statement::Bind(int index, std::int64_t value) {
+    database_.Check(sqlite3_bind_int64(statement_, index, value), kAccessFailed);
+    return *this;
+}
+
+Statement& Statement::Bind(int index, std::string_view value) {
+    database_.Check(sqlite3_bind_text(statement_, index, value.data(),
+                                      static_cast<int>(value.size()), SQLITE_TRANSIENT),
+                    kAccessFailed);
+    return *this;
+}
+
+Statement& Statement::BindNull(int index) {
+    database_.Check(sqlite3_bind_null(statement_, index), kAccessFailed);
+    return *this;
+}
+
+Statement& Statement::BindOptional(int index, std::string_view value) {
+    return value.empty() ? BindNull(index) : Bind(index, value);
+}
+
+bool Statement::Step() {
+    int status = sqlite3_step(statement_);
+    if (status == SQLITE_ROW) {
+        return true;
+    }
+    if (status != SQLITE_DONE) {
+        database_.Fail(kAccessFailed);
+    }
+    return false;
+}
+
+void Statement::Run() {
+    while (Step()) {
+    }
+}
+
+std::int64_t Statement::Int(int column) const {
+    return sqlite3_column_int64(statement_, column);
+}
+
+std::string Statement::Text(int column) const {
+    const auto* text = sqlite3_column_text(statement_, column);
+    if (text == nullptr) {
+        return {};
+    }
+    return std::string(reinterpret_cast<const char*>(text),
+                       static_cast<std::size_t>(sqlite3_column_bytes(statement_, column)));
+}
+
+bool Statement::IsNull(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+Database::Database(const std::string& path) : path_(path) {
+    int status =
+        sqlite3_open_v2(path.c_str(), &connection_,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (status != SQLITE_OK) {
+        std::string reason =
+            connection_ != nullptr ? sqlite3_errmsg(connection_) : sqlite3_errstr(status);
+        sqlite3_close(connection_);
+        connection_ = nullptr;
+        throw HostCtlException("Unable to open the host state database " + path + ": " + reason);
+    }
+    sqlite3_busy_timeout(connection_, kBusyTimeoutMs);
+}
+
+Database::~Database() {
+    if (connection_ == nullptr) {
+        return;
+    }
+    for (auto& [sql, statement] : statements_) {
+        sqlite3_finalize(statement);
+    }
+    sqlite3_close(connection_);
+}
+
+Statement Database::Query(const char* sql) {
+    auto found = statements_.find(sql);
+    if (found == statements_.end()) {
+        sqlite3_stmt* statement = nullptr;
+        int status = sqlite3_prepare_v3(connection_, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                                        nullptr);
+        if (status != SQLITE_OK) {
+            sqlite3_finalize(statement);
+            Fail(kAccessFailed);
+        }
+        found = statements_.emplace(sql, statement).first;
+    }
+    return Statement(*this, found->second);
+}
+
+void Database::Execute(const char* sql) {
+    Check(sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr),
+          "Unable to change the host state database");
+}
+
+std::int64_t Database::Changes() const {
+    return sqlite3_changes64(connection_);
+}
+
+void Database::Rollback() noexcept {
+    // A failed statement may already have ended the transaction.
+    if (sqlite3_get_autocommit(connection_) == 0) {
+        sqlite3_exec(connection_, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+std::string Database::LastError() const {
+    return sqlite3_errmsg(connection_);
+}
+
+void Database::Fail(const std::string& what) const {
+    throw HostCtlException(what + " " + path_ + ": " + LastError());
+}
+
+void Database::Check(int status, const char* what) const {
+    if (status != SQLITE_OK) {
+        Fail(what);
+    }
+}
+
+WriteTransaction::WriteTransaction(Database& database) : database_(database) {
+    database_.Execute("BEGIN IMMEDIATE");
+}
+
+WriteTransaction::~WriteTransaction() {
+    if (open_) {
+        database_.Rollback();
+    }
+}
+
+void WriteTransaction::Commit() {
+    database_.Execute("COMMIT");
+    open_ = false;
+}
+
+}  // namespace HostSim

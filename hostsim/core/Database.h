@@ -1,0 +1,99 @@
+// A thin layer over one SQLite connection: prepared statements kept for the life of the
+// connection, typed reads and binds, and write transactions that take the write lock up front.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace HostSim {
+
+class Database;
+
+// A prepared statement, reset and cleared of its bindings when the object goes, so a cached
+// statement can be used again.
+class Statement {
+  public:
+    Statement(Database& database, sqlite3_stmt* statement);
+    ~Statement();
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    // Parameters count from 1, as in SQL.
+    Statement& Bind(int index, std::int64_t value);
+    Statement& Bind(int index, std::string_view value);
+    Statement& Bind(int index, const char* value) { return Bind(index, std::string_view(value)); }
+    Statement& BindNull(int index);
+    // Binds text, or NULL when the text is empty.
+    Statement& BindOptional(int index, std::string_view value);
+
+    // Advances to the next row; false when there is none.
+    bool Step();
+    // Runs a statement that returns no rows.
+    void Run();
+
+    std::int64_t Int(int column) const;
+    bool Bool(int column) const { return Int(column) != 0; }
+    // The text of a column; NULL reads as the empty string.
+    std::string Text(int column) const;
+    bool IsNull(int column) const;
+
+  private:
+    Database& database_;
+    sqlite3_stmt* statement_;
+};
+
+class Database {
+  public:
+    // Opens (and creates when missing) the database file.
+    explicit Database(const std::string& path);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    const std::string& Path() const { return path_; }
+
+    // A statement of `sql`, a literal, prepared once per connection and kept by its address.
+    Statement Query(const char* sql);
+    // Runs one or more statements that return no rows.
+    void Execute(const char* sql);
+    std::int64_t Changes() const;
+    // Ends an open transaction without its changes; nothing when none is open.
+    void Rollback() noexcept;
+
+    // SQLite's own words for the last failure.
+    std::string LastError() const;
+    // Throws HostCtlException with `what` and SQLite's own words.
+    [[noreturn]] void Fail(const std::string& what) const;
+    void Check(int status, const char* what) const;
+
+    // Takes the process's connection away without closing it, for a child process after fork:
+    // the handle belongs to the parent, whose locks must not be touched.
+    void Abandon() { connection_ = nullptr; }
+
+  private:
+    std::string path_;
+    sqlite3* connection_ = nullptr;
+    std::map<const char*, sqlite3_stmt*> statements_;
+};
+
+// One change of the host: BEGIN IMMEDIATE takes the write lock before anything is read, so a
+// read followed by a write never has to wait out another writer's lock mid-way. Rolled back
+// unless Commit is called.
+class WriteTransaction {
+  public:
+    explicit WriteTransaction(Database& database);
+    ~WriteTransaction();
+    WriteTransaction(const WriteTransaction&) = delete;
+    WriteTransaction& operator=(const WriteTransaction&) = delete;
+    void Commit();
+
+  private:
+    Database& database_;
+    bool open_ = true;
+};
+
+}  // namespace HostSim

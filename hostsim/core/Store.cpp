@@ -1,0 +1,238 @@
+#include "hostsim/core/Store.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/Control.h"
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Subject.h"
+
+namespace HostSim {
+
+using HostCtl::Lib::HostCtlException;
+
+namespace {
+
+// Marks a database as the host's, in the header's application id ("KELM").
+constexpr std::int64_t kApplicationId = 0x4B454C4D;
+
+// The store's own tables; step i takes the store from user_version i to i + 1. The subjects'
+// tables have versions of their own, in subject_schema.
+constexpr const char* kStoreSteps[] = {
+    "CREATE TABLE subject_schema (subject TEXT PRIMARY KEY, version INTEGER NOT NULL)"
+    " WITHOUT ROWID;"
+    "CREATE TABLE host_origin (id INTEGER PRIMARY KEY CHECK (id = 1), profile TEXT NOT NULL,"
+    " scale INTEGER NOT NULL, document TEXT);",
+};
+constexpr std::int64_t kStoreVersion = std::size(kStoreSteps);
+
+struct Connection {
+    std::string directory;
+    pid_t process = 0;
+    std::unique_ptr<Database> database;
+};
+
+Connection& CurrentConnection() {
+    static Connection connection;
+    return connection;
+}
+
+std::string& ChosenDirectory() {
+    static std::string directory;
+    return directory;
+}
+
+struct StoreHeader {
+    std::int64_t applicationId = 0;
+    std::int64_t version = 0;
+    std::int64_t objects = 0;
+
+    bool IsFresh() const { return applicationId == 0 && version == 0 && objects == 0; }
+    bool IsCurrent() const { return applicationId == kApplicationId && version == kStoreVersion; }
+};
+
+// A file SQLite can't read (not a database, damaged, no permission) fails here, before
+// anything is written.
+StoreHeader ReadHeader(Database& database) {
+    try {
+        auto query = database.Query(
+            "SELECT (SELECT application_id FROM pragma_application_id),"
+            " (SELECT user_version FROM pragma_user_version),"
+            " (SELECT count(*) FROM sqlite_schema)");
+        query.Step();
+        return {query.Int(0), query.Int(1), query.Int(2)};
+    } catch (const HostCtlException&) {
+        throw HostCtlException("The host state database " + database.Path() + " can't be read (" +
+                               database.LastError() + "); it is left as it is");
+    }
+}
+
+void CheckHeader(const Database& database, const StoreHeader& header) {
+    if (header.IsFresh()) {
+        return;
+    }
+    if (header.applicationId != kApplicationId) {
+        throw HostCtlException("The file " + database.Path() +
+                               " is not a host state database; it is left as it is");
+    }
+    if (header.version > kStoreVersion) {
+        throw HostCtlException("The host state database " + database.Path() +
+                               " was written by a newer host (schema version " +
+                               std::to_string(header.version) + ", this host knows up to " +
+                               std::to_string(kStoreVersion) + "); it is left as it is");
+    }
+}
+
+std::map<std::string, std::int64_t> ReadSubjectVersions(Database& database) {
+    std::map<std::string, std::int64_t> versions;
+    auto query = database.Query("SELECT subject, version FROM subject_schema");
+    while (query.Step()) {
+        versions[query.Text(0)] = query.Int(1);
+    }
+    return versions;
+}
+
+bool SubjectsAreCurrent(Database& database) {
+    auto versions = ReadSubjectVersions(database);
+    for (const Subject* subject : Subjects()) {
+        auto found = versions.find(subject->name);
+        if (found == versions.end() ||
+            found->second != static_cast<std::int64_t>(subject->schemaSteps.size())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Brings every subject's tables to its latest version. A subject new to a host that already
+// exists gets its default data when the host was made from the default profile.
+void MigrateSubjects(Database& database, bool hostExists) {
+    auto versions = ReadSubjectVersions(database);
+    for (const Subject* subject : Subjects()) {
+        std::int64_t version = versions.count(subject->name) ? versions[subject->name] : 0;
+        auto latest = static_cast<std::int64_t>(subject->schemaSteps.size());
+        if (version > latest) {
+            throw HostCtlException("The host state database " + database.Path() +
+                                   " was written by a newer host (" + subject->name +
+                                   " schema version " + std::to_string(version) +
+                                   "); it is left as it is");
+        }
+        for (std::int64_t step = version; step < latest; ++step) {
+            database.Execute(subject->schemaSteps[static_cast<std::size_t>(step)]);
+        }
+        if (version == latest) {
+            continue;
+        }
+        database.Query("INSERT OR REPLACE INTO subject_schema (subject, version) VALUES (?1, ?2)")
+            .Bind(1, subject->name)
+            .Bind(2, latest)
+            .Run();
+        if (version == 0 && hostExists) {
+            FillNewSubject(database, *subject);
+        }
+    }
+}
+
+// Makes a fresh database into the default host, or migrates an older one, in one write
+// transaction: processes racing on a fresh directory all wait for the lock, and only the
+// first finds the schema version still 0.
+void PrepareStore(Database& database) {
+    StoreHeader header = ReadHeader(database);
+    if (header.IsCurrent() && SubjectsAreCurrent(database)) {
+        return;
+    }
+    CheckHeader(database, header);
+    if (header.IsFresh()) {
+        database.Execute("PRAGMA journal_mode=WAL");
+    }
+    WriteTransaction transaction(database);
+    header = ReadHeader(database);
+    CheckHeader(database, header);
+    for (std::int64_t step = header.version; step < kStoreVersion; ++step) {
+        database.Execute(kStoreSteps[step]);
+    }
+    MigrateSubjects(database, !header.IsFresh());
+    if (header.IsFresh()) {
+        FillHost(database, BuiltinProfile("default"), 1, "default");
+        database.Execute(("PRAGMA application_id=" + std::to_string(kApplicationId)).c_str());
+    }
+    database.Execute(("PRAGMA user_version=" + std::to_string(kStoreVersion)).c_str());
+    transaction.Commit();
+}
+
+std::unique_ptr<Database> OpenStore(const std::string& directory) {
+    if (directory.empty()) {
+        throw HostCtlException(
+            "There is no host state directory: set HOSTSIM_DIR, XDG_STATE_HOME or HOME");
+    }
+    std::error_code error;
+    std::filesystem::create_directories(directory, error);
+    if (error) {
+        throw HostCtlException("Unable to create the host state directory " + directory + ": " +
+                               error.message());
+    }
+    auto database = std::make_unique<Database>(DatabasePath(directory));
+    PrepareStore(*database);
+    return database;
+}
+
+// Closes the connection, unless it is a parent's handle inherited through fork: closing that
+// could touch the parent's locks and files, so the child lets it be.
+void Disconnect(Connection& connection) {
+    if (connection.database && connection.process != getpid()) {
+        connection.database->Abandon();
+    }
+    connection.database.reset();
+}
+
+}  // namespace
+
+std::string DatabasePath(const std::string& directory) {
+    return directory + "/host.db";
+}
+
+Database& Store() {
+    Connection& connection = CurrentConnection();
+    std::string directory = StateDirectory();
+    if (connection.database &&
+        (connection.directory != directory || connection.process != getpid())) {
+        Disconnect(connection);
+    }
+    if (!connection.database) {
+        connection.database = OpenStore(directory);
+        connection.directory = directory;
+        connection.process = getpid();
+    }
+    return *connection.database;
+}
+
+void UseStateDirectory(const std::string& directory) {
+    ChosenDirectory() = directory;
+    Connection& connection = CurrentConnection();
+    if (connection.directory != directory) {
+        Disconnect(connection);
+    }
+}
+
+std::string StateDirectory() {
+    if (!ChosenDirectory().empty()) {
+        return ChosenDirectory();
+    }
+    if (const char* directory = std::getenv("HOSTSIM_DIR"); directory && *directory) {
+        return directory;
+    }
+    if (const char* state = std::getenv("XDG_STATE_HOME"); state && *state) {
+        return std::string(state) + "/hostsim";
+    }
+    if (const char* home = std::getenv("HOME"); home && *home) {
+        return std::string(home) + "/.local/state/hostsim";
+    }
+    return {};
+}
+
+}  // namespace HostSim

@@ -1,0 +1,55 @@
+#include "kelmctl/NetworkInfoImpl.h"
+
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/nic/NicStore.h"
+#include "kelmctl/PnicImpl.h"
+
+namespace KelmCtl::Network {
+
+using HostSim::PassOperation;
+
+// Opens the host's store, so that a host that can't be reached fails here.
+NetworkInfoImpl::NetworkInfoImpl() {
+    PassOperation("NetworkInfoImpl::NetworkInfoImpl");
+    HostSim::Store();
+}
+
+NetworkInfoImpl::~NetworkInfoImpl() = default;
+
+// Every NIC, for both selectors: the uplinks of switches are all the NICs until switches
+// claim some of them.
+std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
+    HostCtl::Network::PnicGetType) {
+    PassOperation("NetworkInfo::GetPnics");
+    std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
+    auto records = HostSim::Nic::LoadAll(HostSim::Store());
+    pnics.reserve(records.size());
+    for (auto& record : records) {
+        pnics.push_back(
+            std::make_unique<PnicImpl>(std::make_unique<PnicImpl::Record>(std::move(record))));
+    }
+    return pnics;
+}
+
+// The record is always read from the host, so `refresh` asks for nothing more.
+std::unique_ptr<HostCtl::Network::Pnic> NetworkInfoImpl::GetPnicByName(const std::string& name,
+                                                                       bool) {
+    PassOperation("NetworkInfo::GetPnicByName", name);
+    auto record = HostSim::Nic::Load(HostSim::Store(), name);
+    if (!record) {
+        return nullptr;
+    }
+    return std::make_unique<PnicImpl>(std::make_unique<PnicImpl::Record>(std::move(*record)));
+}
+
+}  // namespace KelmCtl::Network
+
+namespace HostCtl::Network {
+
+std::unique_ptr<NetworkInfo> NetworkFactory::GetNetworkInfo() {
+    HostSim::PassOperation("NetworkFactory::GetNetworkInfo");
+    return std::make_unique<KelmCtl::Network::NetworkInfoImpl>();
+}
+
+}  // namespace HostCtl::Network

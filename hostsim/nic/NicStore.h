@@ -1,0 +1,64 @@
+// The NIC subject's records and the queries that read and change them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostctl/Pnic.h"
+#include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+#include "kelmctl/PnicImpl.h"
+
+namespace KelmCtl::Network {
+
+// One row of the nic table. The nested detail stays JSON text until it is asked for.
+struct PnicImpl::Record {
+    std::string name;
+    std::string pciAddress;  // empty for a pseudo NIC
+    std::string pciVendor;
+    std::string pciDevice;
+    std::string descriptor;       // a pseudo NIC's "kind:vendor:device"
+    std::string descriptorError;  // when set, reading the descriptor fails with it
+    std::string driver;
+    bool adminUp = false;
+    bool cableConnected = false;  // the link comes up when the NIC is up and this is set
+    std::uint32_t speed = 0;
+    std::uint32_t duplex = 0;
+    std::string mac;
+    std::uint32_t mtu = 0;
+    std::string dpuId;     // empty when no DPU backs the NIC
+    std::string linkInfo;  // JSON of PnicInfo without the link status
+    std::string pause;     // JSON of PnicPauseParams
+    std::string driverVersion;
+    std::string firmwareVersion;
+    std::string busInfo;
+
+    bool LinkUp() const { return adminUp && cableConnected; }
+};
+
+}  // namespace KelmCtl::Network
+
+namespace HostSim::Nic {
+
+using Record = KelmCtl::Network::PnicImpl::Record;
+
+// Every NIC in the profile's order, in one query.
+std::vector<Record> LoadAll(Database& database);
+std::optional<Record> Load(Database& database, const std::string& name);
+void Insert(Database& database, const Record& record);
+// Sets a NIC's administrative state in one write transaction; false when there is no such NIC.
+bool SetAdminState(Database& database, const std::string& name, bool up);
+// The id of the DPU behind a NIC; empty when there is none or no such NIC.
+std::string DpuId(Database& database, const std::string& name);
+
+// The nested records and their JSON form in the profile and the store.
+HostCtl::Network::PnicInfo LinkInfoFromJson(const Json& json);
+Json LinkInfoToJson(const HostCtl::Network::PnicInfo& info);
+HostCtl::Network::PnicPauseParams PauseFromJson(const Json& json);
+Json PauseToJson(const HostCtl::Network::PnicPauseParams& pause);
+
+// The NICs of the built-in default host.
+extern const char* const kDefaultSection;
+
+}  // namespace HostSim::Nic

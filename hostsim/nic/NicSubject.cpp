@@ -1,0 +1,138 @@
+// The NIC subject: the nic table, the "nics" section of a profile, and its default data.
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/MacAddress.h"
+#include "hostsim/core/Subject.h"
+#include "hostsim/nic/NicStore.h"
+
+namespace HostSim {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using Nic::Record;
+
+constexpr const char* kSchemaSteps[] = {
+    "CREATE TABLE nic ("
+    " position INTEGER PRIMARY KEY,"
+    " name TEXT NOT NULL UNIQUE,"
+    " pci_address TEXT, pci_vendor TEXT, pci_device TEXT,"
+    " descriptor TEXT, descriptor_error TEXT,"
+    " driver TEXT NOT NULL,"
+    " admin_up INTEGER NOT NULL, cable_connected INTEGER NOT NULL,"
+    " speed INTEGER NOT NULL, duplex INTEGER NOT NULL,"
+    " mac TEXT NOT NULL, mtu INTEGER NOT NULL,"
+    " dpu_id TEXT,"
+    " link_info TEXT NOT NULL, pause TEXT NOT NULL,"
+    " driver_version TEXT NOT NULL, firmware_version TEXT NOT NULL, bus_info TEXT NOT NULL)",
+};
+
+constexpr const char* kTables[] = {"nic"};
+
+Record RecordFromJson(const Json& nic) {
+    Record record;
+    record.name = nic.at("name").get<std::string>();
+    if (auto pci = nic.find("pci"); pci != nic.end()) {
+        record.pciAddress = pci->at("address").get<std::string>();
+        record.pciVendor = pci->at("vendor").get<std::string>();
+        record.pciDevice = pci->at("device").get<std::string>();
+    }
+    record.descriptor = nic.value("descriptor", "");
+    record.descriptorError = nic.value("descriptorError", "");
+    record.driver = nic.at("driver").get<std::string>();
+    record.adminUp = nic.value("adminUp", true);
+    record.cableConnected = nic.value("cableConnected", true);
+    record.speed = nic.at("speed").get<std::uint32_t>();
+    record.duplex = nic.value("duplex", 1u);
+    record.mac = nic.at("mac").get<std::string>();
+    record.mtu = nic.value("mtu", 1500u);
+    record.dpuId = nic.value("dpuId", "");
+    record.linkInfo =
+        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(nic.value("linkInfo", Json::object()))).dump();
+    record.pause = Nic::PauseToJson(Nic::PauseFromJson(nic.value("pause", Json::object()))).dump();
+    auto driverInfo = nic.value("driverInfo", Json::object());
+    record.driverVersion = driverInfo.value("version", "");
+    record.firmwareVersion = driverInfo.value("firmwareVersion", "");
+    record.busInfo = driverInfo.value("busInfo", record.pciAddress);
+    if (!HostCtl::Network::MacAddress::IsValid(record.mac)) {
+        throw HostCtlException("NIC " + record.name + " has an invalid MAC address \"" +
+                               record.mac + "\"");
+    }
+    return record;
+}
+
+Json RecordToJson(const Record& record) {
+    Json nic = {{"name", record.name}};
+    if (!record.pciAddress.empty()) {
+        nic["pci"] = {{"address", record.pciAddress},
+                      {"vendor", record.pciVendor},
+                      {"device", record.pciDevice}};
+    }
+    if (!record.descriptor.empty()) {
+        nic["descriptor"] = record.descriptor;
+    }
+    if (!record.descriptorError.empty()) {
+        nic["descriptorError"] = record.descriptorError;
+    }
+    nic["driver"] = record.driver;
+    nic["adminUp"] = record.adminUp;
+    nic["cableConnected"] = record.cableConnected;
+    nic["speed"] = record.speed;
+    nic["duplex"] = record.duplex;
+    nic["mac"] = record.mac;
+    nic["mtu"] = record.mtu;
+    if (!record.dpuId.empty()) {
+        nic["dpuId"] = record.dpuId;
+    }
+    nic["linkInfo"] = Json::parse(record.linkInfo);
+    nic["pause"] = Json::parse(record.pause);
+    nic["driverInfo"] = {{"version", record.driverVersion},
+                         {"firmwareVersion", record.firmwareVersion},
+                         {"busInfo", record.busInfo}};
+    return nic;
+}
+
+// The copy `copy` of a NIC: its own name, MAC address and PCI slot.
+Record ScaledRecord(Record record, const Scale& scale, unsigned copy) {
+    if (record.busInfo == record.pciAddress) {
+        record.busInfo = Scale::PciAddress(record.busInfo, copy);
+    }
+    record.name = scale.Name(record.name, copy);
+    record.mac = Scale::MacAddress(record.mac, copy);
+    record.pciAddress = Scale::PciAddress(record.pciAddress, copy);
+    return record;
+}
+
+void ImportNics(Database& database, const Json& section, const Scale& scale) {
+    std::vector<Record> records;
+    for (const auto& nic : section) {
+        records.push_back(RecordFromJson(nic));
+    }
+    std::set<std::string> names;
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (const Record& record : records) {
+            Record scaled = ScaledRecord(record, scale, copy);
+            if (!names.insert(scaled.name).second) {
+                throw HostCtlException("The profile has more than one NIC named " + scaled.name);
+            }
+            Nic::Insert(database, scaled);
+        }
+    }
+}
+
+Json ExportNics(Database& database) {
+    Json section = Json::array();
+    for (const Record& record : Nic::LoadAll(database)) {
+        section.push_back(RecordToJson(record));
+    }
+    return section;
+}
+
+}  // namespace
+
+extern const Subject nicSubject;
+const Subject nicSubject{"nics",     kSchemaSteps, kTables, Nic::kDefaultSection,
+                         ImportNics, ExportNics};
+
+}  // namespace HostSim

@@ -1,0 +1,133 @@
+// hostsim: makes, shows and replaces the simulated host's state.
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/Control.h"
+#include "hostsim/core/Json.h"
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
+
+namespace {
+
+constexpr const char* kUsage = R"(Usage: hostsim COMMAND [OPTIONS]
+
+Manages the state of the simulated host in its state directory: HOSTSIM_DIR, else
+${XDG_STATE_HOME:-$HOME/.local/state}/hostsim. The first use of a directory without a host
+makes the built-in default host there.
+
+Commands:
+  init [--profile=default|empty|FILE.json] [--scale=N]
+                  Replaces the host with a profile (default: the built-in default host).
+                  --scale=N makes N copies of the profile's inventory, renumbered
+                  (hwnic0..hwnic8 become hwnic0..hwnic(9N-1)).
+  export          Writes the whole host as a JSON profile to stdout.
+  import FILE.json
+                  Replaces the host with the profile in FILE.json.
+  reset           Makes the host again from the profile and scale it was last made from.
+  --help          Shows this text.
+)";
+
+// A command line that can't be carried out: exit status 2.
+struct UsageError {
+    std::string message;
+};
+
+bool TakeOption(const std::string& argument, const char* name, std::string& value) {
+    std::string prefix = std::string("--") + name + "=";
+    if (argument.rfind(prefix, 0) != 0) {
+        return false;
+    }
+    value = argument.substr(prefix.size());
+    return true;
+}
+
+unsigned ParseScale(const std::string& text) {
+    constexpr unsigned long kMostCopies = 10000;
+    std::size_t used = 0;
+    unsigned long copies = 0;
+    try {
+        copies = std::stoul(text, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used == 0 || used != text.size() || copies == 0 || copies > kMostCopies) {
+        throw UsageError{"--scale takes a whole number from 1 to 10000, not \"" + text + "\""};
+    }
+    return static_cast<unsigned>(copies);
+}
+
+HostSim::Json ReadProfile(const std::string& path) {
+    std::ifstream file(path);
+    if (!file) {
+        throw HostCtl::Lib::HostCtlException("Unable to read the profile " + path + ": " +
+                                             std::strerror(errno));
+    }
+    try {
+        return HostSim::Json::parse(file);
+    } catch (const HostSim::Json::parse_error& error) {
+        throw HostCtl::Lib::HostCtlException("The profile " + path +
+                                             " is not valid JSON: " + error.what());
+    }
+}
+
+void Init(const std::vector<std::string>& options) {
+    std::string profile = "default";
+    unsigned copies = 1;
+    for (const std::string& option : options) {
+        std::string value;
+        if (TakeOption(option, "profile", profile)) {
+            continue;
+        }
+        if (TakeOption(option, "scale", value)) {
+            copies = ParseScale(value);
+            continue;
+        }
+        throw UsageError{"init takes --profile and --scale, not \"" + option + "\""};
+    }
+    if (profile == "default" || profile == "empty") {
+        HostSim::ReplaceHost(HostSim::Store(), HostSim::BuiltinProfile(profile), copies, profile);
+    } else {
+        HostSim::ReplaceHost(HostSim::Store(), ReadProfile(profile), copies, "");
+    }
+}
+
+int Run(const std::vector<std::string>& arguments) {
+    if (arguments.empty() || arguments[0] == "--help" || arguments[0] == "help") {
+        std::cout << kUsage;
+        return arguments.empty() ? 2 : 0;
+    }
+    const std::string& command = arguments[0];
+    std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    if (command == "init") {
+        Init(rest);
+    } else if (command == "export" && rest.empty()) {
+        std::cout << HostSim::ExportHost(HostSim::Store()).dump(2) << "\n";
+    } else if (command == "import" && rest.size() == 1) {
+        HostSim::ReplaceHost(HostSim::Store(), ReadProfile(rest[0]), 1, "");
+    } else if (command == "reset" && rest.empty()) {
+        HostSim::ResetHost(HostSim::Store());
+    } else {
+        throw UsageError{"unknown command or wrong arguments: " + command +
+                         " (see hostsim --help)"};
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const UsageError& error) {
+        std::cerr << "hostsim: " << error.message << "\n";
+        return 2;
+    } catch (const HostCtl::Lib::HostCtlException& error) {
+        std::cerr << "hostsim: " << error.what() << "\n";
+        return 1;
+    }
+}

@@ -1,0 +1,59 @@
+#include "hostctl/MacAddress.h"
+
+#include <cstdio>
+
+namespace HostCtl::Network {
+
+namespace {
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return c - 'A' + 10;
+    }
+    return -1;
+}
+
+// Exactly six pairs of hexadecimal digits separated by ':', "00:50:56:01:02:03".
+bool Parse(const std::string& text, std::array<std::uint8_t, 6>& bytes) {
+    if (text.size() != 17) {
+        return false;
+    }
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        std::size_t at = i * 3;
+        int high = HexDigit(text[at]);
+        int low = HexDigit(text[at + 1]);
+        if (high < 0 || low < 0 || (i < 5 && text[at + 2] != ':')) {
+            return false;
+        }
+        bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
+    }
+    return true;
+}
+
+}  // namespace
+
+MacAddress::MacAddress(const std::string& text) : bytes_{} {
+    if (!Parse(text, bytes_)) {
+        bytes_ = {};
+    }
+}
+
+std::string MacAddress::GetStringAddress() const {
+    char text[18];
+    std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", bytes_[0], bytes_[1],
+                  bytes_[2], bytes_[3], bytes_[4], bytes_[5]);
+    return text;
+}
+
+bool MacAddress::IsValid(const std::string& text) {
+    std::array<std::uint8_t, 6> bytes{};
+    return Parse(text, bytes);
+}
+
+}  // namespace HostCtl::Network
