@@ -5,6 +5,7 @@
 
 #include <iosfwd>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,23 @@ struct RunResult {
     std::vector<std::string> hostMessages;
 };
 
+// The program's own options, read from the words ahead of the command path.
+struct GlobalOptions {
+    std::string formatter;        // --formatter=NAME; empty: the command's default
+    std::string pluginDirectory;  // --plugin-dir=DIR; empty: not given
+    bool help = false;            // --help
+    bool version = false;         // --version
+    size_t next = 0;              // index of the first word after the options
+    std::string error;            // a refusal of the options; empty when they are well formed
+};
+GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments);
+
+// The plug-in directory: `option` when given, else AUTOCLI_PLUGIN_DIR, else `plugins` next to
+// the executable as the build leaves it, else ../lib/autocli/plugins as an install does.
+std::string PluginDirectory(const std::string& option);
+
 class CommandHost {
-public:
+  public:
     CommandHost();
 
     // Calls a plug-in's entry with the root.
@@ -54,8 +70,23 @@ public:
     // Returns the exit status.
     int Main(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
 
-private:
+    // The width that help text and wrapped tables fit in; 80 unless set.
+    void SetTerminalWidth(size_t width) { terminalWidth_ = width; }
+
+  private:
+    struct Resolution {
+        std::shared_ptr<CppTools::AutoCli::NamespaceNode> node;
+        size_t next = 0;  // index of the first word after the path
+    };
+    // Follows the leading words that name namespaces and then a command. Throws
+    // CommandLineError for a word that names nothing.
+    Resolution Resolve(const std::vector<std::string>& words) const;
+    // Parses, checks and executes a resolved command with the words of its parameters.
+    void Execute(const std::shared_ptr<CppTools::AutoCli::CommandSpec>& command,
+                 std::span<const std::string> parameterWords, RunResult& result) const;
+
     std::shared_ptr<CppTools::AutoCli::NamespaceNode> root_;
+    size_t terminalWidth_ = 80;
 };
 
 }  // namespace CommandHost

@@ -1,0 +1,124 @@
+// The json formatter: structs are objects with their fields in declared order, lists arrays.
+#include "commandhost/cli/Formatters.h"
+
+namespace CommandHost {
+
+namespace {
+
+constexpr size_t kJsonIndent = 2;
+
+void AppendString(std::string_view text, std::string& out) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    out.push_back('"');
+    for (char c : text) {
+        switch (c) {
+            case '"':
+                out.append("\\\"");
+                break;
+            case '\\':
+                out.append("\\\\");
+                break;
+            case '\n':
+                out.append("\\n");
+                break;
+            case '\r':
+                out.append("\\r");
+                break;
+            case '\t':
+                out.append("\\t");
+                break;
+            case '\b':
+                out.append("\\b");
+                break;
+            case '\f':
+                out.append("\\f");
+                break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20) {
+                    out.append("\\u00");
+                    out.push_back(kHex[(c >> 4) & 0xF]);
+                    out.push_back(kHex[c & 0xF]);
+                } else {
+                    out.push_back(c);
+                }
+        }
+    }
+    out.push_back('"');
+}
+
+class JsonWriter {
+  public:
+    JsonWriter(size_t indent, std::string& out) : indent_(indent), out_(out) {}
+
+    void Value(const MetaValue* value, size_t depth) {
+        if (value == nullptr) {
+            out_.append("null");
+            return;
+        }
+        switch (value->GetType()) {
+            case CppTools::MetaObj::MetaTypeString:
+                AppendString(ScalarText(value), out_);
+                break;
+            case CppTools::MetaObj::MetaTypeStruct: {
+                const auto& fields = static_cast<const MetaStruct*>(value)->GetFields();
+                out_.push_back('{');
+                for (size_t i = 0; i < fields.size(); ++i) {
+                    Separate(i, depth + 1);
+                    AppendString(fields[i].first, out_);
+                    out_.append(indent_ > 0 ? ": " : ":");
+                    Value(fields[i].second.get(), depth + 1);
+                }
+                Close('}', fields.empty(), depth);
+                break;
+            }
+            case CppTools::MetaObj::MetaTypeList: {
+                const auto& elements = static_cast<const MetaList*>(value)->GetElements();
+                out_.push_back('[');
+                for (size_t i = 0; i < elements.size(); ++i) {
+                    Separate(i, depth + 1);
+                    Value(elements[i].get(), depth + 1);
+                }
+                Close(']', elements.empty(), depth);
+                break;
+            }
+            default:
+                out_.append(ScalarText(value));
+        }
+    }
+
+  private:
+    void Separate(size_t index, size_t depth) {
+        if (index > 0) {
+            out_.push_back(',');
+        }
+        NewLine(depth);
+    }
+    void Close(char bracket, bool empty, size_t depth) {
+        if (!empty) {
+            NewLine(depth);
+        }
+        out_.push_back(bracket);
+    }
+    void NewLine(size_t depth) {
+        if (indent_ > 0) {
+            out_.push_back('\n');
+            out_.append(depth * indent_, ' ');
+        }
+    }
+
+    size_t indent_;
+    std::string& out_;
+};
+
+}  // namespace
+
+void AppendJson(const MetaValue* value, size_t indent, std::string& out) {
+    JsonWriter(indent, out).Value(value, 0);
+}
+
+void FormatJson(const MetaValue& root, const FormatContext&, std::string& out) {
+    AppendJson(&root, kJsonIndent, out);
+    out.push_back('\n');
+}
+
+}  // namespace CommandHost

@@ -1,0 +1,92 @@
+// Finding the plug-in directory and loading every plug-in in it.
+#include <dirent.h>
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "commandhost/cli/CommandHost.h"
+
+namespace CommandHost {
+
+namespace {
+
+constexpr const char* kEntryName = "AutoCli_RegisterNamespaces";
+
+bool IsDirectory(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string ExecutableDirectory() {
+    char buffer[4096];
+    ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+    if (length <= 0) {
+        return ".";
+    }
+    std::string path(buffer, static_cast<size_t>(length));
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+}
+
+bool IsPluginName(const char* name) {
+    std::string_view text(name);
+    return text.size() > 6 && text.starts_with("lib") && text.ends_with(".so");
+}
+
+}  // namespace
+
+std::string PluginDirectory(const std::string& option) {
+    if (!option.empty()) {
+        return option;
+    }
+    if (const char* environment = std::getenv("AUTOCLI_PLUGIN_DIR");
+        environment != nullptr && *environment != '\0') {
+        return environment;
+    }
+    const std::string executableDirectory = ExecutableDirectory();
+    std::string built = executableDirectory + "/plugins";
+    if (IsDirectory(built)) {
+        return built;
+    }
+    std::string installed = executableDirectory + "/../lib/autocli/plugins";
+    return IsDirectory(installed) ? installed : built;
+}
+
+void CommandHost::LoadPlugins(const std::string& directory) {
+    DIR* stream = opendir(directory.c_str());
+    if (stream == nullptr) {
+        throw std::runtime_error("Cannot open the plug-in directory '" + directory +
+                                 "': " + std::strerror(errno));
+    }
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(stream)) {
+        if (IsPluginName(entry->d_name)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    closedir(stream);
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) {
+        const std::string path = directory + "/" + name;
+        // The tree the plug-in registers lives as long as the process, so it is never closed.
+        void* library = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+        if (library == nullptr) {
+            throw std::runtime_error("Cannot load the plug-in '" + path + "': " + dlerror());
+        }
+        auto entry = reinterpret_cast<RegisterFunction>(dlsym(library, kEntryName));
+        if (entry == nullptr) {
+            const char* error = dlerror();
+            throw std::runtime_error("The plug-in '" + path + "' has no entry " + kEntryName +
+                                     ": " + (error != nullptr ? error : "it is null"));
+        }
+        Register(entry);
+    }
+}
+
+}  // namespace CommandHost

@@ -1,0 +1,151 @@
+// The whole of autocli once its plug-ins are loaded: the program's options, help, running the
+// command, formatting its result, and printing it in one piece.
+#include <ostream>
+
+#include "commandhost/cli/CommandHost.h"
+#include "commandhost/cli/CommandLine.h"
+#include "commandhost/cli/Formatters.h"
+#include "commandhost/cli/Help.h"
+#include "commandhost/cli/Suggestions.h"
+
+namespace CommandHost {
+
+namespace {
+
+constexpr std::string_view kFormatterOption = "--formatter";
+constexpr std::string_view kPluginDirectoryOption = "--plugin-dir";
+constexpr std::string_view kHelpOption = "--help";
+constexpr std::string_view kVersionOption = "--version";
+
+// Reads the value of `option` from "--option=value" or "--option value"; false when `word` is
+// not that option.
+bool ReadValueOption(const std::vector<std::string>& arguments, size_t& index,
+                     std::string_view option, std::string& value, std::string& error) {
+    std::string_view word = arguments[index];
+    if (!word.starts_with(option)) {
+        return false;
+    }
+    word.remove_prefix(option.size());
+    if (word.starts_with('=')) {
+        value = word.substr(1);
+    } else if (!word.empty()) {
+        return false;
+    } else if (index + 1 < arguments.size()) {
+        value = arguments[++index];
+    }
+    if (value.empty()) {
+        error = "The option '" + std::string(option) + "' needs a value, as in " +
+                std::string(option) + "=VALUE.";
+    }
+    return true;
+}
+
+void Write(std::ostream& stream, const std::string& text) {
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.flush();
+}
+
+int Refuse(std::ostream& err, const std::string& message) {
+    Write(err, message + "\n");
+    return ExitRefused;
+}
+
+}  // namespace
+
+GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
+    GlobalOptions options;
+    size_t& index = options.next;
+    for (; index < arguments.size() && options.error.empty(); ++index) {
+        const std::string& word = arguments[index];
+        if (!word.starts_with('-')) {
+            break;
+        }
+        if (word == kHelpOption) {
+            options.help = true;
+        } else if (word == kVersionOption) {
+            options.version = true;
+        } else if (!ReadValueOption(arguments, index, kFormatterOption, options.formatter,
+                                    options.error) &&
+                   !ReadValueOption(arguments, index, kPluginDirectoryOption,
+                                    options.pluginDirectory, options.error)) {
+            std::string name = word.substr(0, word.find('='));
+            options.error =
+                "Unknown option '" + word + "'." +
+                DidYouMean(name,
+                           {std::string(kFormatterOption), std::string(kPluginDirectoryOption),
+                            std::string(kHelpOption), std::string(kVersionOption)}) +
+                " Usage: autocli [--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] "
+                "network <path...> [parameters]";
+        }
+    }
+    return options;
+}
+
+int CommandHost::Main(const std::vector<std::string>& arguments, std::ostream& out,
+                      std::ostream& err) {
+    const GlobalOptions options = ReadGlobalOptions(arguments);
+    if (!options.error.empty()) {
+        return Refuse(err, options.error);
+    }
+    if (options.version) {
+        Write(out, "autocli " AUTOCLI_VERSION "\n");
+        return ExitOk;
+    }
+    if (!options.formatter.empty() && FindFormatter(options.formatter) == nullptr) {
+        std::string names;
+        for (const std::string& name : FormatterNames()) {
+            names.append(names.empty() ? "" : ", ").append(name);
+        }
+        return Refuse(err, "Unknown formatter '" + options.formatter + "'." +
+                               DidYouMean(options.formatter, FormatterNames()) +
+                               " Formatters: " + names + ".");
+    }
+    // --help may also follow the path: "network nic list --help".
+    bool help = options.help;
+    std::vector<std::string> words;
+    for (size_t i = options.next; i < arguments.size(); ++i) {
+        if (arguments[i] == kHelpOption) {
+            help = true;
+        } else {
+            words.push_back(arguments[i]);
+        }
+    }
+    Resolution resolution;
+    try {
+        resolution = Resolve(words);
+    } catch (const CommandLineError& e) {
+        return Refuse(err, e.what());
+    }
+    const bool isCommand = resolution.node->GetType() == CppTools::AutoCli::NodeTypeCommand;
+    if (help || (!isCommand && resolution.next == words.size())) {
+        auto command = std::dynamic_pointer_cast<CppTools::AutoCli::CommandSpec>(resolution.node);
+        Write(out, isCommand && command ? CommandHelp(*command, terminalWidth_)
+                                        : NamespaceHelp(*resolution.node, terminalWidth_));
+        return ExitOk;
+    }
+
+    RunResult result = Run(words);
+    std::string text;
+    const auto& root = result.output ? result.output->GetRootObject() : nullptr;
+    if (root && result.status != ExitException) {
+        const std::string& formatter = options.formatter.empty()
+                                           ? result.command->GetDefaultOutputFormatter()
+                                           : options.formatter;
+        OutputLayout layout(result.command->GetDefaultOutputParameters());
+        text = FormatResult(formatter, *root, {layout, terminalWidth_});
+    }
+    std::string messages;
+    if (result.output) {
+        for (const std::string& message : result.output->GetErrorMessages()) {
+            messages.append(message).push_back('\n');
+        }
+    }
+    for (const std::string& message : result.hostMessages) {
+        messages.append(message).push_back('\n');
+    }
+    Write(out, text);
+    Write(err, messages);
+    return result.status;
+}
+
+}  // namespace CommandHost
