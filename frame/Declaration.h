@@ -71,11 +71,11 @@ struct OutputParameter {
 enum class Root { Bool, Int, String, Struct, List };
 
 struct CommandShape {
-    const char* description;
-    const char* formatter;  // null: no default formatter
-    std::span<const OutputParameter> outputParameters;
-    std::span<const Parameter> parameters;
-    Root root;
+    const char* description = nullptr;
+    const char* formatter = nullptr;  // null: no default formatter
+    std::span<const OutputParameter> outputParameters = {};
+    std::span<const Parameter> parameters = {};
+    Root root = Root::Bool;
     const StructShape* structure = nullptr;  // the struct, or a list's element, for Struct and List
 };
 
