@@ -1,0 +1,22 @@
+// The host as a whole, the way in to its system model.
+#pragma once
+
+#include <memory>
+
+#include "hostctl/SystemInfo.h"
+
+namespace HostCtl {
+
+class Host {
+  public:
+    virtual ~Host() = default;
+    static std::unique_ptr<System::SystemInfo> GetSystemInfo();
+};
+
+class HostFactory {
+  public:
+    // Belongs to the host-control layer; never released by the caller.
+    static Host* GetHost();
+};
+
+}  // namespace HostCtl
