@@ -272,6 +272,9 @@ std::string NamespaceHelp(const NamespaceNode& node, size_t width) {
         out.push_back('\n');
     }
     AppendEntries("Available Namespaces", namespaces, width, out);
+    if (!namespaces.empty() && !commands.empty()) {
+        out.push_back('\n');
+    }
     AppendEntries("Available Commands", commands, width, out);
     out.append("\nRun 'autocli ")
         .append(path)

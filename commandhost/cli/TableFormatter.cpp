@@ -41,10 +41,19 @@ void RenderTable(const std::vector<std::string>& headings,
         lastStart += widths[column] + kColumnGap.size();
     }
     size_t& lastWidth = widths[count - 1];
+    size_t room = 0;  // the width the last column wraps at; 0: no wrapping
     if (wrapLast && width > lastStart) {
-        size_t room = std::max(
+        room = std::max(
             {width - lastStart, kNarrowestWrappedColumn, DisplayWidth(headings[count - 1])});
-        lastWidth = std::min(lastWidth, room);
+        if (lastWidth > room) {
+            // The column is as wide as its widest line once wrapped.
+            lastWidth = DisplayWidth(headings[count - 1]);
+            for (const auto& row : rows) {
+                for (const std::string& piece : WrapText(row[count - 1], room)) {
+                    lastWidth = std::max(lastWidth, DisplayWidth(piece));
+                }
+            }
+        }
     }
     auto line = [&](const std::vector<std::string>& cells) {
         size_t lineStart = out.size();
@@ -55,9 +64,9 @@ void RenderTable(const std::vector<std::string>& headings,
             out.append(kColumnGap);
         }
         const std::string& last = cells[count - 1];
-        if (wrapLast && DisplayWidth(last) > lastWidth) {
+        if (room > 0 && DisplayWidth(last) > room) {
             bool first = true;
-            for (const std::string& piece : WrapText(last, lastWidth)) {
+            for (const std::string& piece : WrapText(last, room)) {
                 if (!first) {
                     out.push_back('\n');
                     lineStart = out.size();

@@ -66,6 +66,10 @@ void AppendValue(const MetaValue* value, size_t depth, std::string& out) {
         const auto& structure = static_cast<const MetaStruct&>(*value);
         out.append(" name=\"");
         AppendEscaped(structure.GetName(), out);
+        if (structure.GetFields().empty()) {
+            out.append("\"/>\n");
+            return;
+        }
         out.append("\">\n");
         for (const auto& field : structure.GetFields()) {
             Indent(depth + 1, out);
@@ -77,8 +81,13 @@ void AppendValue(const MetaValue* value, size_t depth, std::string& out) {
             out.append("</field>\n");
         }
     } else {
+        const auto& elements = static_cast<const MetaList&>(*value).GetElements();
+        if (elements.empty()) {
+            out.append("/>\n");
+            return;
+        }
         out.append(">\n");
-        for (const auto& element : static_cast<const MetaList&>(*value).GetElements()) {
+        for (const auto& element : elements) {
             AppendValue(element.get(), depth + 1, out);
         }
     }

@@ -1,0 +1,119 @@
+// autocli's Main: the program's options, exit statuses, and where each message goes.
+#include <stdexcept>
+
+#include "commandhost/HostFixture.h"
+
+namespace CommandHostTesting {
+namespace {
+
+class MainTest : public HostTest {
+  protected:
+    // Makes `demo nic list` run `behaviour` instead of leaving result_ and errors_.
+    void ListBehaves(ScriptedCommand::Behaviour behaviour) {
+        auto nic = host_.GetRoot()->GetNamespaceNode("demo")->GetNamespaceNode("nic");
+        list_ = ScriptedCommand::New("Throws.", {}, ScriptedCommand::Root::NicList,
+                                     std::move(behaviour));
+        list_->SetDefaultOutputFormatter("table");
+        auto fresh = CppTools::AutoCli::Namespace::New();
+        fresh->RegisterNamespaceNode(list_, "list");
+        host_.GetRoot()->GetNamespaceNode("demo")->RegisterNamespaceNode(fresh, "broken");
+    }
+};
+
+TEST_F(MainTest, SuccessPrintsTheRootAndExitsZero) {
+    result_ = MetaString::New("done");
+    EXPECT_EQ(Main({"demo", "nic", "list"}), CommandHost::ExitOk);
+    EXPECT_EQ(out_, "done\n");
+    EXPECT_EQ(err_, "");
+}
+
+TEST_F(MainTest, ErrorMessagesGoToStderrOnePerLineWithStatusOne) {
+    errors_ = {"There is no pnic with name hwnic9", "Second line"};
+    EXPECT_EQ(Main({"demo", "nic", "list"}), CommandHost::ExitCommandError);
+    EXPECT_EQ(out_, "");
+    EXPECT_EQ(err_, "There is no pnic with name hwnic9\nSecond line\n");
+}
+
+TEST_F(MainTest, ARootLeftBesideAnErrorIsStillPrinted) {
+    list_->SetDefaultOutputParameter("fields:Nic", "Name");
+    result_ = SampleNics();
+    errors_ = {"Unable to read one NIC"};
+    EXPECT_EQ(Main({"demo", "nic", "list"}), CommandHost::ExitCommandError);
+    EXPECT_EQ(out_, "Name\n------\nhwnic0\nhwnic1\n");
+    EXPECT_EQ(err_, "Unable to read one NIC\n");
+}
+
+TEST_F(MainTest, AFalseBoolRootExitsOne) {
+    result_ = MetaBool::New(false);
+    EXPECT_EQ(Main({"demo", "nic", "list"}), CommandHost::ExitCommandError);
+    EXPECT_EQ(out_, "false\n");
+    EXPECT_EQ(Main({"--formatter=json", "demo", "nic", "list"}), CommandHost::ExitCommandError);
+    EXPECT_EQ(out_, "false\n");
+}
+
+TEST_F(MainTest, AnEscapedExceptionExitsThreeAndPrintsNoRoot) {
+    ListBehaves([](const Input&, Output& output) {
+        output.SetRootObject(SampleNics());
+        output.AddErrorMessage("Partly done");
+        throw std::runtime_error("database is locked");
+    });
+    EXPECT_EQ(Main({"demo", "broken", "list"}), CommandHost::ExitException);
+    EXPECT_EQ(out_, "");
+    EXPECT_EQ(err_,
+              "Partly done\n"
+              "Unexpected exception in 'demo broken list': std::runtime_error: database is "
+              "locked\n");
+}
+
+TEST_F(MainTest, AnExceptionOfAnyTypeIsNamed) {
+    ListBehaves([](const Input&, Output&) { throw 42; });
+    auto result = host_.Run({"demo", "broken", "list"});
+    EXPECT_EQ(result.status, CommandHost::ExitException);
+    ASSERT_EQ(result.hostMessages.size(), 1u);
+    EXPECT_EQ(result.hostMessages[0],
+              "Unexpected exception in 'demo broken list': int (not derived from "
+              "std::exception)");
+}
+
+TEST_F(MainTest, RefusalsGoToStderrWithStatusTwo) {
+    EXPECT_EQ(Main({"demo", "nic", "set", "--nic-nam", "x"}), CommandHost::ExitRefused);
+    EXPECT_EQ(out_, "");
+    EXPECT_EQ(err_,
+              "Unknown parameter '--nic-nam' for 'demo nic set'. Did you mean '--nic-name'?\n");
+    EXPECT_EQ(Main({"demo", "nic", "lst"}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_, "Unknown command or namespace 'lst' in 'demo nic'. Did you mean 'list'?\n");
+    EXPECT_EQ(set_->Runs(), 0);
+}
+
+TEST_F(MainTest, GlobalOptions) {
+    EXPECT_EQ(Main({"--version"}), CommandHost::ExitOk);
+    EXPECT_EQ(out_, "autocli 1.0.0\n");
+    EXPECT_EQ(Main({"--fromatter=json", "demo", "echo"}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_,
+              "Unknown option '--fromatter=json'. Did you mean '--formatter'? Usage: autocli "
+              "[--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] network <path...> "
+              "[parameters]\n");
+    EXPECT_EQ(Main({"--formatter=jsno", "demo", "echo"}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_,
+              "Unknown formatter 'jsno'. Did you mean 'json'? Formatters: table, simple, json, "
+              "xml, csv, keyvalue.\n");
+    EXPECT_EQ(Main({"--formatter="}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_, "The option '--formatter' needs a value, as in --formatter=VALUE.\n");
+    EXPECT_EQ(Main({"--formatter", "json", "--plugin-dir", "/ignored", "demo", "echo", "-x", "hi"}),
+              CommandHost::ExitOk);
+    EXPECT_EQ(out_, "\"hi\"\n");
+}
+
+TEST(GlobalOptionsTest, StopAtTheFirstWordOfThePath) {
+    auto options = CommandHost::ReadGlobalOptions(
+        {"--plugin-dir=/opt/plugins", "--help", "network", "--formatter=json"});
+    EXPECT_EQ(options.pluginDirectory, "/opt/plugins");
+    EXPECT_TRUE(options.help);
+    EXPECT_FALSE(options.version);
+    EXPECT_EQ(options.formatter, "");
+    EXPECT_EQ(options.next, 2u);
+    EXPECT_EQ(options.error, "");
+}
+
+}  // namespace
+}  // namespace CommandHostTesting
