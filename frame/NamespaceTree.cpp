@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
 #include "nic/NicCommands.h"
 
@@ -299,10 +300,24 @@ constexpr EntryRow kEntries[] = {
     {"network vswitch dvs zanvex lacp", "status"},
     {"network vswitch dvs zanvex lacp", "stats"},
     {"network vswitch dvs zanvex lacp", "timeout"},
+    {"network firewall", "get", &Make<FirewallGet>},
+    {"network firewall", "set", &Make<FirewallSet>},
+    {"network firewall", "load", &Make<FirewallLoad>},
+    {"network firewall", "refresh", &Make<FirewallRefresh>},
+    {"network firewall", "unload", &Make<FirewallUnload>},
     {"network firewall", "ruleset"},
+    {"network firewall ruleset", "list", &Make<FirewallRulesetList>},
+    {"network firewall ruleset", "set", &Make<FirewallRulesetSet>},
     {"network firewall ruleset", "client"},
     {"network firewall ruleset", "rule"},
     {"network firewall ruleset", "allowedip"},
+    {"network firewall ruleset client", "get", &Make<FirewallRulesetClientGet>},
+    {"network firewall ruleset client", "add", &Make<FirewallRulesetClientAdd>},
+    {"network firewall ruleset client", "remove", &Make<FirewallRulesetClientRemove>},
+    {"network firewall ruleset rule", "list", &Make<FirewallRulesetRuleList>},
+    {"network firewall ruleset allowedip", "list", &Make<FirewallRulesetAllowedipList>},
+    {"network firewall ruleset allowedip", "add", &Make<FirewallRulesetAllowedipAdd>},
+    {"network firewall ruleset allowedip", "remove", &Make<FirewallRulesetAllowedipRemove>},
     {"network port", "stats"},
     {"network port", "filter"},
     {"network port filter", "stats"},

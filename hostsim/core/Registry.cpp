@@ -5,7 +5,8 @@
 // subject's folder.
 // clang-format off
 #define HOSTSIM_SUBJECTS(SUBJECT) \
-    SUBJECT(nic)
+    SUBJECT(nic) \
+    SUBJECT(firewall)
 // clang-format on
 
 namespace HostSim {

@@ -1,0 +1,46 @@
+// A ruleset of the simulated host, with the copy of its record read when it was looked up.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "hostctl/FirewallRuleset.h"
+#include "hostsim/firewall/FirewallStore.h"
+
+namespace KelmCtl::System {
+
+class FirewallRulesetImpl : public HostCtl::System::FirewallRuleset {
+  public:
+    // `record` is empty for an id the host does not have.
+    FirewallRulesetImpl(std::string id, std::optional<HostSim::Firewall::RulesetRecord> record);
+
+    std::string GetRulesetId() const override;
+    bool IsValid() const override;
+    bool IsEnabled() const override;
+    void Enable() override;
+    void Disable() override;
+    bool IsAllowedAll() const override;
+    void SetAllowedAll(bool allowedAll) override;
+    void CheckConfigurable(int setting, bool internal) const override;
+    bool IsEnabledFixed() const override;
+    bool IsAllowedIpFixed() const override;
+    std::vector<std::unique_ptr<HostCtl::System::FirewallPortRule>> GetRules() const override;
+    std::int32_t GetClientCount() const override;
+    void AddClient() override;
+    void RemoveClient() override;
+    std::unique_ptr<HostCtl::System::AllowedIpList> GetAllowedIpList() const override;
+    void AddAllowedIp(const std::string& address) override;
+    void RemoveAllowedIp(const std::string& address) override;
+
+  private:
+    // Passes the choke point as `operation` and returns the record; throws for an unknown id.
+    const HostSim::Firewall::RulesetRecord& Record(const char* operation) const;
+    template <class Change>
+    void Modify(const char* operation, Change&& change);
+    void SetEnabled(const char* operation, bool enabled);
+
+    std::string id_;
+    std::optional<HostSim::Firewall::RulesetRecord> record_;
+};
+
+}  // namespace KelmCtl::System

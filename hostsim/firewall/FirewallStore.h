@@ -1,0 +1,66 @@
+// The firewall's part of the host state: the kernel modules, the firewall's own state, the
+// rulesets with their rules and allowed addresses, and the host rules that guard them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostctl/FirewallRuleset.h"
+#include "hostsim/core/Database.h"
+
+namespace HostSim::Firewall {
+
+// The "firewall" section of the default host, JSON text.
+extern const char kDefaultSection[];
+
+// The module that carries the firewall.
+inline constexpr char kModuleName[] = "ostrelfw";
+
+// What the firewall keeps of a ruleset besides its rules and addresses.
+struct RulesetRecord {
+    bool enabled = false;
+    bool allowedAll = true;
+    bool enabledFixed = false;
+    bool allowedIpFixed = false;
+    std::int32_t clients = 0;
+};
+
+struct NamedRuleset {
+    std::string id;
+    RulesetRecord record;
+};
+
+enum class AddressKind { Ipv4Address = 0, Ipv4Network = 1, Ipv6Address = 2, Ipv6Network = 3 };
+
+// An allowed address in its canonical text form.
+struct AllowedAddress {
+    AddressKind kind;
+    std::string text;
+};
+
+// Parses an IPv4 or IPv6 address, or a network in prefix form; refuses anything else, and a
+// network with bits set beyond its prefix, in the host's words.
+AllowedAddress ParseAllowedAddress(const std::string& text);
+
+bool IsModuleLoaded(Database& database, const std::string& name);
+// Throws unless the firewall module is loaded.
+void RequireFirewallLoaded(Database& database);
+// Sets how many users hold the firewall module.
+void SetFirewallModuleUsers(Database& database, std::int64_t users);
+
+std::string NoSuchRuleset(const std::string& id);
+std::optional<RulesetRecord> ReadRuleset(Database& database, const std::string& id);
+// Every ruleset, in the host's order.
+std::vector<NamedRuleset> ReadRulesets(Database& database);
+void WriteRuleset(Database& database, const std::string& id, const RulesetRecord& record);
+
+std::vector<HostCtl::System::FirewallPortRule> ReadRules(Database& database, const std::string& id);
+std::vector<AllowedAddress> ReadAllowedAddresses(Database& database, const std::string& id);
+// Adds `address`, refusing one the ruleset has already.
+void InsertAllowedAddress(Database& database, const std::string& id, const AllowedAddress& address);
+// Removes `address`, refusing one the ruleset does not have.
+void DeleteAllowedAddress(Database& database, const std::string& id, const AllowedAddress& address);
+
+}  // namespace HostSim::Firewall

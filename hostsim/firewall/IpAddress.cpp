@@ -1,0 +1,124 @@
+// IP address and network value types, parsed and printed with the C library's own routines.
+#include "hostctl/IpAddress.h"
+
+#include <arpa/inet.h>
+
+#include <charconv>
+#include <optional>
+
+namespace HostCtl::Network {
+namespace {
+
+constexpr unsigned int kIpv4Bits = 32;
+constexpr unsigned int kIpv6Bits = 128;
+
+std::optional<std::uint32_t> ParseIpv4(const std::string& text) {
+    in_addr address{};
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
+        return std::nullopt;
+    }
+    return ntohl(address.s_addr);
+}
+
+std::optional<std::array<std::uint8_t, 16>> ParseIpv6(const std::string& text) {
+    std::array<std::uint8_t, 16> bytes{};
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) != 1) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+// Splits "address/length" where the length is a decimal of at most `maxBits`.
+std::optional<std::pair<std::string, unsigned int>> SplitPrefix(const std::string& text,
+                                                                unsigned int maxBits) {
+    const auto slash = text.find('/');
+    if (slash == std::string::npos || slash + 1 == text.size()) {
+        return std::nullopt;
+    }
+    unsigned int length = 0;
+    const char* first = text.data() + slash + 1;
+    const char* last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(first, last, length);
+    if (error != std::errc() || end != last || length > maxBits) {
+        return std::nullopt;
+    }
+    return std::make_pair(text.substr(0, slash), length);
+}
+
+}  // namespace
+
+Ipv4Address::Ipv4Address(const std::string& text) : value_(ParseIpv4(text).value_or(0)) {}
+
+Ipv4Address Ipv4Address::FromValue(std::uint32_t value) {
+    Ipv4Address address;
+    address.value_ = value;
+    return address;
+}
+
+std::string Ipv4Address::GetStringAddress() const {
+    in_addr address{};
+    address.s_addr = htonl(value_);
+    char text[INET_ADDRSTRLEN];
+    inet_ntop(AF_INET, &address, text, sizeof text);
+    return text;
+}
+
+bool Ipv4Address::IsValidAddress(const std::string& text) {
+    return ParseIpv4(text).has_value();
+}
+
+Ipv6Address::Ipv6Address(const std::string& text) {
+    if (auto bytes = ParseIpv6(text)) {
+        bytes_ = *bytes;
+    }
+}
+
+std::string Ipv6Address::GetStringAddress() const {
+    char text[INET6_ADDRSTRLEN];
+    inet_ntop(AF_INET6, bytes_.data(), text, sizeof text);
+    return text;
+}
+
+bool Ipv6Address::IsValidAddress(const std::string& text) {
+    return ParseIpv6(text).has_value();
+}
+
+Ipv4Network::Ipv4Network(const std::string& text) {
+    const auto parts = SplitPrefix(text, kIpv4Bits);
+    if (!parts || !Ipv4Address::IsValidAddress(parts->first)) {
+        return;
+    }
+    network_ = Ipv4Address(parts->first);
+    prefixLength_ = parts->second;
+    netmask_ = Ipv4Address::FromValue(
+        prefixLength_ == 0 ? 0 : ~std::uint32_t{0} << (kIpv4Bits - prefixLength_));
+}
+
+std::string Ipv4Network::GetStringAddress() const {
+    return network_.GetStringAddress() + "/" + std::to_string(prefixLength_);
+}
+
+bool Ipv4Network::IsValidAddressAndNetmask(const std::string& text) {
+    const auto parts = SplitPrefix(text, kIpv4Bits);
+    return parts && Ipv4Address::IsValidAddress(parts->first);
+}
+
+Ipv6Network::Ipv6Network(const std::string& text) {
+    const auto parts = SplitPrefix(text, kIpv6Bits);
+    if (!parts || !Ipv6Address::IsValidAddress(parts->first)) {
+        return;
+    }
+    address_ = Ipv6Address(parts->first);
+    prefixLength_ = parts->second;
+}
+
+std::string Ipv6Network::GetStringAddress() const {
+    return address_.GetStringAddress() + "/" + std::to_string(prefixLength_);
+}
+
+bool Ipv6Network::IsValidAddressAndNetmask(const std::string& text) {
+    const auto parts = SplitPrefix(text, kIpv6Bits);
+    return parts && Ipv6Address::IsValidAddress(parts->first);
+}
+
+}  // namespace HostCtl::Network

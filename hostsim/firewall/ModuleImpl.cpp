@@ -1,0 +1,60 @@
+// Kernel modules: the host keeps a row for each loaded module, with how many users hold it.
+#include "kelmctl/ModuleImpl.h"
+
+#include <optional>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/firewall/FirewallStore.h"
+
+namespace KelmCtl::System {
+
+ModuleImpl::ModuleImpl(std::string name) : name_(std::move(name)) {}
+
+void ModuleImpl::Refresh() {
+    HostSim::PassOperation("ModuleImpl::Refresh", name_);
+    notLoaded_ = !HostSim::Firewall::IsModuleLoaded(HostSim::Store(), name_);
+}
+
+// Loading a loaded module keeps it as it is.
+void ModuleImpl::Load(const std::string& options, bool persistent) {
+    HostSim::PassOperation("ModuleImpl::Load", name_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    database
+        .Query(
+            "INSERT INTO kernel_module (name, options, persistent, users)"
+            " VALUES (?1, ?2, ?3, 0) ON CONFLICT DO NOTHING")
+        .Bind(1, name_)
+        .Bind(2, options)
+        .Bind(3, persistent)
+        .Run();
+    transaction.Commit();
+    stale_ = true;
+}
+
+void ModuleImpl::Unload() {
+    HostSim::PassOperation("ModuleImpl::Unload", name_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    std::optional<std::int64_t> users;
+    {
+        auto row = database.Query("SELECT users FROM kernel_module WHERE name = ?1");
+        row.Bind(1, name_);
+        if (row.Step()) {
+            users = row.Int(0);
+        }
+    }
+    if (!users) {
+        throw HostCtl::Lib::HostCtlException("Module " + name_ + " is not loaded");
+    }
+    if (*users > 0) {
+        throw HostCtl::Lib::HostCtlException("Module " + name_ + " is in use");
+    }
+    database.Query("DELETE FROM kernel_module WHERE name = ?1").Bind(1, name_).Run();
+    transaction.Commit();
+    stale_ = true;
+}
+
+}  // namespace KelmCtl::System

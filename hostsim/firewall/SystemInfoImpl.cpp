@@ -1,0 +1,131 @@
+// The firewall as a whole, and the ways in to the system model.
+#include "kelmctl/SystemInfoImpl.h"
+
+#include "hostctl/Host.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/firewall/FirewallRulesetImpl.h"
+#include "hostsim/firewall/FirewallStore.h"
+
+namespace KelmCtl::System {
+
+namespace {
+
+// A fresh firewall, as an empty host has it until it is set.
+constexpr bool kEnabledByDefault = true;
+constexpr bool kPassByDefault = false;
+
+struct FirewallState {
+    bool enabled = kEnabledByDefault;
+    bool pass = kPassByDefault;
+};
+
+FirewallState ReadState(HostSim::Database& database) {
+    auto row = database.Query("SELECT enabled, default_pass FROM firewall_state");
+    return row.Step() ? FirewallState{row.Bool(0), row.Bool(1)} : FirewallState{};
+}
+
+// Reads the state of the loaded firewall.
+FirewallState ReadLoadedState(const char* operation) {
+    HostSim::PassOperation(operation);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::Firewall::RequireFirewallLoaded(database);
+    return ReadState(database);
+}
+
+// Changes the state of the loaded firewall in one write transaction.
+template <class Change>
+void ChangeLoadedFirewall(const char* operation, Change&& change) {
+    HostSim::PassOperation(operation);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Firewall::RequireFirewallLoaded(database);
+    change(database);
+    transaction.Commit();
+}
+
+void WriteState(const char* operation, void (*change)(FirewallState&, bool), bool value) {
+    ChangeLoadedFirewall(operation, [&](HostSim::Database& database) {
+        FirewallState state = ReadState(database);
+        change(state, value);
+        database
+            .Query(
+                "INSERT OR REPLACE INTO firewall_state (id, enabled, default_pass)"
+                " VALUES (1, ?1, ?2)")
+            .Bind(1, state.enabled)
+            .Bind(2, state.pass)
+            .Run();
+    });
+}
+
+}  // namespace
+
+SystemInfoImpl::SystemInfoImpl() = default;
+SystemInfoImpl::~SystemInfoImpl() = default;
+
+bool SystemInfoImpl::IsFirewallEnabled() {
+    return ReadLoadedState("SystemInfo::IsFirewallEnabled").enabled;
+}
+
+void SystemInfoImpl::SetFirewallEnabled(bool enabled) {
+    WriteState(
+        "SystemInfo::SetFirewallEnabled",
+        [](FirewallState& state, bool value) { state.enabled = value; }, enabled);
+}
+
+bool SystemInfoImpl::GetFirewallDefaultAction() {
+    return ReadLoadedState("SystemInfo::GetFirewallDefaultAction").pass;
+}
+
+void SystemInfoImpl::SetFirewallDefaultAction(bool pass) {
+    WriteState(
+        "SystemInfo::SetFirewallDefaultAction",
+        [](FirewallState& state, bool value) { state.pass = value; }, pass);
+}
+
+// The rulesets go into the module as filters, which then hold it in use.
+void SystemInfoImpl::LoadFirewallRulesets() {
+    ChangeLoadedFirewall("SystemInfo::LoadFirewallRulesets", [](HostSim::Database& database) {
+        HostSim::Firewall::SetFirewallModuleUsers(database, 1);
+    });
+}
+
+void SystemInfoImpl::DestroyFirewallFilters() {
+    ChangeLoadedFirewall("SystemInfo::DestroyFirewallFilters", [](HostSim::Database& database) {
+        HostSim::Firewall::SetFirewallModuleUsers(database, 0);
+    });
+}
+
+std::unique_ptr<HostCtl::System::FirewallRuleset> SystemInfoImpl::GetFirewallRulesetById(
+    const std::string& id) {
+    HostSim::PassOperation("SystemInfo::GetFirewallRulesetById", id);
+    return std::make_unique<FirewallRulesetImpl>(
+        id, HostSim::Firewall::ReadRuleset(HostSim::Store(), id));
+}
+
+std::vector<std::unique_ptr<HostCtl::System::FirewallRuleset>>
+SystemInfoImpl::GetFirewallRulesets() {
+    HostSim::PassOperation("SystemInfo::GetFirewallRulesets");
+    std::vector<std::unique_ptr<HostCtl::System::FirewallRuleset>> rulesets;
+    for (auto& [id, record] : HostSim::Firewall::ReadRulesets(HostSim::Store())) {
+        rulesets.push_back(std::make_unique<FirewallRulesetImpl>(std::move(id), record));
+    }
+    return rulesets;
+}
+
+}  // namespace KelmCtl::System
+
+namespace HostCtl {
+
+std::unique_ptr<System::SystemInfo> Host::GetSystemInfo() {
+    HostSim::PassOperation("Host::GetSystemInfo");
+    return std::make_unique<KelmCtl::System::SystemInfoImpl>();
+}
+
+Host* HostFactory::GetHost() {
+    HostSim::PassOperation("HostFactory::GetHost");
+    static Host host;
+    return &host;
+}
+
+}  // namespace HostCtl
