@@ -6,6 +6,7 @@
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
 #include "nic/NicCommands.h"
+#include "vswitch/VswitchCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -284,16 +285,38 @@ constexpr EntryRow kEntries[] = {
     {"network sriovnic", "vf"},
     {"network vswitch", "standard"},
     {"network vswitch", "dvs"},
+    {"network vswitch standard", "add", &Make<VirtualSwitchStandardAdd>},
+    {"network vswitch standard", "set", &Make<VirtualSwitchStandardSet>},
+    {"network vswitch standard", "list", &Make<VirtualSwitchStandardList>},
+    {"network vswitch standard", "remove", &Make<VirtualSwitchStandardRemove>},
     {"network vswitch standard", "uplink"},
     {"network vswitch standard", "policy"},
     {"network vswitch standard", "portgroup"},
+    {"network vswitch standard uplink", "add", &Make<VirtualSwitchStandardUplinkAdd>},
+    {"network vswitch standard uplink", "remove", &Make<VirtualSwitchStandardUplinkRemove>},
     {"network vswitch standard policy", "shaping"},
     {"network vswitch standard policy", "security"},
     {"network vswitch standard policy", "failover"},
+    {"network vswitch standard policy shaping", "get", &Make<VirtualSwitchStandardPolicyShapingGet>},
+    {"network vswitch standard policy shaping", "set", &Make<VirtualSwitchStandardPolicyShapingSet>},
+    {"network vswitch standard policy security", "get", &Make<VirtualSwitchStandardPolicySecurityGet>},
+    {"network vswitch standard policy security", "set", &Make<VirtualSwitchStandardPolicySecuritySet>},
+    {"network vswitch standard policy failover", "get", &Make<VirtualSwitchStandardPolicyFailoverGet>},
+    {"network vswitch standard policy failover", "set", &Make<VirtualSwitchStandardPolicyFailoverSet>},
+    {"network vswitch standard portgroup", "list", &Make<VirtualSwitchPortGroupList>},
+    {"network vswitch standard portgroup", "add", &Make<VirtualSwitchPortGroupAdd>},
+    {"network vswitch standard portgroup", "remove", &Make<VirtualSwitchPortGroupRemove>},
+    {"network vswitch standard portgroup", "set", &Make<VirtualSwitchPortGroupSet>},
     {"network vswitch standard portgroup", "policy"},
     {"network vswitch standard portgroup policy", "shaping"},
     {"network vswitch standard portgroup policy", "failover"},
     {"network vswitch standard portgroup policy", "security"},
+    {"network vswitch standard portgroup policy shaping", "get", &Make<VirtualSwitchPortGroupPolicyShapingGet>},
+    {"network vswitch standard portgroup policy shaping", "set", &Make<VirtualSwitchPortGroupPolicyShapingSet>},
+    {"network vswitch standard portgroup policy failover", "get", &Make<VirtualSwitchPortGroupPolicyFailoverGet>},
+    {"network vswitch standard portgroup policy failover", "set", &Make<VirtualSwitchPortGroupPolicyFailoverSet>},
+    {"network vswitch standard portgroup policy security", "get", &Make<VirtualSwitchPortGroupPolicySecurityGet>},
+    {"network vswitch standard portgroup policy security", "set", &Make<VirtualSwitchPortGroupPolicySecuritySet>},
     {"network vswitch dvs", "zanvex"},
     {"network vswitch dvs zanvex", "lacp"},
     {"network vswitch dvs zanvex lacp", "config"},

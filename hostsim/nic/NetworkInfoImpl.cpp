@@ -1,8 +1,11 @@
 #include "kelmctl/NetworkInfoImpl.h"
 
+#include <algorithm>
+
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/nic/NicStore.h"
+#include "hostsim/vswitch/VswitchStore.h"
 #include "kelmctl/PnicImpl.h"
 
 namespace KelmCtl::Network {
@@ -17,13 +20,18 @@ NetworkInfoImpl::NetworkInfoImpl() {
 
 NetworkInfoImpl::~NetworkInfoImpl() = default;
 
-// Every NIC, for both selectors: the uplinks of switches are all the NICs until switches
-// claim some of them.
+// Every NIC, or those that some switch uses as an uplink.
 std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
-    HostCtl::Network::PnicGetType) {
+    HostCtl::Network::PnicGetType type) {
     PassOperation("NetworkInfo::GetPnics");
     std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
     auto records = HostSim::Nic::LoadAll(HostSim::Store());
+    if (type == HostCtl::Network::PnicGetUplinks) {
+        const auto uplinks = HostSim::Vswitch::UplinkNicNames(HostSim::Store());
+        std::erase_if(records, [&uplinks](const HostSim::Nic::Record& record) {
+            return std::find(uplinks.begin(), uplinks.end(), record.name) == uplinks.end();
+        });
+    }
     pnics.reserve(records.size());
     for (auto& record : records) {
         pnics.push_back(

@@ -8,7 +8,7 @@
 namespace HostCtl::Network {
 
 class ConnectionPoint : public virtual Lib::HostCtlObject {
-public:
+  public:
     // The name of the portset (switch) the connection point belongs to.
     virtual std::string GetPortsetName() const = 0;
 };

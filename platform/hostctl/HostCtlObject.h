@@ -5,7 +5,7 @@
 namespace HostCtl::Lib {
 
 class HostCtlObject {
-public:
+  public:
     virtual ~HostCtlObject() = default;
 };
 

@@ -21,7 +21,7 @@ enum TeamPolicyType : std::int32_t {
 // How a failed uplink is detected. Bit 4 of both words is the beacon criterion: set in
 // `criteriaMask` and clear in `criteriaValues` means beacon probing, else link state.
 class LinkCriteriaSelectionPolicy {
-public:
+  public:
     static constexpr std::uint32_t kBeaconBit = 1u << 4;
 
     virtual ~LinkCriteriaSelectionPolicy() = default;
@@ -39,7 +39,7 @@ public:
 };
 
 class NicTeamingPolicy {
-public:
+  public:
     static constexpr std::uint32_t kTeamPolicyBit = 1u << 0;
     static constexpr std::uint32_t kNotifySwitchBit = 1u << 2;
     static constexpr std::uint32_t kLinkCriteriaBit = 1u << 3;
@@ -97,7 +97,7 @@ struct ShapingPolicy {
     static constexpr std::uint32_t kBurstBit = 1u << 2;
     static constexpr std::uint32_t kEnabledBit = 1u << 3;
 
-    // Shaping off, with 100000 Kbps average and peak and a burst of 102400 Kib at hand.
+    // Shaping off, with 100000 Kbps average and peak and a burst of 819200 Kib at hand.
     static ShapingPolicy GetDefaultPolicy();
     // Clears the presence mask and the enabled flag: an unset shaper is off.
     void UnsetAll() {
@@ -130,7 +130,7 @@ struct ShapingPolicy {
 };
 
 class PortSecurityPolicy {
-public:
+  public:
     static constexpr std::uint32_t kPromiscuousBit = 1u << 0;
     static constexpr std::uint32_t kMacChangeBit = 1u << 1;
     static constexpr std::uint32_t kForgedTransmitsBit = 1u << 2;

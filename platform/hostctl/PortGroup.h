@@ -13,7 +13,7 @@
 namespace HostCtl::Network {
 
 class PortGroup : public ConnectionPoint {
-public:
+  public:
     // 0 is no VLAN; 4095 passes every VLAN to the guest.
     static constexpr std::uint16_t MIN_VLAN_ID = 0;
     static constexpr std::uint16_t MAX_VLAN_ID = 4095;

@@ -20,7 +20,7 @@ enum PortsetGetType {
 };
 
 class Portset : public virtual Lib::HostCtlObject {
-public:
+  public:
     // The ports a new switch gets when none are asked for.
     static constexpr std::uint32_t DEF_NUM_PORTS = 128;
 
@@ -35,7 +35,7 @@ public:
 };
 
 class VirtualSwitch : public virtual Portset {
-public:
+  public:
     virtual std::uint32_t GetMTU() const = 0;
     virtual void SetMTU(int mtu) = 0;
     // 0 down, 1 listen, 2 advertise, 3 both.

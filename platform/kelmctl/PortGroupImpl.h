@@ -11,7 +11,7 @@ namespace KelmCtl::Network {
 struct PortGroupRecord;
 
 class PortGroupImpl : public HostCtl::Network::PortGroup {
-public:
+  public:
     // Throws HostCtlException when there is no port group of that name.
     explicit PortGroupImpl(const std::string& name);
     ~PortGroupImpl() override;
@@ -36,7 +36,7 @@ public:
     // Made from a record already read, by the look-ups that read many at once.
     explicit PortGroupImpl(std::unique_ptr<PortGroupRecord> record);
 
-private:
+  private:
     std::unique_ptr<PortGroupRecord> record_;
 };
 

@@ -6,7 +6,7 @@
 namespace KelmCtl::Network {
 
 class PortsetImpl {
-public:
+  public:
     // Whether a virtual switch of that name, ordinary or system, exists on the host.
     static bool IsValidVirtualSwitch(const std::string& name);
 };

@@ -11,7 +11,7 @@
 namespace KelmCtl::Network {
 
 class VirtualSwitchInfoImpl {
-public:
+  public:
     // Makes a switch with these policies and `ports` configured ports. Throws HostCtlException
     // when the name is taken or empty, or the ports are out of range or over the host's total.
     std::unique_ptr<HostCtl::Network::VirtualSwitch> AddVirtualSwitchWithPolicy(

@@ -1,0 +1,426 @@
+#include "hostsim/vswitch/VswitchStore.h"
+
+#include <map>
+
+#include "hostctl/HostCtlException.h"
+
+namespace HostSim::Vswitch {
+
+using HostCtl::Network::LinkCriteriaSelectionPolicy;
+using HostCtl::Network::NicTeamingPolicy;
+using HostCtl::Network::PortSecurityPolicy;
+using HostCtl::Network::PortsetGetType;
+using HostCtl::Network::ShapingPolicy;
+using KelmCtl::Network::PortGroupRecord;
+
+namespace {
+
+// Copies `field` of `from` into `to` when `bit` is set in `from`'s mask.
+template <class Policy, class Field>
+void TakeIfSet(const Policy& from, Policy& to, std::uint32_t bit, Field Policy::*field) {
+    if ((from.setFields & bit) != 0) {
+        to.*field = from.*field;
+    }
+}
+
+bool IsBeaconDetection(const NicTeamingPolicy& policy) {
+    constexpr auto kBeacon = LinkCriteriaSelectionPolicy::kBeaconBit;
+    return (policy.linkCriteria.criteriaMask & kBeacon) != 0 &&
+           (policy.linkCriteria.criteriaValues & kBeacon) == 0;
+}
+
+// Binds the system flag a type selects, or NULL for every type.
+void BindType(Statement& query, int index, std::optional<PortsetGetType> type) {
+    if (type) {
+        query.Bind(index, static_cast<std::int64_t>(*type == HostCtl::Network::PortsetGetSystem));
+    } else {
+        query.BindNull(index);
+    }
+}
+
+std::vector<std::string> StringsFromJson(const std::string& text) {
+    return Json::parse(text).get<std::vector<std::string>>();
+}
+
+Policies PoliciesFromColumns(const Statement& row, int teaming, int security, int shaping) {
+    return {TeamingFromJson(Json::parse(row.Text(teaming))),
+            SecurityFromJson(Json::parse(row.Text(security))),
+            ShapingFromJson(Json::parse(row.Text(shaping)))};
+}
+
+#define SWITCH_COLUMNS                                                               \
+    "name, system, class, ports, mtu, cdp_status, beacon_enabled, beacon_interval, " \
+    "beacon_threshold, teaming, security, shaping"
+
+SwitchRecord ReadSwitch(const Statement& row) {
+    SwitchRecord record;
+    record.name = row.Text(0);
+    record.system = row.Bool(1);
+    record.className = row.Text(2);
+    record.ports = static_cast<std::uint32_t>(row.Int(3));
+    record.mtu = static_cast<std::uint32_t>(row.Int(4));
+    record.cdpStatus = static_cast<int>(row.Int(5));
+    record.beaconEnabled = row.Bool(6);
+    record.beaconInterval = static_cast<std::uint32_t>(row.Int(7));
+    record.beaconThreshold = static_cast<std::uint32_t>(row.Int(8));
+    record.own = PoliciesFromColumns(row, 9, 10, 11);
+    return record;
+}
+
+#define PORTGROUP_COLUMNS                                                                  \
+    "g.name, g.vswitch, g.vlan_id, g.users, g.teaming, g.security, g.shaping, s.teaming, " \
+    "s.security, s.shaping"
+
+PortGroupRecord ReadPortGroup(const Statement& row) {
+    PortGroupRecord record;
+    record.name = row.Text(0);
+    record.switchName = row.Text(1);
+    record.vlanId = static_cast<std::uint16_t>(row.Int(2));
+    record.users = StringsFromJson(row.Text(3));
+    record.own = PoliciesFromColumns(row, 4, 5, 6);
+    record.inherited = Merge(PoliciesFromColumns(row, 7, 8, 9), DefaultPolicies());
+    return record;
+}
+
+// Fills the uplinks, port groups and what derives from them into the switches read.
+void Complete(Database& database, std::vector<SwitchRecord>& switches) {
+    std::map<std::string, SwitchRecord*, std::less<>> byName;
+    for (SwitchRecord& record : switches) {
+        byName[record.name] = &record;
+    }
+    auto uplinks = database.Query("SELECT vswitch, nic FROM vswitch_uplink ORDER BY position");
+    while (uplinks.Step()) {
+        if (auto found = byName.find(uplinks.Text(0)); found != byName.end()) {
+            found->second->uplinks.push_back(uplinks.Text(1));
+        }
+    }
+    auto portGroups = database.Query(
+        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ORDER BY position");
+    while (portGroups.Step()) {
+        auto found = byName.find(portGroups.Text(0));
+        if (found == byName.end()) {
+            continue;
+        }
+        SwitchRecord& record = *found->second;
+        const std::string name = portGroups.Text(1);
+        record.portGroups.push_back(name);
+        record.activeClients +=
+            static_cast<std::uint32_t>(StringsFromJson(portGroups.Text(2)).size());
+        Policies own;
+        own.teaming = TeamingFromJson(Json::parse(portGroups.Text(3)));
+        if (IsBeaconDetection(Merge(own, record.Effective()).teaming)) {
+            record.beaconRequiredBy.push_back(name);
+        }
+    }
+}
+
+}  // namespace
+
+const Policies& DefaultPolicies() {
+    static const Policies defaults = [] {
+        Policies policies;
+        NicTeamingPolicy& teaming = policies.teaming;
+        teaming.SetTeamingPolicy(HostCtl::Network::TeamPolicyOriginatingPort);
+        teaming.SetNotifySwitchOnFailure(true);
+        LinkCriteriaSelectionPolicy linkState;
+        linkState.SetBeacon(true);
+        teaming.SetLinkCriteria(linkState);
+        teaming.SetUplinkOrder({});
+        teaming.SetMaxActiveUplinks(0);
+        teaming.SetRollingRestoration(false);
+        policies.security.SetAllowPromiscuous(false);
+        policies.security.SetAllowMacAddressChange(true);
+        policies.security.SetAllowForgedTransmits(true);
+        policies.shaping.SetEnabled(false);
+        policies.shaping.SetAverageBps(100'000'000);
+        policies.shaping.SetPeakBps(100'000'000);
+        policies.shaping.SetBurstSize(104'857'600);
+        return policies;
+    }();
+    return defaults;
+}
+
+Policies Merge(const Policies& own, const Policies& inherited) {
+    Policies merged = inherited;
+    NicTeamingPolicy& teaming = merged.teaming;
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kTeamPolicyBit,
+              &NicTeamingPolicy::teamPolicy);
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kNotifySwitchBit,
+              &NicTeamingPolicy::notifySwitchOnFailure);
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kLinkCriteriaBit,
+              &NicTeamingPolicy::linkCriteria);
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kUplinksBit, &NicTeamingPolicy::uplinkOrder);
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kUplinksBit,
+              &NicTeamingPolicy::maxActiveUplinks);
+    TakeIfSet(own.teaming, teaming, NicTeamingPolicy::kRollingRestorationBit,
+              &NicTeamingPolicy::rollingRestoration);
+    teaming.setFields |= own.teaming.setFields;
+
+    PortSecurityPolicy& security = merged.security;
+    TakeIfSet(own.security, security, PortSecurityPolicy::kPromiscuousBit,
+              &PortSecurityPolicy::allowPromiscuous);
+    TakeIfSet(own.security, security, PortSecurityPolicy::kMacChangeBit,
+              &PortSecurityPolicy::allowMacAddressChange);
+    TakeIfSet(own.security, security, PortSecurityPolicy::kForgedTransmitsBit,
+              &PortSecurityPolicy::allowForgedTransmits);
+    security.setFields |= own.security.setFields;
+
+    ShapingPolicy& shaping = merged.shaping;
+    TakeIfSet(own.shaping, shaping, ShapingPolicy::kPeakBit, &ShapingPolicy::peakBps);
+    TakeIfSet(own.shaping, shaping, ShapingPolicy::kAverageBit, &ShapingPolicy::averageBps);
+    TakeIfSet(own.shaping, shaping, ShapingPolicy::kBurstBit, &ShapingPolicy::burstSize);
+    TakeIfSet(own.shaping, shaping, ShapingPolicy::kEnabledBit, &ShapingPolicy::enabled);
+    shaping.setFields |= own.shaping.setFields;
+    return merged;
+}
+
+Json TeamingToJson(const NicTeamingPolicy& policy) {
+    Json json = Json::object();
+    if (policy.setFields & NicTeamingPolicy::kTeamPolicyBit) {
+        json["teamPolicy"] = static_cast<int>(policy.teamPolicy);
+    }
+    if (policy.setFields & NicTeamingPolicy::kNotifySwitchBit) {
+        json["notifySwitchOnFailure"] = policy.notifySwitchOnFailure != 0;
+    }
+    if (policy.setFields & NicTeamingPolicy::kLinkCriteriaBit) {
+        const LinkCriteriaSelectionPolicy& criteria = policy.linkCriteria;
+        json["linkCriteria"] = {{"criteriaMask", criteria.criteriaMask},
+                                {"criteriaValues", criteria.criteriaValues},
+                                {"minimumSpeed", criteria.minimumSpeed},
+                                {"fullDuplex", criteria.fullDuplex}};
+    }
+    if (policy.setFields & NicTeamingPolicy::kUplinksBit) {
+        json["uplinkOrder"] = policy.uplinkOrder;
+        json["maxActiveUplinks"] = policy.maxActiveUplinks;
+    }
+    if (policy.setFields & NicTeamingPolicy::kRollingRestorationBit) {
+        json["rollingRestoration"] = policy.rollingRestoration != 0;
+    }
+    return json;
+}
+
+NicTeamingPolicy TeamingFromJson(const Json& json) {
+    NicTeamingPolicy policy;
+    if (json.contains("teamPolicy")) {
+        policy.SetTeamingPolicy(
+            static_cast<HostCtl::Network::TeamPolicyType>(json.at("teamPolicy").get<int>()));
+    }
+    if (json.contains("notifySwitchOnFailure")) {
+        policy.SetNotifySwitchOnFailure(json.at("notifySwitchOnFailure").get<bool>());
+    }
+    if (json.contains("linkCriteria")) {
+        const Json& criteria = json.at("linkCriteria");
+        LinkCriteriaSelectionPolicy linkCriteria;
+        linkCriteria.criteriaMask = criteria.value("criteriaMask", 0u);
+        linkCriteria.criteriaValues = criteria.value("criteriaValues", 0u);
+        linkCriteria.minimumSpeed = criteria.value("minimumSpeed", 0u);
+        linkCriteria.fullDuplex = criteria.value("fullDuplex", 0u);
+        policy.SetLinkCriteria(linkCriteria);
+    }
+    if (json.contains("uplinkOrder") || json.contains("maxActiveUplinks")) {
+        policy.SetUplinkOrder(json.value("uplinkOrder", std::vector<std::string>{}));
+        policy.SetMaxActiveUplinks(json.value("maxActiveUplinks", 0));
+    }
+    if (json.contains("rollingRestoration")) {
+        policy.SetRollingRestoration(json.at("rollingRestoration").get<bool>());
+    }
+    return policy;
+}
+
+Json SecurityToJson(const PortSecurityPolicy& policy) {
+    Json json = Json::object();
+    if (policy.setFields & PortSecurityPolicy::kPromiscuousBit) {
+        json["allowPromiscuous"] = policy.allowPromiscuous != 0;
+    }
+    if (policy.setFields & PortSecurityPolicy::kMacChangeBit) {
+        json["allowMacAddressChange"] = policy.allowMacAddressChange != 0;
+    }
+    if (policy.setFields & PortSecurityPolicy::kForgedTransmitsBit) {
+        json["allowForgedTransmits"] = policy.allowForgedTransmits != 0;
+    }
+    return json;
+}
+
+PortSecurityPolicy SecurityFromJson(const Json& json) {
+    PortSecurityPolicy policy;
+    if (json.contains("allowPromiscuous")) {
+        policy.SetAllowPromiscuous(json.at("allowPromiscuous").get<bool>());
+    }
+    if (json.contains("allowMacAddressChange")) {
+        policy.SetAllowMacAddressChange(json.at("allowMacAddressChange").get<bool>());
+    }
+    if (json.contains("allowForgedTransmits")) {
+        policy.SetAllowForgedTransmits(json.at("allowForgedTransmits").get<bool>());
+    }
+    return policy;
+}
+
+Json ShapingToJson(const ShapingPolicy& policy) {
+    Json json = Json::object();
+    if (policy.setFields & ShapingPolicy::kEnabledBit) {
+        json["enabled"] = policy.enabled != 0;
+    }
+    if (policy.setFields & ShapingPolicy::kAverageBit) {
+        json["averageBps"] = policy.averageBps;
+    }
+    if (policy.setFields & ShapingPolicy::kPeakBit) {
+        json["peakBps"] = policy.peakBps;
+    }
+    if (policy.setFields & ShapingPolicy::kBurstBit) {
+        json["burstSize"] = policy.burstSize;
+    }
+    return json;
+}
+
+ShapingPolicy ShapingFromJson(const Json& json) {
+    ShapingPolicy policy;
+    if (json.contains("enabled")) {
+        policy.SetEnabled(json.at("enabled").get<bool>());
+    }
+    if (json.contains("averageBps")) {
+        policy.SetAverageBps(json.at("averageBps").get<std::uint64_t>());
+    }
+    if (json.contains("peakBps")) {
+        policy.SetPeakBps(json.at("peakBps").get<std::uint64_t>());
+    }
+    if (json.contains("burstSize")) {
+        policy.SetBurstSize(json.at("burstSize").get<std::uint64_t>());
+    }
+    return policy;
+}
+
+std::vector<SwitchRecord> LoadSwitches(Database& database, std::optional<PortsetGetType> type) {
+    std::vector<SwitchRecord> switches;
+    auto query = database.Query("SELECT " SWITCH_COLUMNS
+                                " FROM vswitch WHERE ?1 IS NULL OR system = ?1 ORDER BY position");
+    BindType(query, 1, type);
+    while (query.Step()) {
+        switches.push_back(ReadSwitch(query));
+    }
+    Complete(database, switches);
+    return switches;
+}
+
+std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& name,
+                                       std::optional<PortsetGetType> type) {
+    auto query = database.Query("SELECT " SWITCH_COLUMNS
+                                " FROM vswitch WHERE name = ?1 AND (?2 IS NULL OR system = ?2)");
+    query.Bind(1, name);
+    BindType(query, 2, type);
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    std::vector<SwitchRecord> switches{ReadSwitch(query)};
+    Complete(database, switches);
+    return std::move(switches.front());
+}
+
+bool SwitchExists(Database& database, const std::string& name) {
+    auto query = database.Query("SELECT 1 FROM vswitch WHERE name = ?1");
+    query.Bind(1, name);
+    return query.Step();
+}
+
+void RequireSwitch(Database& database, const std::string& name) {
+    if (!SwitchExists(database, name)) {
+        throw HostCtl::Lib::HostCtlException("There is no virtual switch named " + name);
+    }
+}
+
+std::vector<std::string> LoadUplinks(Database& database, const std::string& switchName) {
+    std::vector<std::string> names;
+    auto query =
+        database.Query("SELECT nic FROM vswitch_uplink WHERE vswitch = ?1 ORDER BY position");
+    query.Bind(1, switchName);
+    while (query.Step()) {
+        names.push_back(query.Text(0));
+    }
+    return names;
+}
+
+std::vector<PortGroupRecord> LoadPortGroups(Database& database, PortsetGetType type) {
+    std::vector<PortGroupRecord> portGroups;
+    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
+                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
+                                "g.vswitch WHERE s.system = ?1 ORDER BY s.position, g.position");
+    query.Bind(1, static_cast<std::int64_t>(type == HostCtl::Network::PortsetGetSystem));
+    while (query.Step()) {
+        portGroups.push_back(ReadPortGroup(query));
+    }
+    return portGroups;
+}
+
+std::vector<PortGroupRecord> LoadPortGroupsOf(Database& database, const std::string& switchName) {
+    std::vector<PortGroupRecord> portGroups;
+    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
+                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
+                                "g.vswitch WHERE s.name = ?1 ORDER BY g.position");
+    query.Bind(1, switchName);
+    while (query.Step()) {
+        portGroups.push_back(ReadPortGroup(query));
+    }
+    return portGroups;
+}
+
+std::optional<PortGroupRecord> LoadPortGroup(Database& database, const std::string& name) {
+    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
+                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
+                                "g.vswitch WHERE g.name = ?1");
+    query.Bind(1, name);
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    return ReadPortGroup(query);
+}
+
+std::vector<std::string> UplinkNicNames(Database& database) {
+    std::vector<std::string> names;
+    auto query = database.Query("SELECT nic FROM vswitch_uplink ORDER BY position");
+    while (query.Step()) {
+        names.push_back(query.Text(0));
+    }
+    return names;
+}
+
+void InsertSwitch(Database& database, const SwitchRecord& record) {
+    database
+        .Query("INSERT INTO vswitch (" SWITCH_COLUMNS
+               ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)")
+        .Bind(1, record.name)
+        .Bind(2, static_cast<std::int64_t>(record.system))
+        .Bind(3, record.className)
+        .Bind(4, static_cast<std::int64_t>(record.ports))
+        .Bind(5, static_cast<std::int64_t>(record.mtu))
+        .Bind(6, static_cast<std::int64_t>(record.cdpStatus))
+        .Bind(7, static_cast<std::int64_t>(record.beaconEnabled))
+        .Bind(8, static_cast<std::int64_t>(record.beaconInterval))
+        .Bind(9, static_cast<std::int64_t>(record.beaconThreshold))
+        .Bind(10, TeamingToJson(record.own.teaming).dump())
+        .Bind(11, SecurityToJson(record.own.security).dump())
+        .Bind(12, ShapingToJson(record.own.shaping).dump())
+        .Run();
+}
+
+void InsertUplink(Database& database, const std::string& switchName, const std::string& nicName) {
+    database.Query("INSERT INTO vswitch_uplink (vswitch, nic) VALUES (?1, ?2)")
+        .Bind(1, switchName)
+        .Bind(2, nicName)
+        .Run();
+}
+
+void InsertPortGroup(Database& database, const PortGroupRecord& record) {
+    database
+        .Query(
+            "INSERT INTO vswitch_portgroup (name, vswitch, vlan_id, users, teaming, security,"
+            " shaping) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
+        .Bind(1, record.name)
+        .Bind(2, record.switchName)
+        .Bind(3, static_cast<std::int64_t>(record.vlanId))
+        .Bind(4, Json(record.users).dump())
+        .Bind(5, TeamingToJson(record.own.teaming).dump())
+        .Bind(6, SecurityToJson(record.own.security).dump())
+        .Bind(7, ShapingToJson(record.own.shaping).dump())
+        .Run();
+}
+
+}  // namespace HostSim::Vswitch

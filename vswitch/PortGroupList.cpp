@@ -1,0 +1,73 @@
+// `network vswitch standard portgroup list`: every port group with its switch, clients and
+// VLAN.
+#include "hostctl/HostCtlException.h"
+#include "kelmctl/NetworkInfoImpl.h"
+#include "vswitch/VswitchCommands.h"
+#include "vswitch/VswitchLookup.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+
+constexpr char kName[] = "Name";
+constexpr char kVirtualSwitch[] = "Virtual Switch";
+constexpr char kActiveClients[] = "Active Clients";
+constexpr char kVlanId[] = "VLAN ID";
+
+constexpr Field kFields[] = {
+    {kName, FieldType::String},
+    {kVirtualSwitch, FieldType::String},
+    {kActiveClients, FieldType::Int},
+    {kVlanId, FieldType::Int},
+};
+constexpr Declare::StructShape kPortGroup = {"PortGroup", kFields};
+
+constexpr Declare::OutputParameter kOutputParameters[] = {
+    {"fields:PortGroup", "Name,Virtual Switch,Active Clients,VLAN ID"},
+};
+
+constexpr Declare::Parameter kParameters[] = {
+    {kTypeParameter, "t", Declare::Type::String, false,
+     "List port groups with given type(e.g. system)."},
+};
+
+}  // namespace
+
+const Declare::CommandShape VirtualSwitchPortGroupList::kShape = {
+    .description = "List all of the port groups currently on the system.",
+    .formatter = "table",
+    .outputParameters = kOutputParameters,
+    .parameters = kParameters,
+    .root = Declare::Root::List,
+    .structure = &kPortGroup,
+};
+
+void VirtualSwitchPortGroupList::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                                 const std::shared_ptr<Output>& output) {
+    try {
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        const auto type = ReadPortsetType(*input, *output);
+        if (!type) {
+            return;
+        }
+        KelmCtl::Network::NetworkInfoImpl networkInfo;
+        for (const auto& portGroup : networkInfo.GetAllPortGroups(*type)) {
+            if (!portGroup) {
+                continue;
+            }
+            auto row = GetOutputStructure();
+            row->SetField(kName, portGroup->GetName());
+            row->SetField(kVirtualSwitch, portGroup->GetPortsetName());
+            row->SetField(kActiveClients, static_cast<long>(portGroup->GetActiveClients()));
+            row->SetField(kVlanId, static_cast<long>(portGroup->GetVlanId()));
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

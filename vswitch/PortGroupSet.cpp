@@ -1,0 +1,55 @@
+// `network vswitch standard portgroup set`: the VLAN id of a port group.
+#include "hostctl/HostCtlException.h"
+#include "hostctl/Misc.h"
+#include "vswitch/VswitchCommands.h"
+#include "vswitch/VswitchLookup.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using HostCtl::Network::PortGroup;
+
+constexpr char kVlanIdParameter[] = "vlan-id";
+
+constexpr Declare::Parameter kParameters[] = {
+    {kPortgroupNameParameter, "p", Declare::Type::String, true,
+     "The name of the port group to set vlan id for."},
+};
+
+}  // namespace
+
+void AddVlanIdParameter(const std::shared_ptr<InputSpec>& spec) {
+    const std::string description = HostCtl::Misc::StrPrintf(
+        "The vlan id for this port group. This value is in the range (%u - %u)",
+        static_cast<unsigned>(PortGroup::MIN_VLAN_ID),
+        static_cast<unsigned>(PortGroup::MAX_VLAN_ID));
+    const Declare::Parameter vlanId[] = {
+        {kVlanIdParameter, "v", Declare::Type::Int, false, description.c_str(), true,
+         PortGroup::MIN_VLAN_ID, PortGroup::MAX_VLAN_ID},
+    };
+    AddParameters(spec, vlanId);
+}
+
+const Declare::CommandShape VirtualSwitchPortGroupSet::kShape = {
+    .description = "Set the vlan id for the given port group",
+    .parameters = kParameters,
+    .root = Declare::Root::Bool,
+};
+
+void VirtualSwitchPortGroupSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                                const std::shared_ptr<Output>& output) {
+    const std::string& name = input->GetParameter(kPortgroupNameParameter);
+    const long vlanId = input->GetParameterInt(kVlanIdParameter);
+    try {
+        auto portGroup = FindPortGroup(name, *output);
+        if (!portGroup) {
+            return;
+        }
+        portGroup->SetVlanId(static_cast<int>(vlanId));
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

@@ -1,0 +1,143 @@
+// `network vswitch standard list`: the standard switches with their ports, settings, uplinks
+// and port groups.
+#include <algorithm>
+
+#include "frame/SharedConstants.h"
+#include "hostctl/HostCtlException.h"
+#include "kelmctl/NetworkInfoImpl.h"
+#include "kelmctl/VirtualSwitchInfoImpl.h"
+#include "vswitch/VswitchCommands.h"
+#include "vswitch/VswitchLookup.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+
+constexpr char kName[] = "Name";
+constexpr char kClass[] = "Class";
+constexpr char kNumPorts[] = "Num Ports";
+constexpr char kUsedPorts[] = "Used Ports";
+constexpr char kConfiguredPorts[] = "Configured Ports";
+constexpr char kMtu[] = "MTU";
+constexpr char kCdpStatus[] = "CDP Status";
+constexpr char kBeaconEnabled[] = "Beacon Enabled";
+constexpr char kBeaconInterval[] = "Beacon Interval";
+constexpr char kBeaconThreshold[] = "Beacon Threshold";
+constexpr char kBeaconRequiredBy[] = "Beacon Required By";
+constexpr char kUplinks[] = "Uplinks";
+constexpr char kPortgroups[] = "Portgroups";
+
+constexpr Field kFields[] = {
+    {kName, FieldType::String},
+    {kClass, FieldType::String},
+    {kNumPorts, FieldType::Int},
+    {kUsedPorts, FieldType::Int},
+    {kConfiguredPorts, FieldType::Int},
+    {kMtu, FieldType::Int},
+    {kCdpStatus, FieldType::String},
+    {kBeaconEnabled, FieldType::Bool},
+    {kBeaconInterval, FieldType::Int},
+    {kBeaconThreshold, FieldType::Int},
+    {kBeaconRequiredBy, FieldType::StringList},
+    {kUplinks, FieldType::StringList},
+    {kPortgroups, FieldType::StringList},
+};
+constexpr Declare::StructShape kVirtualSwitch = {"VirtualSwitch", kFields};
+
+constexpr Declare::OutputParameter kOutputParameters[] = {
+    {"header:VirtualSwitch", "%Name%"},
+    {"fields:VirtualSwitch",
+     "Name,Class,Num Ports,Used Ports,Configured Ports,MTU,CDP Status,Beacon Enabled,Beacon "
+     "Interval,Beacon Threshold,Beacon Required By,Uplinks,Portgroups"},
+};
+
+constexpr Declare::Parameter kParameters[] = {
+    {kVswitchNameParameter, "v", Declare::Type::String, false,
+     "Limit the output of this command to only virtual switches with the given name."},
+    {kTypeParameter, "t", Declare::Type::String, false,
+     "List virtual switches with given type(e.g. system)."},
+};
+
+constexpr char kNullPortset[] = "Unable to access null portset.";
+
+// The names of the NICs that serve as uplinks.
+std::vector<std::string> UplinkNicNames() {
+    KelmCtl::Network::NetworkInfoImpl networkInfo;
+    std::vector<std::string> names;
+    for (const auto& pnic : networkInfo.GetPnics(HostCtl::Network::PnicGetUplinks)) {
+        if (pnic) {
+            names.push_back(pnic->GetName());
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+const Declare::CommandShape VirtualSwitchStandardList::kShape = {
+    .description = "List the virtual switches current on the Ostrel host.",
+    .formatter = "simple",
+    .outputParameters = kOutputParameters,
+    .parameters = kParameters,
+    .root = Declare::Root::List,
+    .structure = &kVirtualSwitch,
+};
+
+void VirtualSwitchStandardList::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                                const std::shared_ptr<Output>& output) {
+    try {
+        const auto type = ReadPortsetType(*input, *output);
+        if (!type) {
+            return;
+        }
+        KelmCtl::Network::VirtualSwitchInfoImpl switches;
+        std::vector<std::unique_ptr<HostCtl::Network::VirtualSwitch>> selected;
+        if (input->HasParameter(kVswitchNameParameter)) {
+            selected.push_back(
+                switches.GetVirtualSwitchByName(input->GetParameter(kVswitchNameParameter), *type));
+        } else {
+            selected = switches.GetVirtualSwitches(*type);
+        }
+        const std::vector<std::string> pnicNames = UplinkNicNames();
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        for (const auto& virtualSwitch : selected) {
+            if (!virtualSwitch) {
+                output->AddErrorMessage(kNullPortset);
+                continue;
+            }
+            auto row = GetOutputStructure();
+            row->SetField(kName, virtualSwitch->GetName());
+            row->SetField(kClass, virtualSwitch->GetClass());
+            row->SetField(kNumPorts, static_cast<long>(virtualSwitch->GetNumPorts()));
+            row->SetField(kUsedPorts, static_cast<long>(virtualSwitch->GetNumUsedPorts()));
+            row->SetField(kConfiguredPorts,
+                          static_cast<long>(virtualSwitch->GetNumConfiguredPorts()));
+            row->SetField(kMtu, static_cast<long>(virtualSwitch->GetMTU()));
+            row->SetField(kCdpStatus, kCdpStatusWords[virtualSwitch->GetCdpStatus()]);
+            row->SetField(kBeaconEnabled, virtualSwitch->GetBeaconEnabled());
+            row->SetField(kBeaconInterval, static_cast<long>(virtualSwitch->GetBeaconInterval()));
+            row->SetField(kBeaconThreshold, static_cast<long>(virtualSwitch->GetBeaconThreshold()));
+            row->SetField(kBeaconRequiredBy, virtualSwitch->GetBeaconRequiredBy());
+            std::vector<std::string> uplinks = virtualSwitch->GetUplinks(false);
+            std::erase_if(uplinks, [&pnicNames](const std::string& uplink) {
+                return std::find(pnicNames.begin(), pnicNames.end(), uplink) == pnicNames.end();
+            });
+            row->SetField(kUplinks, uplinks);
+            std::vector<std::string> portGroups;
+            for (const auto& portGroup : virtualSwitch->GetPortGroups()) {
+                if (portGroup) {
+                    portGroups.push_back(portGroup->GetName());
+                }
+            }
+            row->SetField(kPortgroups, portGroups);
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

@@ -1,0 +1,42 @@
+// `network vswitch standard remove`: removes a standard switch.
+#include "hostctl/HostCtlException.h"
+#include "kelmctl/PortsetImpl.h"
+#include "kelmctl/VirtualSwitchInfoImpl.h"
+#include "vswitch/VswitchCommands.h"
+#include "vswitch/VswitchLookup.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+constexpr Declare::Parameter kParameters[] = {
+    {kVswitchNameParameter, "v", Declare::Type::String, true,
+     "The name of the virtual switch to remove."},
+};
+
+constexpr char kNoSwitch[] = "Unable to find virtual switch with the name ";
+
+}  // namespace
+
+const Declare::CommandShape VirtualSwitchStandardRemove::kShape = {
+    .description = "Remove a virtual switch from the Ostrel networking system.",
+    .parameters = kParameters,
+    .root = Declare::Root::Bool,
+};
+
+void VirtualSwitchStandardRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                                  const std::shared_ptr<Output>& output) {
+    const std::string& name = input->GetParameter(kVswitchNameParameter);
+    try {
+        if (!KelmCtl::Network::PortsetImpl::IsValidVirtualSwitch(name)) {
+            output->AddErrorMessage(kNoSwitch + name);
+            return;
+        }
+        KelmCtl::Network::VirtualSwitchInfoImpl switches;
+        switches.RemoveVirtualSwitch(name);
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace
