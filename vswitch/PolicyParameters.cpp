@@ -203,7 +203,8 @@ bool HasDuplicate(const std::vector<std::string>& names) {
 
 void AddParameters(const std::shared_ptr<InputSpec>& spec,
                    std::span<const Declare::Parameter> parameters) {
-    for (const auto& parameter : Declare::MakeInputSpec(parameters)->GetParameters()) {
+    const auto added = Declare::MakeInputSpec(parameters);
+    for (const auto& parameter : added->GetParameters()) {
         spec->AddParameter(parameter);
     }
 }
