@@ -217,7 +217,26 @@ std::string ChoiceLines(const CallSpec::ParameterConstraint& constraint) {
         default:
             add(AllowedValues(constraint), {});
     }
-    return lines + "\n";
+    return lines;
+}
+
+// Puts the value lines in place of each %FULLENUM%, on lines of their own.
+void ExpandFullEnum(std::string& text, const std::string& lines) {
+    constexpr std::string_view kPlaceholder = "%FULLENUM%";
+    for (size_t at = text.find(kPlaceholder); at != std::string::npos;
+         at = text.find(kPlaceholder, at)) {
+        size_t before = text.find_last_not_of(' ', at == 0 ? 0 : at - 1);
+        size_t start = before == std::string::npos || at == 0 ? 0 : before + 1;
+        size_t end = text.find_first_not_of(' ', at + kPlaceholder.size());
+        std::string replacement = lines;
+        if (end != std::string::npos) {
+            replacement.push_back('\n');
+        } else {
+            end = text.size();
+        }
+        text.replace(start, end - start, replacement);
+        at = start + replacement.size();
+    }
 }
 
 }  // namespace
@@ -226,7 +245,7 @@ std::string ExpandDescription(const ParameterSpec& parameter) {
     std::string text = parameter.GetDescription();
     const auto& constraint = parameter.GetConstraint();
     Replace(text, "%ENUM%", constraint ? AllowedValues(*constraint) : std::string());
-    Replace(text, "%FULLENUM%", constraint ? ChoiceLines(*constraint) : std::string());
+    ExpandFullEnum(text, constraint ? ChoiceLines(*constraint) : std::string());
     while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
         text.pop_back();
     }
