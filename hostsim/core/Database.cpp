@@ -1,5 +1,8 @@
 #include "hostsim/core/Database.h"
 
+#include <chrono>
+#include <thread>
+
 #include "hostctl/HostCtlException.h"
 
 namespace HostSim {
@@ -120,6 +123,29 @@ void Database::Execute(const char* sql) {
 
 std::int64_t Database::Changes() const {
     return sqlite3_changes64(connection_);
+}
+
+void Database::UseWriteAheadLog() {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyTimeoutMs);
+    for (;;) {
+        sqlite3_stmt* statement = nullptr;
+        Check(sqlite3_prepare_v2(connection_, "PRAGMA journal_mode=WAL", -1, &statement, nullptr),
+              kAccessFailed);
+        int status = sqlite3_step(statement);
+        bool done =
+            status == SQLITE_ROW &&
+            sqlite3_stricmp(reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)),
+                            "wal") == 0;
+        sqlite3_finalize(statement);
+        if (done) {
+            return;
+        }
+        if ((status != SQLITE_BUSY && status != SQLITE_ROW) ||
+            std::chrono::steady_clock::now() > deadline) {
+            Fail("Unable to put in WAL mode the host state database");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void Database::Rollback() noexcept {

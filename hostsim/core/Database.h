@@ -61,6 +61,9 @@ class Database {
     // Runs one or more statements that return no rows.
     void Execute(const char* sql);
     std::int64_t Changes() const;
+    // Puts the database in WAL mode. The switch needs the file to itself and SQLite doesn't wait
+    // for it, so it is tried again while other connections come and go, up to the busy timeout.
+    void UseWriteAheadLog();
     // Ends an open transaction without its changes; nothing when none is open.
     void Rollback() noexcept;
 

@@ -148,7 +148,7 @@ void PrepareStore(Database& database) {
     }
     CheckHeader(database, header);
     if (header.IsFresh()) {
-        database.Execute("PRAGMA journal_mode=WAL");
+        database.UseWriteAheadLog();
     }
     WriteTransaction transaction(database);
     header = ReadHeader(database);

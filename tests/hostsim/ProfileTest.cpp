@@ -1,0 +1,155 @@
+// Profiles through the hostsim tool: init, export, import, reset and scale.
+#include <fstream>
+#include <set>
+
+#include "HostSimTest.h"
+#include "kelmctl/PnicImpl.h"
+
+namespace HostSimTesting {
+namespace {
+
+using ::testing::HasSubstr;
+
+class ProfileTest : public HostTest {};
+
+TEST_F(ProfileTest, ExportThenImportGivesBackTheSameHost) {
+    KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
+    KelmCtl::Network::PnicImpl("hwnic3").SetLinkState(true);
+    HostSim::Json exported = ExportHost();
+    EXPECT_EQ(exported["nics"][1]["adminUp"], false);
+    std::string file = WriteProfile(exported);
+
+    Testing::TemporaryDirectory other;
+    auto imported = Testing::RunHostsim({"import", file}, other.Path());
+    ASSERT_EQ(imported.status, 0) << imported.err;
+    auto again = Testing::RunHostsim({"export"}, other.Path());
+    EXPECT_EQ(HostSim::Json::parse(again.out), exported);
+
+    HostSim::UseStateDirectory(other.Path());
+    EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic1").GetAdminStatus());
+    EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic3").GetAdminStatus());
+}
+
+TEST_F(ProfileTest, AProfileFillsOutWhatItLeavesOut) {
+    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:AB:00:01")}}})});
+    HostSim::Json nic = ExportHost()["nics"][0];
+    EXPECT_EQ(nic["adminUp"], true);
+    EXPECT_EQ(nic["cableConnected"], true);
+    EXPECT_EQ(nic["mtu"], 1500);
+    EXPECT_EQ(nic["duplex"], 1);
+    EXPECT_EQ(nic["driverInfo"]["busInfo"], "0000:04:00.0");
+    EXPECT_EQ(nic["linkInfo"]["wakeOn"], HostSim::Json::array());
+    EXPECT_EQ(nic["pause"]["supported"], false);
+    EXPECT_FALSE(nic.contains("dpuId"));
+}
+
+TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
+    InitHost({"--scale=3"});
+    auto names = AllNicNames();
+    ASSERT_EQ(names.size(), 27u);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(names[i], "hwnic" + std::to_string(i));
+    }
+    HostSim::Json nics = ExportHost()["nics"];
+    std::set<std::string> macs, addresses;
+    for (const auto& nic : nics) {
+        macs.insert(nic["mac"].get<std::string>());
+        if (nic.contains("pci")) {
+            addresses.insert(nic["pci"]["address"].get<std::string>());
+        }
+    }
+    EXPECT_EQ(macs.size(), 27u);
+    EXPECT_EQ(addresses.size(), 18u);
+    EXPECT_EQ(nics[20]["pci"]["address"], "0002:3b:00.0");
+    EXPECT_EQ(nics[20]["mac"], "00:50:56:a3:00:02");
+    EXPECT_EQ(nics[20]["driverInfo"]["busInfo"], "0002:3b:00.0");
+    EXPECT_EQ(nics[23]["dpuId"], nics[5]["dpuId"]);
+}
+
+TEST_F(ProfileTest, ScaleStridesSkipTheGapsOfAProfile) {
+    std::string file = WriteProfile(
+        {{"nics",
+          {PciNic("hwnic0", "00:50:56:00:00:00"), PciNic("hwnic4", "00:50:56:00:00:04"),
+           PseudoNic("usbnic", "00:50:56:00:00:09", "USB-NIC:a:b")}}});
+    auto result = Testing::RunHostsim({"init", "--profile=" + file, "--scale=2"}, Directory());
+    // "usbnic" has no number to renumber, so its copy has the same name.
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("more than one NIC named usbnic"));
+    EXPECT_EQ(AllNicNames().size(), 9u);
+
+    InitHost({"--profile=" + file});
+    InitHost({"--profile=" + WriteProfile({{"nics",
+                                            {PciNic("hwnic0", "00:50:56:00:00:00"),
+                                             PciNic("hwnic4", "00:50:56:00:00:04")}}}),
+              "--scale=3"});
+    EXPECT_EQ(AllNicNames(), (std::vector<std::string>{"hwnic0", "hwnic4", "hwnic5", "hwnic9",
+                                                       "hwnic10", "hwnic14"}));
+}
+
+TEST_F(ProfileTest, ResetMakesTheHostAgainFromItsProfileAndScale) {
+    std::string file = WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:00:00:00")}}});
+    InitHost({"--profile=" + file, "--scale=2"});
+    KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
+    auto result = Testing::RunHostsim({"reset"}, Directory());
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(AllNicNames(), (std::vector<std::string>{"hwnic0", "hwnic1"}));
+    EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic1").GetAdminStatus());
+
+    InitHost({"--profile=default", "--scale=2"});
+    KelmCtl::Network::PnicImpl("hwnic17").SetLinkState(false);
+    ASSERT_EQ(Testing::RunHostsim({"reset"}, Directory()).status, 0);
+    EXPECT_EQ(AllNicNames().size(), 18u);
+    EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic17").GetAdminStatus());
+}
+
+TEST_F(ProfileTest, AProfileThatCantBeTakenLeavesTheHostAsItWas) {
+    KelmCtl::Network::PnicImpl("hwnic0").SetLinkState(false);
+    HostSim::Json before = ExportHost();
+    struct Case {
+        HostSim::Json profile;
+        std::string words;
+    };
+    auto noSpeed = PciNic("hwnic1", "00:50:56:00:00:01");
+    noSpeed.erase("speed");
+    std::vector<Case> cases{
+        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00")}}},
+         "invalid MAC address \"00:50:56:00:00\""},
+        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00:00"), PciNic("hwnic0", "00:50:56:00:00:01")}}},
+         "more than one NIC named hwnic0"},
+        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00:00"), noSpeed}}}, "Section \"nics\""},
+        {{{"switches", HostSim::Json::array()}}, "Unknown section \"switches\""},
+        {HostSim::Json::array(), "must be a JSON object"},
+    };
+    for (const Case& test : cases) {
+        auto result = Testing::RunHostsim({"import", WriteProfile(test.profile)}, Directory());
+        EXPECT_EQ(result.status, 1) << test.profile;
+        EXPECT_THAT(result.err, HasSubstr(test.words));
+    }
+    auto notJson = WriteProfile(HostSim::Json::object());
+    std::ofstream(notJson) << "{\"nics\": [";
+    EXPECT_THAT(Testing::RunHostsim({"import", notJson}, Directory()).err,
+                HasSubstr("is not valid JSON"));
+    EXPECT_EQ(ExportHost(), before);
+}
+
+TEST_F(ProfileTest, TheToolRefusesAWrongCommandLine) {
+    for (const std::vector<std::string>& line : {std::vector<std::string>{"init", "--scale=0"},
+                                                 {"init", "--scale=3x"},
+                                                 {"init", "--colour=red"},
+                                                 {"import"},
+                                                 {"export", "extra"},
+                                                 {"frobnicate"},
+                                                 {}}) {
+        auto result = Testing::RunHostsim(line, Directory());
+        EXPECT_EQ(result.status, 2) << ::testing::PrintToString(line);
+    }
+    auto help = Testing::RunHostsim({"--help"}, Directory());
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.out, HasSubstr("init [--profile=default|empty|FILE.json] [--scale=N]"));
+    auto missing = Testing::RunHostsim({"import", Directory() + "/none.json"}, Directory());
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_THAT(missing.err, HasSubstr("Unable to read the profile"));
+}
+
+}  // namespace
+}  // namespace HostSimTesting

@@ -1,0 +1,65 @@
+// Value types and string helpers of the host-control layer.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "hostctl/MacAddress.h"
+#include "hostctl/Misc.h"
+
+namespace {
+
+using HostCtl::Network::MacAddress;
+
+TEST(MacAddressTest, TextOfSixHexadecimalPairsIsValid) {
+    for (const char* text : {"00:50:56:a1:00:0f", "FF:ff:00:Ab:cD:09", "00:00:00:00:00:00"}) {
+        EXPECT_TRUE(MacAddress::IsValid(text)) << text;
+    }
+    for (const char* text :
+         {"", "00:50:56:a1:00", "00:50:56:a1:00:0f:01", "00-50-56-a1-00-0f", "0:50:56:a1:00:0f0",
+          "00:50:56:a1:00:0g", " 00:50:56:a1:00:0f", "00:50:56:a1:00:0f "}) {
+        EXPECT_FALSE(MacAddress::IsValid(text)) << text;
+    }
+}
+
+TEST(MacAddressTest, TextFormIsLowerCaseAndInvalidTextIsAllZeros) {
+    MacAddress mac("00:50:56:AB:cd:0F");
+    EXPECT_EQ(mac.GetStringAddress(), "00:50:56:ab:cd:0f");
+    EXPECT_EQ(mac.GetBytes()[3], 0xab);
+    EXPECT_EQ(mac, MacAddress("00:50:56:ab:cd:0f"));
+    EXPECT_EQ(MacAddress("00:50:56:ab:cd").GetStringAddress(), "00:00:00:00:00:00");
+    EXPECT_EQ(MacAddress("00:50:56:ab:cd"), MacAddress());
+}
+
+TEST(StringHelpersTest, StrPrintfFormatsAnyLength) {
+    EXPECT_EQ(HostCtl::Misc::StrPrintf("%u%s/%s", 25000u, "BaseCR1", "Full"), "25000BaseCR1/Full");
+    EXPECT_EQ(HostCtl::Misc::StrPrintf("%s", ""), "");
+    std::string longText(1000, 'x');
+    EXPECT_EQ(HostCtl::Misc::StrPrintf("<%s>%d", longText.c_str(), INT_MIN),
+              "<" + longText + ">" + std::to_string(INT_MIN));
+}
+
+TEST(StringHelpersTest, StrCatJoinsLiteralsStringsAndViews) {
+    std::string name = "hwnic0";
+    std::string_view view = "tail";
+    EXPECT_EQ(HostCtl::Misc::StrCat("a", name, view), "ahwnic0tail");
+    EXPECT_EQ(HostCtl::Misc::StrCat("There is no pnic with name ", name, "", "."),
+              "There is no pnic with name hwnic0.");
+    EXPECT_EQ(HostCtl::Misc::StrCat("1", "2", "3", "4", "5"), "12345");
+    EXPECT_EQ(HostCtl::Misc::StrCat("1", "2", "3", "4", "5", std::string("6\0", 2)),
+              std::string("123456\0", 7));
+}
+
+TEST(StringHelpersTest, StringTokenizeAppendsNonEmptyTokens) {
+    std::vector<std::string> tokens{"kept"};
+    HostCtl::Misc::StringTokenize("::USB-NIC:Acme::Fast Adapter:", tokens, ":");
+    EXPECT_EQ(tokens, (std::vector<std::string>{"kept", "USB-NIC", "Acme", "Fast Adapter"}));
+    tokens.clear();
+    HostCtl::Misc::StringTokenize("hwnic0, hwnic1,,hwnic2", tokens, ", ");
+    EXPECT_EQ(tokens, (std::vector<std::string>{"hwnic0", "hwnic1", "hwnic2"}));
+    tokens.clear();
+    HostCtl::Misc::StringTokenize(";;;", tokens, ";");
+    HostCtl::Misc::StringTokenize("", tokens, ";");
+    EXPECT_TRUE(tokens.empty());
+}
+
+}  // namespace
