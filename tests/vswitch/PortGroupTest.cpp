@@ -1,0 +1,115 @@
+// Port groups: listing, adding, removing and their VLAN ids.
+#include "VswitchTest.h"
+
+namespace {
+
+using Testing::Int;
+using Testing::Rows;
+using Testing::Str;
+using VswitchTesting::Words;
+
+class PortGroups : public VswitchTesting::VswitchTest {
+  protected:
+    // "name@switch:clients:vlan" per row, in order.
+    Words Listed(const Words& parameters = {}) {
+        Words words{"vswitch", "standard", "portgroup", "list"};
+        words.insert(words.end(), parameters.begin(), parameters.end());
+        Words rows;
+        for (const auto& row : Rows(RunList(words))) {
+            rows.push_back(Str(row, "Name") + "@" + Str(row, "Virtual Switch") + ":" +
+                           std::to_string(Int(row, "Active Clients")) + ":" +
+                           std::to_string(Int(row, "VLAN ID")));
+        }
+        return rows;
+    }
+};
+
+TEST_F(PortGroups, ListShowsEachPortGroupWithItsSwitchClientsAndVlan) {
+    EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
+                               "Storage Network@vSwitch1:1:20", "vMotion Network@vSwitch1:0:30",
+                               "Backup Network@vSwitch1:0:4095"}));
+    EXPECT_EQ(Listed({"--type=system"}), Words{"Kelm System Network@kelmSystemSwitch0:1:0"});
+    EXPECT_EQ(RunError({"vswitch", "standard", "portgroup", "list", "-t", "legacy"}),
+              "Invalid type value, should be 'system'.");
+}
+
+TEST_F(PortGroups, ListOfAHostWithoutPortGroupsIsEmpty) {
+    auto profile = ExportedHost();
+    for (auto& virtualSwitch : profile["vswitches"]) {
+        virtualSwitch["portGroups"] = HostSim::Json::array();
+    }
+    ImportHost(profile);
+    EXPECT_EQ(Listed(), Words{});
+}
+
+TEST_F(PortGroups, AddPutsANewPortGroupOnItsSwitch) {
+    Change({"portgroup", "add", "-p", "Test Network", "-v", "vSwitch1"});
+    Change({"portgroup", "add", "--portgroup-name=Lab", "--vswitch-name=vSwitch0"});
+    auto listed = Listed();
+    ASSERT_EQ(listed.size(), 7u);
+    EXPECT_EQ(listed[2], "Lab@vSwitch0:0:0");
+    EXPECT_EQ(listed[6], "Test Network@vSwitch1:0:0");
+    EXPECT_EQ(Testing::Strings(SwitchRow("vSwitch0"), "Portgroups"),
+              (Words{"Management Network", "VM Network", "Lab"}));
+}
+
+TEST_F(PortGroups, AddRefusals) {
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "vSwitch0"}),
+              "Port group VM Network already exists on vSwitch0");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "vSwitch1"}),
+              "Port group VM Network already exists on vSwitch0");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "Lab", "-v", "vSwitch7"}),
+              "Unable to find a virtual switch with name vSwitch7");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "", "-v", "vSwitch0"}),
+              "A port group name must not be empty");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", std::string(128, 'p'), "-v", "vSwitch0"}),
+              "The port group name " + std::string(128, 'p') + " is longer than 127 bytes");
+    EXPECT_EQ(Listed().size(), 5u);
+}
+
+TEST_F(PortGroups, RemoveTakesAPortGroupThatIsNotInUse) {
+    Change({"portgroup", "remove", "-p", "vMotion Network", "-v", "vSwitch1"});
+    EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
+                               "Storage Network@vSwitch1:1:20", "Backup Network@vSwitch1:0:4095"}));
+}
+
+TEST_F(PortGroups, RemoveRefusals) {
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Management Network", "-v", "vSwitch0"}),
+              "Port group Management Network is in use by kelm0");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "VM Network", "-v", "vSwitch1"}),
+              "There is no port group named VM Network on vSwitch1");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "vSwitch0"}),
+              "There is no port group named Lab on vSwitch0");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "vSwitch7"}),
+              "Unable to find a virtual switch with name vSwitch7");
+    EXPECT_EQ(Listed().size(), 5u);
+}
+
+TEST_F(PortGroups, SetChangesTheVlanWithinItsRange) {
+    Change({"portgroup", "set", "-p", "VM Network", "--vlan-id=4095"});
+    Change({"portgroup", "set", "-p", "Storage Network", "-v", "0"});
+    const auto listed = Listed();
+    EXPECT_EQ(listed[1], "VM Network@vSwitch0:0:4095");
+    EXPECT_EQ(listed[2], "Storage Network@vSwitch1:1:0");
+    RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=4096"});
+    RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=-1"});
+    EXPECT_EQ(Refused({"portgroup", "set", "-p", "Lab", "--vlan-id=5"}),
+              "Unable to find a port group with the name Lab");
+}
+
+TEST_F(PortGroups, VlanIdDescriptionNamesTheHostsRange) {
+    auto command = Standard({"portgroup", "set", "-p", "VM Network", "-v", "1"}).command;
+    ASSERT_TRUE(command);
+    auto spec = command->GetInputSpec();
+    ASSERT_TRUE(spec);
+    ASSERT_EQ(spec->GetParameters().size(), 2u);
+    const auto& vlanId = spec->GetParameters()[1];
+    EXPECT_EQ(vlanId->GetName(), "vlan-id");
+    EXPECT_EQ(vlanId->GetDescription(),
+              "The vlan id for this port group. This value is in the range (0 - 4095)");
+    ASSERT_TRUE(vlanId->GetConstraint());
+    EXPECT_EQ(vlanId->GetConstraint()->GetLow(), 0);
+    EXPECT_EQ(vlanId->GetConstraint()->GetHigh(), 4095);
+}
+
+}  // namespace
