@@ -1,7 +1,11 @@
 // The checks a command declares, made before it runs: required parameters, int ranges and
 // enumerations, string enumerations and regular expressions over the whole value.
 #include <optional>
+// GCC 12 reports false "may be used uninitialized" inside <regex> when sanitizers are on.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include <regex>
+#pragma GCC diagnostic pop
 
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Suggestions.h"

@@ -51,8 +51,9 @@ TEST(PluginLoaderTest, ABrokenLibraryIsNamedWithTheLoadersReason) {
 
 TEST(PluginLoaderTest, ALibraryWithoutTheEntryIsRefused) {
     TemporaryDirectory directory;
-    std::filesystem::copy_file(std::string(PLUGIN_DIRECTORY) + "/../libcpptools.so",
-                               directory.Path() + "/libnoentry.so");
+    const std::filesystem::path library =
+        std::filesystem::path(PLUGIN_DIRECTORY).parent_path() / "libcpptools.so";
+    std::filesystem::copy_file(library, std::filesystem::path(directory.Path()) / "libnoentry.so");
     std::string error = LoadError(directory.Path());
     std::string expected = "The plug-in '" + directory.Path() +
                            "/libnoentry.so' has no entry AutoCli_RegisterNamespaces: ";
