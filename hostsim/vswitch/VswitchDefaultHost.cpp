@@ -1,8 +1,8 @@
 // The switches of the built-in default host: vSwitch0 for management and virtual machines,
 // vSwitch1 with jumbo frames for storage and migration, and the host's own system switch.
 // hwnic4 and hwnic5 are left free for new uplinks. "Management Network" overrides the teaming
-// of its switch, "Backup Network" its security and shaping; "Management Network" and
-// "Storage Network" are in use by kernel interfaces.
+// of its switch, "Backup Network" its security and shaping. "Management Network" is in use by
+// the kernel interface kelm0, so neither it nor vSwitch0 can be removed.
 #include "hostsim/vswitch/VswitchSubject.h"
 
 namespace HostSim::Vswitch {
@@ -46,7 +46,7 @@ const char* const kDefaultSection = R"json([
                   "burstSize": 52428800}
     },
     "portGroups": [
-      {"name": "Storage Network", "vlanId": 20, "users": ["kelm1"]},
+      {"name": "Storage Network", "vlanId": 20},
       {"name": "vMotion Network", "vlanId": 30},
       {"name": "Backup Network", "vlanId": 4095,
        "policies": {"security": {"allowPromiscuous": true},

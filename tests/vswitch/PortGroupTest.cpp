@@ -26,7 +26,7 @@ class PortGroups : public VswitchTesting::VswitchTest {
 
 TEST_F(PortGroups, ListShowsEachPortGroupWithItsSwitchClientsAndVlan) {
     EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
-                               "Storage Network@vSwitch1:1:20", "vMotion Network@vSwitch1:0:30",
+                               "Storage Network@vSwitch1:0:20", "vMotion Network@vSwitch1:0:30",
                                "Backup Network@vSwitch1:0:4095"}));
     EXPECT_EQ(Listed({"--type=system"}), Words{"Kelm System Network@kelmSystemSwitch0:1:0"});
     EXPECT_EQ(RunError({"vswitch", "standard", "portgroup", "list", "-t", "legacy"}),
@@ -70,7 +70,7 @@ TEST_F(PortGroups, AddRefusals) {
 TEST_F(PortGroups, RemoveTakesAPortGroupThatIsNotInUse) {
     Change({"portgroup", "remove", "-p", "vMotion Network", "-v", "vSwitch1"});
     EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
-                               "Storage Network@vSwitch1:1:20", "Backup Network@vSwitch1:0:4095"}));
+                               "Storage Network@vSwitch1:0:20", "Backup Network@vSwitch1:0:4095"}));
 }
 
 TEST_F(PortGroups, RemoveRefusals) {
@@ -90,7 +90,7 @@ TEST_F(PortGroups, SetChangesTheVlanWithinItsRange) {
     Change({"portgroup", "set", "-p", "Storage Network", "-v", "0"});
     const auto listed = Listed();
     EXPECT_EQ(listed[1], "VM Network@vSwitch0:0:4095");
-    EXPECT_EQ(listed[2], "Storage Network@vSwitch1:1:0");
+    EXPECT_EQ(listed[2], "Storage Network@vSwitch1:0:0");
     RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=4096"});
     RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=-1"});
     EXPECT_EQ(Refused({"portgroup", "set", "-p", "Lab", "--vlan-id=5"}),

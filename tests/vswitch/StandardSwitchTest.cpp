@@ -32,7 +32,8 @@ TEST_F(StandardSwitch, ListShowsEveryOrdinarySwitchWithItsSettings) {
     EXPECT_EQ(Str(row, "Class"), "etherswitch");
     EXPECT_EQ(Int(row, "Num Ports"), 256);
     EXPECT_EQ(Int(row, "Configured Ports"), 256);
-    EXPECT_EQ(Int(row, "Used Ports"), 3);  // two uplinks and one kernel interface
+    EXPECT_EQ(Int(row, "Used Ports"), 2);                    // its two uplinks
+    EXPECT_EQ(Int(SwitchRow("vSwitch0"), "Used Ports"), 3);  // and kelm0 on vSwitch0
     EXPECT_EQ(Int(row, "MTU"), 9000);
     EXPECT_EQ(Str(row, "CDP Status"), "both");
     EXPECT_TRUE(Bool(row, "Beacon Enabled"));
