@@ -124,7 +124,12 @@ std::string InlineText(const MetaValue* value, const OutputLayout& layout) {
     std::string text;
     if (value->GetType() == MetaObj::MetaTypeStruct) {
         const auto& structure = static_cast<const MetaStruct&>(*value);
-        for (const auto* field : layout.Fields(structure)) {
+        // Inside a table cell, the columns declared for the struct give the order.
+        auto fields = layout.TableColumns(structure);
+        if (fields.empty()) {
+            fields = layout.Fields(structure);
+        }
+        for (const auto* field : fields) {
             if (!text.empty()) {
                 text.append(", ");
             }

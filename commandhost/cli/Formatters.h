@@ -29,7 +29,6 @@ class OutputLayout {
     // The columns of a nested table of `structure`, from "table-columns:<name>" or
     // "table-columns"; empty when neither is declared.
     std::vector<const MetaStruct::Field*> TableColumns(const MetaStruct& structure) const;
-    bool HasTableColumns(const MetaStruct& structure) const;
     // The line ahead of `structure` with each %Field Name% replaced by the field's value; empty
     // when no header is declared or it is "<NONE>".
     std::string Header(const MetaStruct& structure) const;

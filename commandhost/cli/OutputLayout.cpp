@@ -97,13 +97,6 @@ std::vector<const MetaStruct::Field*> OutputLayout::Fields(const MetaStruct& str
     return Select(structure, {});
 }
 
-bool OutputLayout::HasTableColumns(const MetaStruct& structure) const {
-    return !anyTableColumns_.empty() ||
-           std::any_of(tableColumns_.begin(), tableColumns_.end(), [&](const NamedList& entry) {
-               return entry.structName == structure.GetName();
-           });
-}
-
 std::vector<const MetaStruct::Field*> OutputLayout::TableColumns(
     const MetaStruct& structure) const {
     for (const NamedList& entry : tableColumns_) {

@@ -41,10 +41,13 @@ class SimpleWriter {
             return;
         }
         const MetaStruct* shape = ShapeOf(list);
-        if (nested && shape != nullptr && context_.layout.HasTableColumns(*shape)) {
-            RenderStructTable(StructElements(list), context_.layout.TableColumns(*shape), context_,
-                              std::string(depth * kIndentStep, ' '), out_);
-            return;
+        if (nested && shape != nullptr) {
+            auto columns = context_.layout.TableColumns(*shape);
+            if (!columns.empty()) {
+                RenderStructTable(StructElements(list), columns, context_,
+                                  std::string(depth * kIndentStep, ' '), out_);
+                return;
+            }
         }
         bool first = true;
         for (const MetaStruct* element : StructElements(list)) {

@@ -141,6 +141,30 @@ TEST_F(FormatterTest, SimpleWithoutTableColumnsIndentsEachStruct) {
               "   Client: kelm0\n");
 }
 
+TEST_F(FormatterTest, StructsInTableCellsFollowTheirDeclaredColumns) {
+    get_->SetDefaultOutputParameter("table-columns:NicStatus", "Nic,Local Information");
+    get_->SetDefaultOutputParameter("table-columns:LocalInfo", "Flags,Port State");
+    auto local = MetaStruct::New("LocalInfo");
+    local->SetField("Port State", "Bundled");
+    local->SetField("Flags", "SA");
+    auto status = MetaStruct::New("NicStatus");
+    status->SetField("Nic", "hwnic0");
+    status->SetField("Local Information", local);
+    auto statuses = MetaList::New(CppTools::MetaObj::MetaTypeStruct, status);
+    statuses->Add(status);
+    auto lag = MetaStruct::New("LAG");
+    lag->SetField("LAG ID", 1L);
+    lag->SetField("Nic List", statuses);
+    result_ = lag;
+    ASSERT_EQ(Main({"demo", "nic", "get"}), CommandHost::ExitOk);
+    EXPECT_EQ(out_,
+              "LAG ID: 1\n"
+              "Nic List:\n"
+              "   Nic     Local Information\n"
+              "   ------  ------------------------------\n"
+              "   hwnic0  Flags: SA, Port State: Bundled\n");
+}
+
 TEST_F(FormatterTest, JsonKeepsDeclaredOrderAndPrintsEmptyValuesAsZero) {
     auto nic = SampleNic("hwnic0", 10, true, {"192.0.2.1"});
     auto empty = MetaList::New(CppTools::MetaObj::MetaTypeStruct, SampleNic("p", 0, false, {}));
