@@ -11,7 +11,8 @@ namespace {
 
 void RegisterTree(benchmark::State& state) {
     for (auto _ : state) {
-        std::shared_ptr<CppTools::AutoCli::NamespaceNode> root = CppTools::AutoCli::Namespace::New();
+        std::shared_ptr<CppTools::AutoCli::NamespaceNode> root =
+            CppTools::AutoCli::Namespace::New();
         AutoCli_RegisterNamespaces(root);
         benchmark::DoNotOptimize(root);
     }
@@ -20,7 +21,7 @@ BENCHMARK(RegisterTree)->Unit(benchmark::kMicrosecond);
 
 // A state directory made by `hostsim init` with the given scale (0: the default host as it is).
 class ScaledHost {
-public:
+  public:
     explicit ScaledHost(long scale) {
         std::vector<std::string> arguments{"init"};
         if (scale > 0) {
@@ -33,7 +34,7 @@ public:
         HostSim::UseStateDirectory(directory_.Path());
     }
 
-private:
+  private:
     Testing::TemporaryDirectory directory_;
 };
 
@@ -43,8 +44,8 @@ void NicList(benchmark::State& state) {
     long rows = 0;
     for (auto _ : state) {
         auto result = Testing::PluginHost().Run(line);
-        auto list = std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(
-            result.output->GetRootObject());
+        auto list =
+            std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(result.output->GetRootObject());
         rows = list ? static_cast<long>(list->GetCount()) : -1;
     }
     state.counters["nics"] = static_cast<double>(rows);

@@ -10,11 +10,16 @@ namespace {
 
 CallSpec::ParameterType ToParameterType(Type type) {
     switch (type) {
-        case Type::String: return CallSpec::ParameterTypeString;
-        case Type::Int: return CallSpec::ParameterTypeInt;
-        case Type::Bool: return CallSpec::ParameterTypeBool;
-        case Type::Flag: return CallSpec::ParameterTypeFlag;
-        case Type::List: return CallSpec::ParameterTypeStringList;
+        case Type::String:
+            return CallSpec::ParameterTypeString;
+        case Type::Int:
+            return CallSpec::ParameterTypeInt;
+        case Type::Bool:
+            return CallSpec::ParameterTypeBool;
+        case Type::Flag:
+            return CallSpec::ParameterTypeFlag;
+        case Type::List:
+            return CallSpec::ParameterTypeStringList;
     }
     return CallSpec::ParameterTypeString;
 }
@@ -57,13 +62,21 @@ std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape) {
     auto structure = MetaStruct::New(shape.name);
     for (const Field& field : shape.fields) {
         switch (field.type) {
-            case FieldType::String: structure->SetField(field.name, MetaString::New()); break;
-            case FieldType::Int: structure->SetField(field.name, MetaInt::New()); break;
-            case FieldType::Bool: structure->SetField(field.name, MetaBool::New()); break;
+            case FieldType::String:
+                structure->SetField(field.name, MetaString::New());
+                break;
+            case FieldType::Int:
+                structure->SetField(field.name, MetaInt::New());
+                break;
+            case FieldType::Bool:
+                structure->SetField(field.name, MetaBool::New());
+                break;
             case FieldType::StringList:
                 structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeString));
                 break;
-            case FieldType::Struct: structure->SetField(field.name, MakeStruct(*field.nested)); break;
+            case FieldType::Struct:
+                structure->SetField(field.name, MakeStruct(*field.nested));
+                break;
         }
     }
     return structure;
@@ -89,10 +102,18 @@ std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) 
 std::shared_ptr<OutputSpec> MakeOutputSpec(const CommandShape& shape) {
     auto spec = OutputSpec::New();
     switch (shape.root) {
-        case Root::Bool: spec->SetRootObject(MetaBool::New()); break;
-        case Root::Int: spec->SetRootObject(MetaInt::New()); break;
-        case Root::String: spec->SetRootObject(MetaString::New()); break;
-        case Root::Struct: spec->SetRootObject(MakeStruct(*shape.structure)); break;
+        case Root::Bool:
+            spec->SetRootObject(MetaBool::New());
+            break;
+        case Root::Int:
+            spec->SetRootObject(MetaInt::New());
+            break;
+        case Root::String:
+            spec->SetRootObject(MetaString::New());
+            break;
+        case Root::Struct:
+            spec->SetRootObject(MakeStruct(*shape.structure));
+            break;
         case Root::List:
             spec->SetRootObject(
                 MetaList::New(CppTools::MetaObj::MetaTypeStruct, MakeStruct(*shape.structure)));

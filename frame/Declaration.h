@@ -92,7 +92,7 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 // `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
 template <class Self>
 class DeclaredCommand : public virtual Command {
-public:
+  public:
     static std::shared_ptr<Self> New() {
         auto command = std::make_shared<Self>();
         command->PrimeThis(command);
@@ -105,7 +105,7 @@ public:
 
     DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
 
-protected:
+  protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override {
         return Declare::MakeInputSpec(Self::kShape.parameters);
     }
@@ -116,14 +116,14 @@ protected:
 
 // Declares a command class of a subsystem header; its source file defines kShape and
 // ExecuteInternal.
-#define NETWORK_COMMAND(ClassName)                                                    \
-    class ClassName final : public DeclaredCommand<ClassName> {                       \
-    public:                                                                           \
-        static const Declare::CommandShape kShape;                                    \
-                                                                                      \
-    protected:                                                                        \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,                     \
-                             const std::shared_ptr<Output>& output) override;         \
+#define NETWORK_COMMAND(ClassName)                                            \
+    class ClassName final : public DeclaredCommand<ClassName> {               \
+      public:                                                                 \
+        static const Declare::CommandShape kShape;                            \
+                                                                              \
+      protected:                                                              \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,             \
+                             const std::shared_ptr<Output>& output) override; \
     }
 
 }  // namespace ZanvexCli::NetworkNamespace

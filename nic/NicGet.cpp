@@ -82,17 +82,16 @@ constexpr Declare::Parameter kParameters[] = {
 
 // Port numbers as "Supported Ports" and "Cable Type" show them.
 constexpr const char* kPortWords[] = {"TP", "AUI", "BNC", "MII", "FIBRE", "DA", "BACKPLANE"};
-constexpr const char* kCableWords[] = {"Twisted Pair", "AUI", "BNC", "MII",
+constexpr const char* kCableWords[] = {"Twisted Pair", "AUI", "BNC",      "MII",
                                        "FIBRE",        "DA",  "BACKPLANE"};
 constexpr const char* kLinkModeDuplexWords[] = {"Auto", "Full", "Half"};
 constexpr const char* kLinkModeWords[] = {
-    "None",      "Unknown",      "BaseT",        "BaseX",     "BaseKX",     "BaseSX",
-    "BaseLX",    "BaseKR",       "BaseLR",       "BaseSR",    "BaseER",     "BaseTwinax",
-    "BaseTwinaxLong", "BaseLRM", "BaseCR1",      "BaseKR2",   "BaseMLD2",   "BaseKR4",
-    "BaseKX4",   "BaseCR4",      "BaseSR4",      "BaseLR4",   "BaseR4",     "BaseSGMII",
-    "BaseSFI",   "XLPPI",        "BaseCX-SGMII", "BaseDR4",   "BaseFR4",    "AUI-8",
-    "AUI-4",     "BaseSR16",     "BaseFR8",      "BaseLR8",   "AUI-16",     "BaseER4",
-    "BaseER8",   "BaseCX4",      "BaseCR2",
+    "None",    "Unknown", "BaseT",     "BaseX",    "BaseKX",     "BaseSX",         "BaseLX",
+    "BaseKR",  "BaseLR",  "BaseSR",    "BaseER",   "BaseTwinax", "BaseTwinaxLong", "BaseLRM",
+    "BaseCR1", "BaseKR2", "BaseMLD2",  "BaseKR4",  "BaseKX4",    "BaseCR4",        "BaseSR4",
+    "BaseLR4", "BaseR4",  "BaseSGMII", "BaseSFI",  "XLPPI",      "BaseCX-SGMII",   "BaseDR4",
+    "BaseFR4", "AUI-8",   "AUI-4",     "BaseSR16", "BaseFR8",    "BaseLR8",        "AUI-16",
+    "BaseER4", "BaseER8", "BaseCX4",   "BaseCR2",
 };
 constexpr const char* kWakeOnWords[] = {
     "PHY Activity",

@@ -27,12 +27,10 @@ constexpr char kDescription[] = "Description";
 constexpr char kDpuId[] = "DPU Id";
 
 constexpr Field kNicFields[] = {
-    {kName, FieldType::String},        {kPciDevice, FieldType::String},
-    {kDriver, FieldType::String},      {kLink, FieldType::String},
-    {kAdminStatus, FieldType::String}, {kLinkStatus, FieldType::String},
-    {kSpeed, FieldType::Int},          {kDuplex, FieldType::String},
-    {kMacAddress, FieldType::String},  {kMtu, FieldType::Int},
-    {kDescription, FieldType::String}, {kDpuId, FieldType::String},
+    {kName, FieldType::String}, {kPciDevice, FieldType::String},   {kDriver, FieldType::String},
+    {kLink, FieldType::String}, {kAdminStatus, FieldType::String}, {kLinkStatus, FieldType::String},
+    {kSpeed, FieldType::Int},   {kDuplex, FieldType::String},      {kMacAddress, FieldType::String},
+    {kMtu, FieldType::Int},     {kDescription, FieldType::String}, {kDpuId, FieldType::String},
 };
 constexpr Declare::StructShape kNic = {"Nic", kNicFields};
 
@@ -98,15 +96,17 @@ VendorAndDevice ReadDescriptor(const HostCtl::Network::Pnic& pnic) {
 }  // namespace
 
 const Declare::CommandShape NicList::kShape = {
-    .description = "This command will list the Physical NICs currently installed and loaded on "
-                   "the system.",
+    .description =
+        "This command will list the Physical NICs currently installed and loaded on "
+        "the system.",
     .formatter = "table",
     .outputParameters = kOutputParameters,
     .root = Declare::Root::List,
     .structure = &kNic,
 };
 
-void NicList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+void NicList::ExecuteInternal(const std::shared_ptr<Input>&,
+                              const std::shared_ptr<Output>& output) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/CommandTest.h"
+
 namespace FirewallTesting {
 
 using Items = std::vector<std::pair<std::string, std::string>>;
@@ -60,6 +62,12 @@ inline std::vector<Record> AuditRecords(const std::string& stateDirectory) {
     }
     return records;
 }
+
+// A command test that reads the records its commands leave.
+class AuditedCommandTest : public Testing::CommandTest {
+  protected:
+    std::vector<Record> Records() { return AuditRecords(StateDirectory()); }
+};
 
 inline Record Success(std::string event, std::string object) {
     return {std::move(event), std::move(object), true, {}};

@@ -2,11 +2,9 @@
 #include <algorithm>
 
 #include "AuditLog.h"
-#include "support/CommandTest.h"
 
 namespace {
 
-using FirewallTesting::AuditRecords;
 using FirewallTesting::Failure;
 using FirewallTesting::Record;
 using FirewallTesting::Success;
@@ -18,10 +16,8 @@ using Strings_t = std::vector<std::string>;
 
 constexpr char kUpdate[] = "network.fw.rule.update";
 
-class FirewallAllowedIps : public Testing::CommandTest {
+class FirewallAllowedIps : public FirewallTesting::AuditedCommandTest {
   protected:
-    std::vector<Record> Records() { return AuditRecords(StateDirectory()); }
-
     Strings_t AllowedIps(const std::string& id) {
         auto rows = Rows(RunList({"firewall", "ruleset", "allowedip", "list", "-r", id}));
         EXPECT_EQ(rows.size(), 1u);

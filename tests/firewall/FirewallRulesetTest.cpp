@@ -1,10 +1,8 @@
 // Rulesets: listing them and their rules, changing their flags, and counting their clients.
 #include "AuditLog.h"
-#include "support/CommandTest.h"
 
 namespace {
 
-using FirewallTesting::AuditRecords;
 using FirewallTesting::Failure;
 using FirewallTesting::Record;
 using FirewallTesting::Success;
@@ -17,10 +15,8 @@ using Testing::Strings;
 
 constexpr char kInvalidRulesetId[] = "Invalid Ruleset Id.";
 
-class FirewallRulesets : public Testing::CommandTest {
+class FirewallRulesets : public FirewallTesting::AuditedCommandTest {
   protected:
-    std::vector<Record> Records() { return AuditRecords(StateDirectory()); }
-
     std::shared_ptr<CppTools::MetaObj::MetaStruct> Ruleset(const std::string& id) {
         return RowWhere(RunList({"firewall", "ruleset", "list"}), "Name", id);
     }

@@ -2,11 +2,9 @@
 #include <algorithm>
 
 #include "AuditLog.h"
-#include "support/CommandTest.h"
 
 namespace {
 
-using FirewallTesting::AuditRecords;
 using FirewallTesting::Failure;
 using FirewallTesting::Record;
 using FirewallTesting::Success;
@@ -15,10 +13,8 @@ using Testing::Str;
 
 constexpr char kNotLoadedByHost[] = "The firewall module ostrelfw is not loaded";
 
-class FirewallState : public Testing::CommandTest {
+class FirewallState : public FirewallTesting::AuditedCommandTest {
   protected:
-    std::vector<Record> Records() { return AuditRecords(StateDirectory()); }
-
     // Loaded, Enabled and DefaultAction as `firewall get` shows them.
     std::tuple<bool, bool, std::string> Firewall() {
         auto firewall = RunStruct({"firewall", "get"});

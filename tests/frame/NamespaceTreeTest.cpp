@@ -35,8 +35,8 @@ TEST(NamespaceTree, RootGetsExactlyNetworkWithItsNineChildrenInOrder) {
     auto network = root->GetNamespaceNode("network");
     ASSERT_TRUE(network);
     EXPECT_EQ(network->GetNamespaceNodeNames(),
-              (std::vector<std::string>{"ip", "multicast", "nic", "sriovnic", "vswitch",
-                                        "firewall", "port", "vm", "ens"}));
+              (std::vector<std::string>{"ip", "multicast", "nic", "sriovnic", "vswitch", "firewall",
+                                        "port", "vm", "ens"}));
     EXPECT_EQ(network->GetParent(), root);
 }
 
@@ -55,8 +55,8 @@ TEST(NamespaceTree, HasNinetyOneDescribedNamespacesAndDescribedCommands) {
         commandPaths.insert(node->GetPathString(' '));
     });
     EXPECT_EQ(namespaces, 91);
-    for (const char* path : {"network nic list", "network nic up", "network nic get",
-                             "network nic down"}) {
+    for (const char* path :
+         {"network nic list", "network nic up", "network nic get", "network nic down"}) {
         EXPECT_TRUE(commandPaths.count(path)) << path;
     }
 }
@@ -104,8 +104,7 @@ TEST(NamespaceTree, EveryCommandDeclaresItsSpecsAndDefaultOutput) {
         auto output = command->GetOutputSpec();
         ASSERT_TRUE(output);
         ASSERT_TRUE(output->GetRootObject());
-        const bool boolRoot =
-            output->GetRootObject()->GetType() == CppTools::MetaObj::MetaTypeBool;
+        const bool boolRoot = output->GetRootObject()->GetType() == CppTools::MetaObj::MetaTypeBool;
         // A command with nothing to return names no formatter.
         if (boolRoot) {
             EXPECT_TRUE(command->GetDefaultOutputFormatter().empty());

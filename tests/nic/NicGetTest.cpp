@@ -13,7 +13,7 @@ using Testing::Str;
 using Testing::Strings;
 
 class NicGetTest : public Testing::CommandTest {
-protected:
+  protected:
     // A host with one NIC, "hwnic0", whose link information, pause parameters and extra keys
     // are given.
     void UseNic(const json& linkInfo, const json& pause = json::object(),
@@ -104,7 +104,9 @@ TEST_F(NicGetTest, WakeOnModesAndTheirAbsence) {
 TEST_F(NicGetTest, MessageLevelIsMinusOneWithoutSupport) {
     UseNic({{"supportsMessageLevel", false}, {"messageLevel", 7}});
     EXPECT_EQ(Int(RunStruct({"nic", "get", "-n", "hwnic0"}), "Current Message Level"), -1);
-    UseNic({{"supportsMessageLevel", true}, {"messageLevel", 7}, {"phyAddress", 3},
+    UseNic({{"supportsMessageLevel", true},
+            {"messageLevel", 7},
+            {"phyAddress", 3},
             {"virtualAddress", "00:50:56:aa:bb:cc"}});
     auto info = RunStruct({"nic", "get", "-n", "hwnic0"});
     EXPECT_EQ(Int(info, "Current Message Level"), 7);
@@ -121,8 +123,9 @@ TEST_F(NicGetTest, PauseFieldsStayEmptyWithoutPauseSupport) {
         ASSERT_TRUE(value) << field;
         EXPECT_FALSE(value->HasValue()) << field;
     }
-    UseNic(json::object(), {{"supported", true}, {"autoNegotiation", false}, {"rxPause", true},
-                            {"txPause", false}});
+    UseNic(
+        json::object(),
+        {{"supported", true}, {"autoNegotiation", false}, {"rxPause", true}, {"txPause", false}});
     info = RunStruct({"nic", "get", "-n", "hwnic0"});
     EXPECT_TRUE(Bool(info, "Supports Pause"));
     EXPECT_TRUE(info->GetField("Pause Autonegotiate")->HasValue());
@@ -150,10 +153,10 @@ TEST_F(NicGetTest, EveryFailingHostOperationEndsInOneMessage) {
     for (const auto& call : swept) {
         operations.push_back(call.operation);
     }
-    EXPECT_THAT(operations, ::testing::IsSupersetOf({"NetworkInfo::GetPnicByName",
-                                                     "Pnic::GetPnicInfo", "Pnic::GetPauseParams",
-                                                     "Pnic::GetPnicDriverInfo",
-                                                     "SmartNicInfo::GetSmartNicByPnic"}));
+    EXPECT_THAT(operations,
+                ::testing::IsSupersetOf({"NetworkInfo::GetPnicByName", "Pnic::GetPnicInfo",
+                                         "Pnic::GetPauseParams", "Pnic::GetPnicDriverInfo",
+                                         "SmartNicInfo::GetSmartNicByPnic"}));
 }
 
 }  // namespace

@@ -86,7 +86,8 @@ std::shared_ptr<T> As(const std::shared_ptr<MetaValue>& value, const char* what)
     return typed;
 }
 
-std::shared_ptr<MetaValue> FieldOf(const std::shared_ptr<MetaStruct>& row, const std::string& field) {
+std::shared_ptr<MetaValue> FieldOf(const std::shared_ptr<MetaStruct>& row,
+                                   const std::string& field) {
     if (!row) {
         ADD_FAILURE() << "no struct to read " << field << " from";
         return nullptr;
@@ -159,7 +160,8 @@ std::vector<std::string> Strings(const std::shared_ptr<MetaStruct>& row, const s
     return strings;
 }
 
-std::shared_ptr<MetaStruct> Nested(const std::shared_ptr<MetaStruct>& row, const std::string& field) {
+std::shared_ptr<MetaStruct> Nested(const std::shared_ptr<MetaStruct>& row,
+                                   const std::string& field) {
     return As<MetaStruct>(FieldOf(row, field), "a struct field");
 }
 
@@ -175,8 +177,8 @@ std::vector<std::shared_ptr<MetaStruct>> Rows(const std::shared_ptr<MetaList>& l
     return rows;
 }
 
-std::shared_ptr<MetaStruct> RowWhere(const std::shared_ptr<MetaList>& list, const std::string& field,
-                                     const std::string& value) {
+std::shared_ptr<MetaStruct> RowWhere(const std::shared_ptr<MetaList>& list,
+                                     const std::string& field, const std::string& value) {
     for (const auto& row : Rows(list)) {
         if (row && Str(row, field) == value) {
             return row;
@@ -270,14 +272,16 @@ ProcessResult RunProgram(const std::string& program, const std::vector<std::stri
 
 }  // namespace
 
-ProcessResult RunAutocli(const std::vector<std::string>& arguments, const std::string& stateDirectory,
+ProcessResult RunAutocli(const std::vector<std::string>& arguments,
+                         const std::string& stateDirectory,
                          const std::map<std::string, std::string>& environment) {
     auto withPlugins = environment;
     withPlugins.emplace("AUTOCLI_PLUGIN_DIR", PLUGIN_DIRECTORY);
     return RunProgram(AUTOCLI_BINARY, arguments, stateDirectory, withPlugins);
 }
 
-ProcessResult RunHostsim(const std::vector<std::string>& arguments, const std::string& stateDirectory,
+ProcessResult RunHostsim(const std::vector<std::string>& arguments,
+                         const std::string& stateDirectory,
                          const std::map<std::string, std::string>& environment) {
     return RunProgram(HOSTSIM_BINARY, arguments, stateDirectory, environment);
 }
@@ -305,10 +309,21 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
         HostSim::InjectFault(operation.operation, operation.object, kInjected);
         auto result = Run(words);
         HostSim::ClearFaults();
-        ASSERT_TRUE(result.output) << Describe(result);
-        const auto& handled = rules.handledOperations;
-        if (std::find(handled.begin(), handled.end(), operation.operation) != handled.end()) {
+        if (!result.output) {
+            ADD_FAILURE() << "the command did not run: " << Describe(result);
+            continue;
+        }
+        auto listed = [&operation](const std::vector<std::string>& operations) {
+            return std::find(operations.begin(), operations.end(), operation.operation) !=
+                   operations.end();
+        };
+        if (listed(rules.handledOperations)) {
             EXPECT_EQ(result.status, CommandHost::ExitOk) << Describe(result);
+            continue;
+        }
+        if (listed(rules.escapingOperations)) {
+            EXPECT_EQ(result.status, CommandHost::ExitException) << Describe(result);
+            EXPECT_EQ(result.output->GetRootObject(), nullptr);
             continue;
         }
         EXPECT_EQ(result.status, CommandHost::ExitCommandError) << Describe(result);

@@ -17,14 +17,14 @@ namespace Testing {
 
 // A temporary directory removed with everything in it when the object goes.
 class TemporaryDirectory {
-public:
+  public:
     TemporaryDirectory();
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
     const std::string& Path() const { return path_; }
 
-private:
+  private:
     std::string path_;
 };
 
@@ -32,7 +32,7 @@ private:
 CommandHost::CommandHost& PluginHost();
 
 class CommandTest : public ::testing::Test {
-protected:
+  protected:
     // A fresh state directory, which the simulated host fills with the default host on first
     // use; no faults.
     void SetUp() override;
@@ -53,6 +53,9 @@ protected:
     struct SweepRules {
         // A failure of one of these operations is handled inside the run, which then succeeds.
         std::vector<std::string> handledOperations;
+        // A failure of one of these operations comes ahead of the command's guarded block and
+        // so reaches the command host as an escaped exception.
+        std::vector<std::string> escapingOperations;
         // The command leaves a root beside its error messages.
         bool rootMayStay = false;
     };
@@ -63,14 +66,19 @@ protected:
     // must not let the exception escape. Returns the operations swept, so a test can check the
     // sweep saw what it expects.
     std::vector<HostSim::OperationCall> ExpectEveryFaultFails(const std::vector<std::string>& words,
-                                                              const SweepRules& rules = {});
+                                                              const SweepRules& rules);
+    std::vector<HostSim::OperationCall> ExpectEveryFaultFails(
+        const std::vector<std::string>& words) {
+        return ExpectEveryFaultFails(words, SweepRules{});
+    }
 
-private:
+  private:
     std::unique_ptr<TemporaryDirectory> state_;
 };
 
 // Reading result values.
-std::string Str(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
+std::string Str(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row,
+                const std::string& field);
 long Int(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
 bool Bool(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
 std::vector<std::string> Strings(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row,
