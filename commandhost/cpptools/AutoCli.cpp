@@ -147,10 +147,6 @@ void CommandSpec::SetDefaultOutputFormatter(const char* formatter) {
 }
 
 void CommandSpec::SetDefaultOutputParameter(const char* key, const char* value) {
-    SetDefaultOutputParameter(std::string(key), std::string(value));
-}
-
-void CommandSpec::SetDefaultOutputParameter(const std::string& key, const std::string& value) {
     for (auto& parameter : outputParameters_) {
         if (parameter.first == key) {
             parameter.second = value;
@@ -158,6 +154,10 @@ void CommandSpec::SetDefaultOutputParameter(const std::string& key, const std::s
         }
     }
     outputParameters_.emplace_back(key, value);
+}
+
+void CommandSpec::SetDefaultOutputParameter(const std::string& key, const std::string& value) {
+    SetDefaultOutputParameter(key.c_str(), value.c_str());
 }
 
 Dispatcher::~Dispatcher() = default;
