@@ -92,7 +92,7 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 // `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
 template <class Self>
 class DeclaredCommand : public virtual Command {
-  public:
+public:
     static std::shared_ptr<Self> New() {
         auto command = std::make_shared<Self>();
         command->PrimeThis(command);
@@ -105,7 +105,7 @@ class DeclaredCommand : public virtual Command {
 
     DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
 
-  protected:
+protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override {
         return Declare::MakeInputSpec(Self::kShape.parameters);
     }
@@ -118,10 +118,10 @@ class DeclaredCommand : public virtual Command {
 // ExecuteInternal.
 #define NETWORK_COMMAND(ClassName)                                            \
     class ClassName final : public DeclaredCommand<ClassName> {               \
-      public:                                                                 \
+    public:                                                                   \
         static const Declare::CommandShape kShape;                            \
                                                                               \
-      protected:                                                              \
+    protected:                                                                \
         void ExecuteInternal(const std::shared_ptr<Input>& input,             \
                              const std::shared_ptr<Output>& output) override; \
     }

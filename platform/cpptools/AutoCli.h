@@ -79,7 +79,9 @@ public:
     void SetDefaultOutputParameter(const char* key, const char* value);
     void SetDefaultOutputParameter(const std::string& key, const std::string& value);
     const std::string& GetDefaultOutputFormatter() const { return formatter_; }
-    const std::vector<OutputParameter>& GetDefaultOutputParameters() const { return outputParameters_; }
+    const std::vector<OutputParameter>& GetDefaultOutputParameters() const {
+        return outputParameters_;
+    }
 
 protected:
     virtual std::shared_ptr<CallSpec::InputSpec> GetInputSpecInternal() = 0;

@@ -17,14 +17,14 @@ namespace Testing {
 
 // A temporary directory removed with everything in it when the object goes.
 class TemporaryDirectory {
-  public:
+public:
     TemporaryDirectory();
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
     const std::string& Path() const { return path_; }
 
-  private:
+private:
     std::string path_;
 };
 
@@ -32,7 +32,7 @@ class TemporaryDirectory {
 CommandHost::CommandHost& PluginHost();
 
 class CommandTest : public ::testing::Test {
-  protected:
+protected:
     // A fresh state directory, which the simulated host fills with the default host on first
     // use; no faults.
     void SetUp() override;
@@ -72,7 +72,7 @@ class CommandTest : public ::testing::Test {
         return ExpectEveryFaultFails(words, SweepRules{});
     }
 
-  private:
+private:
     std::unique_ptr<TemporaryDirectory> state_;
 };
 
