@@ -1,6 +1,5 @@
 // `network vswitch standard portgroup policy failover get` and `... set`: NIC teaming and
 // failover of a port group, over its switch's.
-#include "hostctl/HostCtlException.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -64,46 +63,32 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicyFailoverSet::kShape = {
 
 void VirtualSwitchPortGroupPolicyFailoverGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        const auto parent = portGroup->GetVirtualSwitch();
-        const auto effective = portGroup->GetEffectiveTeamingPolicy();
-        const auto own = portGroup->GetTeamingPolicy();
+    WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
+        const auto parent = portGroup.GetVirtualSwitch();
+        const auto effective = portGroup.GetEffectiveTeamingPolicy();
+        const auto own = portGroup.GetTeamingPolicy();
         auto result = GetOutputStructure();
         RenderFailoverPolicy(*result, effective, parent->GetUplinks(false));
         RenderOverrides(*result, kOverrides, own.setFields);
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 void VirtualSwitchPortGroupPolicyFailoverSet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        const auto effective = portGroup->GetEffectiveTeamingPolicy();
-        auto own = portGroup->GetTeamingPolicy();
-        const auto connected = portGroup->GetVirtualSwitch()->GetUplinks(false);
+    WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
+        const auto effective = portGroup.GetEffectiveTeamingPolicy();
+        auto own = portGroup.GetTeamingPolicy();
+        const auto connected = portGroup.GetVirtualSwitch()->GetUplinks(false);
         if (input->IsFlagSet(kUseVswitchParameter)) {
             own.UnsetAll();
         }
         SetFailoverPolicy(input, output, own, effective, connected);
         if (!output->HasError()) {
-            portGroup->SetTeamingPolicy(own);
+            portGroup.SetTeamingPolicy(own);
         }
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

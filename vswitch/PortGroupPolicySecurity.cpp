@@ -1,6 +1,5 @@
 // `network vswitch standard portgroup policy security get` and `... set`: port security of a
 // port group, over its switch's.
-#include "hostctl/HostCtlException.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -59,43 +58,29 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicySecuritySet::kShape = {
 
 void VirtualSwitchPortGroupPolicySecurityGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        const auto effective = portGroup->GetEffectiveSecurityPolicy();
-        const auto own = portGroup->GetSecurityPolicy();
+    WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
+        const auto effective = portGroup.GetEffectiveSecurityPolicy();
+        const auto own = portGroup.GetSecurityPolicy();
         auto result = GetOutputStructure();
         RenderSecurityPolicy(*result, effective);
         RenderOverrides(*result, kOverrides, own.setFields);
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 void VirtualSwitchPortGroupPolicySecuritySet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        auto own = portGroup->GetSecurityPolicy();
+    WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
+        auto own = portGroup.GetSecurityPolicy();
         if (input->IsFlagSet(kUseVswitchParameter)) {
             own.UnsetAll();
         }
         SetSecurityPolicy(input, output, own);
         if (!output->HasError()) {
-            portGroup->SetSecurityPolicy(own);
+            portGroup.SetSecurityPolicy(own);
         }
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

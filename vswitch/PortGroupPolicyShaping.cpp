@@ -1,6 +1,5 @@
 // `network vswitch standard portgroup policy shaping get` and `... set`: traffic shaping of a
 // port group, over its switch's.
-#include "hostctl/HostCtlException.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -79,38 +78,26 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicyShapingSet::kShape = {
 
 void VirtualSwitchPortGroupPolicyShapingGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        const auto effective = portGroup->GetEffectiveShapingPolicy();
-        const auto own = portGroup->GetShapingPolicy();
+    WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
+        const auto effective = portGroup.GetEffectiveShapingPolicy();
+        const auto own = portGroup.GetShapingPolicy();
         auto result = GetOutputStructure();
         RenderShapingPolicy(*result, effective);
         RenderOverrides(*result, kOverrides, own.setFields);
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 void VirtualSwitchPortGroupPolicyShapingSet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        auto own = portGroup->GetShapingPolicy();
+    WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
+        auto own = portGroup.GetShapingPolicy();
         if (input->IsFlagSet(kUseVswitchParameter)) {
             own.UnsetAll();
         }
         SetShapingPolicy(input, output, own, false);
         if ((own.setFields & ShapingPolicy::kEnabledBit) != 0 && own.enabled) {
-            const auto effective = portGroup->GetEffectiveShapingPolicy();
+            const auto effective = portGroup.GetEffectiveShapingPolicy();
             for (const RequiredValue& value : kRequiredValues) {
                 if ((own.setFields & value.bit) == 0 && (effective.setFields & value.bit) == 0) {
                     output->AddErrorMessage(value.missingMessage);
@@ -118,12 +105,10 @@ void VirtualSwitchPortGroupPolicyShapingSet::ExecuteInternal(
             }
         }
         if (!output->HasError()) {
-            portGroup->SetShapingPolicy(own);
+            portGroup.SetShapingPolicy(own);
         }
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

@@ -1,5 +1,4 @@
 // `network vswitch standard portgroup set`: the VLAN id of a port group.
-#include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
@@ -38,18 +37,11 @@ const Declare::CommandShape VirtualSwitchPortGroupSet::kShape = {
 
 void VirtualSwitchPortGroupSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                 const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kPortgroupNameParameter);
     const long vlanId = input->GetParameterInt(kVlanIdParameter);
-    try {
-        auto portGroup = FindPortGroup(name, *output);
-        if (!portGroup) {
-            return;
-        }
-        portGroup->SetVlanId(static_cast<int>(vlanId));
+    WithPortGroup(*input, *output, [&output, vlanId](HostCtl::Network::PortGroup& portGroup) {
+        portGroup.SetVlanId(static_cast<int>(vlanId));
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

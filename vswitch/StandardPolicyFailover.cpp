@@ -1,7 +1,5 @@
 // `network vswitch standard policy failover get` and `... set`: NIC teaming and failover of a
 // standard switch.
-#include "hostctl/HostCtlException.h"
-#include "kelmctl/VirtualSwitchInfoImpl.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -46,42 +44,26 @@ const Declare::CommandShape VirtualSwitchStandardPolicyFailoverSet::kShape = {
 
 void VirtualSwitchStandardPolicyFailoverGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
-        const auto policy = virtualSwitch->GetEffectiveTeamingPolicy();
+    WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
+        const auto policy = virtualSwitch.GetEffectiveTeamingPolicy();
         auto result = GetOutputStructure();
-        RenderFailoverPolicy(*result, policy, virtualSwitch->GetUplinks(false));
+        RenderFailoverPolicy(*result, policy, virtualSwitch.GetUplinks(false));
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 void VirtualSwitchStandardPolicyFailoverSet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
-        const auto effective = virtualSwitch->GetEffectiveTeamingPolicy();
-        auto own = virtualSwitch->GetTeamingPolicy();
-        const auto connected = virtualSwitch->GetUplinks(false);
+    WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
+        const auto effective = virtualSwitch.GetEffectiveTeamingPolicy();
+        auto own = virtualSwitch.GetTeamingPolicy();
+        const auto connected = virtualSwitch.GetUplinks(false);
         SetFailoverPolicy(input, output, own, effective, connected);
         if (!output->HasError()) {
-            virtualSwitch->SetTeamingPolicy(own);
+            virtualSwitch.SetTeamingPolicy(own);
         }
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

@@ -1,7 +1,5 @@
 // `network vswitch standard policy security get` and `... set`: the port security of a
 // standard switch.
-#include "hostctl/HostCtlException.h"
-#include "kelmctl/VirtualSwitchInfoImpl.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -50,38 +48,22 @@ const Declare::CommandShape VirtualSwitchStandardPolicySecuritySet::kShape = {
 
 void VirtualSwitchStandardPolicySecurityGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
+    WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         auto result = GetOutputStructure();
-        RenderSecurityPolicy(*result, virtualSwitch->GetEffectiveSecurityPolicy());
+        RenderSecurityPolicy(*result, virtualSwitch.GetEffectiveSecurityPolicy());
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 // Writes the effective policy back with the values given, also when none is given.
 void VirtualSwitchStandardPolicySecuritySet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
-        HostCtl::Network::PortSecurityPolicy policy = virtualSwitch->GetEffectiveSecurityPolicy();
+    WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
+        HostCtl::Network::PortSecurityPolicy policy = virtualSwitch.GetEffectiveSecurityPolicy();
         SetSecurityPolicy(input, output, policy);
-        virtualSwitch->SetSecurityPolicy(policy);
+        virtualSwitch.SetSecurityPolicy(policy);
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

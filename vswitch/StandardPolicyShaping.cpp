@@ -1,7 +1,5 @@
 // `network vswitch standard policy shaping get` and `... set`: the traffic shaping of a
 // standard switch.
-#include "hostctl/HostCtlException.h"
-#include "kelmctl/VirtualSwitchInfoImpl.h"
 #include "vswitch/VswitchCommands.h"
 #include "vswitch/VswitchLookup.h"
 
@@ -49,40 +47,24 @@ const Declare::CommandShape VirtualSwitchStandardPolicyShapingSet::kShape = {
 
 void VirtualSwitchStandardPolicyShapingGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                             const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
+    WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         auto result = GetOutputStructure();
-        RenderShapingPolicy(*result, virtualSwitch->GetEffectiveShapingPolicy());
+        RenderShapingPolicy(*result, virtualSwitch.GetEffectiveShapingPolicy());
         output->SetRootObject(result);
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 // A standard switch edits its effective policy, so the values it inherits become its own.
 void VirtualSwitchStandardPolicyShapingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                             const std::shared_ptr<Output>& output) {
-    const std::string& name = input->GetParameter(kVswitchNameParameter);
-    try {
-        KelmCtl::Network::VirtualSwitchInfoImpl switches;
-        auto virtualSwitch = FindLegacySwitch(switches, name, *output);
-        if (!virtualSwitch) {
-            return;
-        }
-        HostCtl::Network::ShapingPolicy policy = virtualSwitch->GetEffectiveShapingPolicy();
+    WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
+        HostCtl::Network::ShapingPolicy policy = virtualSwitch.GetEffectiveShapingPolicy();
         SetShapingPolicy(input, output, policy, false);
         if (!output->HasError()) {
-            virtualSwitch->SetShapingPolicy(policy);
+            virtualSwitch.SetShapingPolicy(policy);
         }
         output->SetRootObject(MetaBool::New(true));
-    } catch (const HostCtl::Lib::HostCtlException& e) {
-        output->AddErrorMessage(e.what());
-    }
+    });
 }
 
 }  // namespace ZanvexCli::NetworkNamespace
