@@ -89,6 +89,10 @@ Database::Database(const std::string& path) : path_(path) {
         throw HostCtlException("Unable to open the host state database " + path + ": " + reason);
     }
     sqlite3_busy_timeout(connection_, kBusyTimeoutMs);
+    // Keep the WAL file when the last connection closes: each command is a process of its own,
+    // and making and removing the file on every run costs more than the rest of the run.
+    int persist = 1;
+    sqlite3_file_control(connection_, "main", SQLITE_FCNTL_PERSIST_WAL, &persist);
 }
 
 Database::~Database() {

@@ -56,16 +56,24 @@ struct StoreHeader {
     bool IsCurrent() const { return applicationId == kApplicationId && version == kStoreVersion; }
 };
 
+std::int64_t ReadNumber(Database& database, const char* sql) {
+    auto query = database.Query(sql);
+    query.Step();
+    return query.Int(0);
+}
+
 // A file SQLite can't read (not a database, damaged, no permission) fails here, before
-// anything is written.
+// anything is written. The two pragmas read the file's header only; the schema is looked at
+// when they leave a doubt whether the file is empty.
 StoreHeader ReadHeader(Database& database) {
     try {
-        auto query = database.Query(
-            "SELECT (SELECT application_id FROM pragma_application_id),"
-            " (SELECT user_version FROM pragma_user_version),"
-            " (SELECT count(*) FROM sqlite_schema)");
-        query.Step();
-        return {query.Int(0), query.Int(1), query.Int(2)};
+        StoreHeader header;
+        header.applicationId = ReadNumber(database, "PRAGMA application_id");
+        header.version = ReadNumber(database, "PRAGMA user_version");
+        if (header.applicationId == 0 && header.version == 0) {
+            header.objects = ReadNumber(database, "SELECT count(*) FROM sqlite_schema");
+        }
+        return header;
     } catch (const HostCtlException&) {
         throw HostCtlException("The host state database " + database.Path() + " can't be read (" +
                                database.LastError() + "); it is left as it is");

@@ -1,7 +1,5 @@
 #include "hostctl/MacAddress.h"
 
-#include <cstdio>
-
 namespace HostCtl::Network {
 
 namespace {
@@ -45,9 +43,12 @@ MacAddress::MacAddress(const std::string& text) : bytes_{} {
 }
 
 std::string MacAddress::GetStringAddress() const {
-    char text[18];
-    std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", bytes_[0], bytes_[1],
-                  bytes_[2], bytes_[3], bytes_[4], bytes_[5]);
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text(17, ':');
+    for (std::size_t i = 0; i < bytes_.size(); ++i) {
+        text[i * 3] = kDigits[bytes_[i] >> 4];
+        text[i * 3 + 1] = kDigits[bytes_[i] & 0xf];
+    }
     return text;
 }
 
