@@ -26,10 +26,12 @@ bool ReadValueOption(const std::vector<std::string>& arguments, size_t& index,
         return false;
     }
     word.remove_prefix(option.size());
+    if (!word.empty() && !word.starts_with('=')) {
+        return false;
+    }
+    value.clear();
     if (word.starts_with('=')) {
         value = word.substr(1);
-    } else if (!word.empty()) {
-        return false;
     } else if (index + 1 < arguments.size()) {
         value = arguments[++index];
     }
@@ -91,24 +93,29 @@ int CommandHost::Main(const std::vector<std::string>& arguments, std::ostream& o
         Write(out, "autocli " AUTOCLI_VERSION "\n");
         return ExitOk;
     }
-    if (!options.formatter.empty() && FindFormatter(options.formatter) == nullptr) {
-        std::string names;
-        for (const std::string& name : FormatterNames()) {
-            names.append(names.empty() ? "" : ", ").append(name);
-        }
-        return Refuse(err, "Unknown formatter '" + options.formatter + "'." +
-                               DidYouMean(options.formatter, FormatterNames()) +
-                               " Formatters: " + names + ".");
-    }
-    // --help may also follow the path: "network nic list --help".
+    // --help and --formatter may also follow the path: "network nic list --formatter=json".
     bool help = options.help;
+    std::string formatter = options.formatter;
+    std::string error;
     std::vector<std::string> words;
     for (size_t i = options.next; i < arguments.size(); ++i) {
         if (arguments[i] == kHelpOption) {
             help = true;
-        } else {
+        } else if (!ReadValueOption(arguments, i, kFormatterOption, formatter, error)) {
             words.push_back(arguments[i]);
         }
+    }
+    if (!error.empty()) {
+        return Refuse(err, error);
+    }
+    if (!formatter.empty() && FindFormatter(formatter) == nullptr) {
+        std::string names;
+        for (const std::string& name : FormatterNames()) {
+            names.append(names.empty() ? "" : ", ").append(name);
+        }
+        return Refuse(err, "Unknown formatter '" + formatter + "'." +
+                               DidYouMean(formatter, FormatterNames()) + " Formatters: " + names +
+                               ".");
     }
     Resolution resolution;
     try {
@@ -128,11 +135,10 @@ int CommandHost::Main(const std::vector<std::string>& arguments, std::ostream& o
     std::string text;
     const auto& root = result.output ? result.output->GetRootObject() : nullptr;
     if (root && result.status != ExitException) {
-        const std::string& formatter = options.formatter.empty()
-                                           ? result.command->GetDefaultOutputFormatter()
-                                           : options.formatter;
         OutputLayout layout(result.command->GetDefaultOutputParameters());
-        text = FormatResult(formatter, *root, {layout, terminalWidth_});
+        text = FormatResult(
+            formatter.empty() ? result.command->GetDefaultOutputFormatter() : formatter, *root,
+            {layout, terminalWidth_});
     }
     std::string messages;
     if (result.output) {

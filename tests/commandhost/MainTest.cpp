@@ -7,7 +7,7 @@ namespace CommandHostTesting {
 namespace {
 
 class MainTest : public HostTest {
-  protected:
+protected:
     // Makes `demo nic list` run `behaviour` instead of leaving result_ and errors_.
     void ListBehaves(ScriptedCommand::Behaviour behaviour) {
         auto nic = host_.GetRoot()->GetNamespaceNode("demo")->GetNamespaceNode("nic");
@@ -102,6 +102,13 @@ TEST_F(MainTest, GlobalOptions) {
     EXPECT_EQ(Main({"--formatter", "json", "--plugin-dir", "/ignored", "demo", "echo", "-x", "hi"}),
               CommandHost::ExitOk);
     EXPECT_EQ(out_, "\"hi\"\n");
+    EXPECT_EQ(Main({"demo", "echo", "-x", "hi", "--formatter", "xml", "--help"}),
+              CommandHost::ExitOk);
+    EXPECT_EQ(out_.substr(0, 31), "Usage: autocli [options] demo e");
+    EXPECT_EQ(Main({"demo", "echo", "-x", "hi", "--formatter=keyvalue"}), CommandHost::ExitOk);
+    EXPECT_EQ(out_, "string=hi\n");
+    EXPECT_EQ(Main({"demo", "echo", "--formatter"}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_, "The option '--formatter' needs a value, as in --formatter=VALUE.\n");
 }
 
 TEST(GlobalOptionsTest, StopAtTheFirstWordOfThePath) {
