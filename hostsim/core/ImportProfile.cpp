@@ -7,9 +7,9 @@
 namespace HostSim {
 
 void ImportProfile(const std::string& profileJson) {
-    auto profile = nlohmann::json::parse(profileJson, nullptr, false);
-    if (profile.is_discarded() || !profile.is_object()) {
-        throw HostCtl::Lib::HostCtlException("The profile is not a JSON object");
+    Json profile = Json::parse(profileJson, nullptr, false);
+    if (profile.is_discarded()) {
+        throw HostCtl::Lib::HostCtlException("The profile is not valid JSON");
     }
     ReplaceHost(Store(), profile, 1, "");
 }

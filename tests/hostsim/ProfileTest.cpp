@@ -3,6 +3,7 @@
 #include <set>
 
 #include "HostSimTest.h"
+#include "hostctl/HostCtlException.h"
 #include "kelmctl/PnicImpl.h"
 
 namespace HostSimTesting {
@@ -28,6 +29,14 @@ TEST_F(ProfileTest, ExportThenImportGivesBackTheSameHost) {
     HostSim::UseStateDirectory(other.Path());
     EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic1").GetAdminStatus());
     EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic3").GetAdminStatus());
+}
+
+TEST_F(ProfileTest, AProfileCanBeImportedInProcess) {
+    HostSim::ImportProfile(HostSim::Json{{"nics", {PciNic("hwnic3", "00:50:56:00:00:03")}}}.dump());
+    EXPECT_EQ(AllNicNames(), std::vector<std::string>{"hwnic3"});
+    EXPECT_THROW(HostSim::ImportProfile("{\"nics\": ["), HostCtl::Lib::HostCtlException);
+    EXPECT_THROW(HostSim::ImportProfile("[]"), HostCtl::Lib::HostCtlException);
+    EXPECT_EQ(AllNicNames(), std::vector<std::string>{"hwnic3"});
 }
 
 TEST_F(ProfileTest, AProfileFillsOutWhatItLeavesOut) {
