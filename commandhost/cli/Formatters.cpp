@@ -14,12 +14,12 @@ namespace MetaObj = CppTools::MetaObj;
 namespace {
 
 constexpr Formatter kFormatters[] = {
-    {"table", FormatTable, "a table with a header row, one row per struct"},
-    {"simple", FormatSimple, "indented \"Field Name: value\" lines"},
-    {"json", FormatJson, "JSON, for scripts"},
-    {"xml", FormatXml, "XML, for scripts"},
-    {"csv", FormatCsv, "comma-separated values with a header row, for scripts"},
-    {"keyvalue", FormatKeyValue, "one Struct.Field=value line per value, for scripts"},
+    {"table", FormatTable, "A table with a header row and a row per struct."},
+    {"simple", FormatSimple, "Indented \"Field Name: value\" lines."},
+    {"json", FormatJson, "JSON, for scripts."},
+    {"xml", FormatXml, "XML, for scripts."},
+    {"csv", FormatCsv, "Comma-separated values with a header row, for scripts."},
+    {"keyvalue", FormatKeyValue, "A \"Struct.Field=value\" line per value, for scripts."},
 };
 
 // A scalar on a line of its own.

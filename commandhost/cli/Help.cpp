@@ -15,7 +15,6 @@ namespace CallSpec = CppTools::CallSpec;
 
 namespace {
 
-constexpr std::string_view kProgram = "autocli";
 constexpr size_t kDescriptionIndent = 6;
 // Lines of a %FULLENUM% list start with this, and wrap under their description.
 constexpr std::string_view kChoiceMark = "  ";
@@ -264,21 +263,22 @@ std::string NamespaceHelp(const NamespaceNode& node, size_t width) {
     }
     if (path.empty()) {
         out.append("Usage: autocli [options] <namespace> ... <command> [parameters]\n\n");
-        std::string formatters;
-        for (const std::string& name : FormatterNames()) {
-            formatters.append(formatters.empty() ? "" : ", ").append(name);
-        }
         AppendEntries("Options",
                       {{"--formatter=NAME",
                         "Print the result with the formatter NAME instead of the command's "
-                        "default: " +
-                            formatters + "."},
+                        "default."},
                        {"--plugin-dir=DIR",
                         "Load the plug-ins (lib*.so) from DIR instead of AUTOCLI_PLUGIN_DIR or "
                         "the plug-in directory of the installation."},
                        {"--help", "Show help for the namespace or command named."},
                        {"--version", "Show the version of autocli."}},
                       width, out);
+        out.push_back('\n');
+        std::vector<Entry> formatters;
+        for (const Formatter& formatter : AllFormatters()) {
+            formatters.push_back({std::string(formatter.name), std::string(formatter.description)});
+        }
+        AppendEntries("Formatters", formatters, width, out);
         out.push_back('\n');
     } else {
         std::string target = namespaces.empty() ? "<command>" : "<namespace|command>";
@@ -314,7 +314,7 @@ std::string CommandHelp(CommandSpec& command, size_t width) {
     for (const auto& parameter : parameters) {
         words.push_back(UsageWord(*parameter));
     }
-    AppendUsage(std::string("Usage: ").append(kProgram).append(" [options]"), words, width, out);
+    AppendUsage("Usage: autocli [options]", words, width, out);
     out.push_back('\n');
     AppendWrapped(command.GetDescription(), 0, width, out);
     out.push_back('\n');

@@ -47,7 +47,7 @@ void AppendString(std::string_view text, std::string& out) {
 }
 
 class JsonWriter {
-  public:
+public:
     JsonWriter(size_t indent, std::string& out) : indent_(indent), out_(out) {}
 
     void Value(const MetaValue* value, size_t depth) {
@@ -86,7 +86,7 @@ class JsonWriter {
         }
     }
 
-  private:
+private:
     void Separate(size_t index, size_t depth) {
         if (index > 0) {
             out_.push_back(',');

@@ -8,7 +8,7 @@ namespace {
 constexpr size_t kIndentStep = 3;
 
 class SimpleWriter {
-  public:
+public:
     SimpleWriter(const FormatContext& context, std::string& out) : context_(context), out_(out) {}
 
     void Struct(const MetaStruct& structure, size_t depth) {
@@ -59,7 +59,7 @@ class SimpleWriter {
         }
     }
 
-  private:
+private:
     void Line(size_t depth, std::string_view text) {
         size_t start = out_.size();
         out_.append(depth * kIndentStep, ' ').append(text);

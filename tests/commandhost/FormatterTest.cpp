@@ -5,7 +5,7 @@ namespace CommandHostTesting {
 namespace {
 
 class FormatterTest : public HostTest {
-  protected:
+protected:
     // Prints `root` as `demo nic list` with the formatter named ("" for the default).
     std::string Print(std::shared_ptr<MetaValue> root, const std::string& formatter = "") {
         result_ = std::move(root);

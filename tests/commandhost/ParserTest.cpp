@@ -8,7 +8,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 class ParserTest : public HostTest {
-  protected:
+protected:
     // Runs `demo nic set` with the words and expects it to run.
     const Input& Accepted(Words parameters) {
         Words words{"demo", "nic", "set"};
