@@ -41,24 +41,27 @@ std::string DescribeCurrentException() {
     }
 }
 
-std::string JoinedNames(const NamespaceNode& node) {
-    std::string text;
-    for (const std::string& name : node.GetNamespaceNodeNames()) {
-        if (!text.empty()) {
-            text.append(", ");
-        }
-        text.append(name);
+// "choose one of: a, b." for the children of `node`, or why there are none.
+std::string Choices(const NamespaceNode& node) {
+    const auto names = node.GetNamespaceNodeNames();
+    if (names.empty()) {
+        return node.GetName().empty()
+                   ? "no plug-in registered any (check --plugin-dir or AUTOCLI_PLUGIN_DIR)."
+                   : "it holds nothing.";
     }
-    return text;
+    std::string text = "choose one of: ";
+    for (size_t i = 0; i < names.size(); ++i) {
+        text.append(i == 0 ? "" : ", ").append(names[i]);
+    }
+    return text + ".";
 }
 
 std::string NotACommand(const NamespaceNode& node) {
     std::string path = node.GetPathString(' ');
     if (path.empty()) {
-        return "No command given; choose one of: " + JoinedNames(node) + ".";
+        return "No command given; " + Choices(node);
     }
-    return "'" + path + "' is a namespace, not a command; choose one of: " + JoinedNames(node) +
-           ".";
+    return "'" + path + "' is a namespace, not a command; " + Choices(node);
 }
 
 std::shared_ptr<CommandSpec> AsCommand(const std::shared_ptr<NamespaceNode>& node) {
@@ -97,12 +100,11 @@ CommandHost::Resolution CommandHost::Resolve(const std::vector<std::string>& wor
         if (!child) {
             std::string path = resolution.node->GetPathString(' ');
             std::string message =
-                path.empty() ? "Unknown namespace '" + word + "'."
-                             : "Unknown command or namespace '" + word + "' in '" + path + "'.";
+                path.empty() ? "Unknown namespace '" + word + "'"
+                             : "Unknown command or namespace '" + word + "' in '" + path + "'";
             std::string suggestion = DidYouMean(word, resolution.node->GetNamespaceNodeNames());
-            message.append(suggestion.empty()
-                               ? " Choose one of: " + JoinedNames(*resolution.node) + "."
-                               : suggestion);
+            message.append(suggestion.empty() ? "; " + Choices(*resolution.node)
+                                              : "." + suggestion);
             throw CommandLineError(message);
         }
         resolution.node = std::move(child);

@@ -159,7 +159,7 @@ TEST_F(ParserTest, PathsThatNameNoCommandAreRefused) {
     EXPECT_EQ(Refused({"demo", "nic", "lst"}),
               "Unknown command or namespace 'lst' in 'demo nic'. Did you mean 'list'?");
     EXPECT_EQ(Refused({"demo", "zzzz"}),
-              "Unknown command or namespace 'zzzz' in 'demo'. Choose one of: nic, echo.");
+              "Unknown command or namespace 'zzzz' in 'demo'; choose one of: nic, echo.");
     EXPECT_EQ(Refused({"demo", "nic"}),
               "'demo nic' is a namespace, not a command; choose one of: set, list, get.");
     EXPECT_EQ(Refused({"demo", "nic", "-n", "x"}),

@@ -109,7 +109,9 @@ TEST(AutocliBinaryTest, FindsItsPluginsFromTheEnvironment) {
     auto result =
         Testing::RunAutocli({"network"}, state.Path(), {{"AUTOCLI_PLUGIN_DIR", empty.Path()}});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.err, "Unknown namespace 'network'. Choose one of: .\n");
+    EXPECT_EQ(result.err,
+              "Unknown namespace 'network'; no plug-in registered any (check --plugin-dir or "
+              "AUTOCLI_PLUGIN_DIR).\n");
     result =
         Testing::RunAutocli({"--version"}, state.Path(), {{"AUTOCLI_PLUGIN_DIR", "/nonexistent"}});
     EXPECT_EQ(result.status, 0);
