@@ -1,7 +1,7 @@
 // The store: the default host on first use, refusing databases it can't use, migration, and
 // several processes at once.
 #include <sqlite3.h>
-#include <sys/stat.h>
+#include <csignal>
 
 #include <filesystem>
 #include <fstream>
@@ -32,7 +32,7 @@ void Sql(const std::string& path, const std::string& sql) {
 }
 
 class StoreTest : public HostTest {
-  protected:
+protected:
     // Expects the first host operation to fail with a message containing `words`, and the
     // database file to stay as it was.
     void ExpectRefused(const std::string& words) {
@@ -133,6 +133,25 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     Reconnect();
     EXPECT_TRUE(AllNicNames().empty());
+}
+
+// A process killed inside a write leaves the last committed state, and no lock behind.
+TEST_F(StoreTest, AWriterKilledMidWayLeavesTheLastCommittedState) {
+    KelmCtl::Network::PnicImpl("hwnic0").SetLinkState(false);
+    auto statuses = RunInProcesses(1, [&](int) {
+        sqlite3* database = nullptr;
+        sqlite3_open(DatabaseFile().c_str(), &database);
+        sqlite3_exec(database, "BEGIN IMMEDIATE; UPDATE nic SET admin_up = 1; DELETE FROM nic",
+                     nullptr, nullptr, nullptr);
+        raise(SIGKILL);
+        return 0;
+    });
+    EXPECT_EQ(statuses[0], 128 + SIGKILL);
+    Reconnect();
+    EXPECT_EQ(AllNicNames().size(), 9u);
+    KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
+    EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic0").GetAdminStatus());
+    EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic1").GetAdminStatus());
 }
 
 TEST_F(StoreTest, ManyProcessesChangingLinkStateLoseNothing) {
