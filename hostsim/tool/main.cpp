@@ -2,7 +2,6 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -97,9 +96,13 @@ void Init(const std::vector<std::string>& options) {
 }
 
 int Run(const std::vector<std::string>& arguments) {
-    if (arguments.empty() || arguments[0] == "--help" || arguments[0] == "help") {
+    if (arguments.empty()) {
+        std::cerr << kUsage;
+        return 2;
+    }
+    if (arguments[0] == "--help" || arguments[0] == "help") {
         std::cout << kUsage;
-        return arguments.empty() ? 2 : 0;
+        return 0;
     }
     const std::string& command = arguments[0];
     std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
