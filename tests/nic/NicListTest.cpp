@@ -95,8 +95,10 @@ TEST_F(NicListTest, KnownKindWithMissingFieldsShowsUnknownForWhatIsMissing) {
 }
 
 TEST_F(NicListTest, LongDescriptorIsCutToTheBufferBeforeItIsSplit) {
-    const std::string vendor(130, 'v');
-    EXPECT_EQ(DescriptionOf("USB-NIC:" + vendor + ":Fast"), std::string(127 - 8, 'v') + " Unknown");
+    // 127 characters fit beside the terminator; "USB-NIC:" takes 8 of them.
+    std::string expected(127 - 8, 'v');
+    expected.append(" Unknown");
+    EXPECT_EQ(DescriptionOf("USB-NIC:" + std::string(130, 'v') + ":Fast"), expected);
 }
 
 TEST_F(NicListTest, EmptyOrFailingDescriptorGivesUnknownAndTheOtherRowsStay) {

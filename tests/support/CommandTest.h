@@ -52,10 +52,10 @@ protected:
 
     struct SweepRules {
         // A failure of one of these operations is handled inside the run, which then succeeds.
-        std::vector<std::string> handledOperations;
+        std::vector<std::string> handledOperations = {};
         // A failure of one of these operations comes ahead of the command's guarded block and
         // so reaches the command host as an escaped exception.
-        std::vector<std::string> escapingOperations;
+        std::vector<std::string> escapingOperations = {};
         // The command leaves a root beside its error messages.
         bool rootMayStay = false;
     };
