@@ -65,7 +65,7 @@ inline std::vector<Record> AuditRecords(const std::string& stateDirectory) {
 
 // A command test that reads the records its commands leave.
 class AuditedCommandTest : public Testing::CommandTest {
-  protected:
+protected:
     std::vector<Record> Records() { return AuditRecords(StateDirectory()); }
 };
 

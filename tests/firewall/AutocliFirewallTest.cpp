@@ -15,7 +15,7 @@ using nlohmann::json;
 using Testing::ProcessResult;
 
 class AutocliFirewall : public ::testing::Test {
-  protected:
+protected:
     ProcessResult Autocli(std::vector<std::string> words,
                           const std::map<std::string, std::string>& environment = {}) {
         words.insert(words.begin(), {"network", "firewall"});

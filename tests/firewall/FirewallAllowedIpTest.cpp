@@ -17,7 +17,7 @@ using Strings_t = std::vector<std::string>;
 constexpr char kUpdate[] = "network.fw.rule.update";
 
 class FirewallAllowedIps : public FirewallTesting::AuditedCommandTest {
-  protected:
+protected:
     Strings_t AllowedIps(const std::string& id) {
         auto rows = Rows(RunList({"firewall", "ruleset", "allowedip", "list", "-r", id}));
         EXPECT_EQ(rows.size(), 1u);

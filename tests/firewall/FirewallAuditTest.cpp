@@ -21,7 +21,7 @@ using FirewallTesting::Success;
 
 // Sets an environment variable for the life of the object, and restores it after.
 class ScopedVariable {
-  public:
+public:
     ScopedVariable(const char* name, const char* value) : name_(name) {
         if (const char* old = std::getenv(name)) {
             old_ = old;
@@ -30,7 +30,7 @@ class ScopedVariable {
     }
     ~ScopedVariable() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
 
-  private:
+private:
     const char* name_;
     std::optional<std::string> old_;
 };

@@ -37,8 +37,8 @@ TEST_F(FirewallFaultSweep, FirewallStateCommands) {
            "SystemInfo::SetFirewallDefaultAction"});
     Sweep({"firewall", "load"}, {"ModuleImpl::Load", "SystemInfo::LoadFirewallRulesets"});
     Sweep({"firewall", "refresh"}, {"SystemInfo::LoadFirewallRulesets"});
-    Sweep({"firewall", "unload"}, {"ModuleImpl::Refresh", "SystemInfo::DestroyFirewallFilters",
-                                   "ModuleImpl::Unload"});
+    Sweep({"firewall", "unload"},
+          {"ModuleImpl::Refresh", "SystemInfo::DestroyFirewallFilters", "ModuleImpl::Unload"});
 }
 
 TEST_F(FirewallFaultSweep, RulesetListings) {
@@ -69,8 +69,8 @@ TEST_F(FirewallFaultSweep, RulesetClientsAndAllowedAddresses) {
 // The reads of the present flags in `ruleset set` are not guarded: a failure there leaves the
 // command, and the command host reports it.
 TEST_F(FirewallFaultSweep, RulesetSetLetsOnlyItsUnguardedReadsEscape) {
-    const std::vector<std::string> words = {"firewall", "ruleset", "set", "-r", "sshServer",
-                                            "--allowed-all=true", "--enabled=false"};
+    const std::vector<std::string> words = {
+        "firewall", "ruleset", "set", "-r", "sshServer", "--allowed-all=true", "--enabled=false"};
     const std::vector<std::string> unguarded = {"FirewallRuleset::IsAllowedAll",
                                                 "FirewallRuleset::IsEnabled"};
     std::vector<OperationCall> calls;

@@ -10,7 +10,7 @@ using Testing::Rows;
 using Testing::Str;
 
 class FirewallProfile : public Testing::CommandTest {
-  protected:
+protected:
     // Imports `profile` with the hostsim tool; returns its exit status and what it said.
     Testing::ProcessResult Import(const std::string& profile) {
         const std::string file = StateDirectory() + "/profile.json";

@@ -16,7 +16,7 @@ using Testing::Strings;
 constexpr char kInvalidRulesetId[] = "Invalid Ruleset Id.";
 
 class FirewallRulesets : public FirewallTesting::AuditedCommandTest {
-  protected:
+protected:
     std::shared_ptr<CppTools::MetaObj::MetaStruct> Ruleset(const std::string& id) {
         return RowWhere(RunList({"firewall", "ruleset", "list"}), "Name", id);
     }

@@ -14,7 +14,7 @@ using Testing::Str;
 constexpr char kNotLoadedByHost[] = "The firewall module ostrelfw is not loaded";
 
 class FirewallState : public FirewallTesting::AuditedCommandTest {
-  protected:
+protected:
     // Loaded, Enabled and DefaultAction as `firewall get` shows them.
     std::tuple<bool, bool, std::string> Firewall() {
         auto firewall = RunStruct({"firewall", "get"});
