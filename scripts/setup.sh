@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, skipping those already present.
 set -euo pipefail
-packages=(g++ cmake ninja-build libboost-regex-dev libsqlite3-dev nlohmann-json3-dev
+packages=(g++ cmake ninja-build libboost1.81-dev libsqlite3-dev nlohmann-json3-dev
           libgtest-dev libgmock-dev libbenchmark-dev hyperfine ccache)
 missing=()
 for p in "${packages[@]}"; do
