@@ -10,7 +10,7 @@
 namespace KelmCtl::System {
 
 class FirewallRulesetImpl : public HostCtl::System::FirewallRuleset {
-  public:
+public:
     // `record` is empty for an id the host does not have.
     FirewallRulesetImpl(std::string id, std::optional<HostSim::Firewall::RulesetRecord> record);
 
@@ -32,7 +32,7 @@ class FirewallRulesetImpl : public HostCtl::System::FirewallRuleset {
     void AddAllowedIp(const std::string& address) override;
     void RemoveAllowedIp(const std::string& address) override;
 
-  private:
+private:
     // Passes the choke point as `operation` and returns the record; throws for an unknown id.
     const HostSim::Firewall::RulesetRecord& Record(const char* operation) const;
     template <class Change>

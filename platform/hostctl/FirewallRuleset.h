@@ -35,7 +35,7 @@ enum FirewallSetting {
 };
 
 class FirewallRuleset {
-  public:
+public:
     virtual ~FirewallRuleset() = default;
 
     virtual std::string GetRulesetId() const = 0;

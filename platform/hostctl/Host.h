@@ -8,13 +8,13 @@
 namespace HostCtl {
 
 class Host {
-  public:
+public:
     virtual ~Host() = default;
     static std::unique_ptr<System::SystemInfo> GetSystemInfo();
 };
 
 class HostFactory {
-  public:
+public:
     // Belongs to the host-control layer; never released by the caller.
     static Host* GetHost();
 };

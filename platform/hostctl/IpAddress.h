@@ -9,13 +9,13 @@
 namespace HostCtl::Network {
 
 class IpAddress {
-  public:
+public:
     virtual ~IpAddress() = default;
     virtual std::string GetStringAddress() const = 0;
 };
 
 class Ipv4Address : public IpAddress {
-  public:
+public:
     Ipv4Address() = default;
     // Dotted-quad text, "192.0.2.1".
     explicit Ipv4Address(const std::string& text);
@@ -28,12 +28,12 @@ class Ipv4Address : public IpAddress {
 
     static bool IsValidAddress(const std::string& text);
 
-  private:
+private:
     std::uint32_t value_ = 0;
 };
 
 class Ipv6Address : public IpAddress {
-  public:
+public:
     Ipv6Address() = default;
     // Any text form of RFC 4291, "2001:db8::1".
     explicit Ipv6Address(const std::string& text);
@@ -45,12 +45,12 @@ class Ipv6Address : public IpAddress {
 
     static bool IsValidAddress(const std::string& text);
 
-  private:
+private:
     std::array<std::uint8_t, 16> bytes_{};
 };
 
 class Ipv4Network {
-  public:
+public:
     Ipv4Network() = default;
     // Prefix form, "192.0.2.0/24".
     explicit Ipv4Network(const std::string& text);
@@ -67,14 +67,14 @@ class Ipv4Network {
     // An address and a prefix length of 0 to 32, "192.0.2.0/24".
     static bool IsValidAddressAndNetmask(const std::string& text);
 
-  private:
+private:
     Ipv4Address network_;
     Ipv4Address netmask_;
     unsigned int prefixLength_ = 0;
 };
 
 class Ipv6Network {
-  public:
+public:
     Ipv6Network() = default;
     // Prefix form, "2001:db8::/32".
     explicit Ipv6Network(const std::string& text);
@@ -90,7 +90,7 @@ class Ipv6Network {
     // An address and a prefix length of 0 to 128, "2001:db8::5/64".
     static bool IsValidAddressAndNetmask(const std::string& text);
 
-  private:
+private:
     Ipv6Address address_;
     unsigned int prefixLength_ = 0;
 };

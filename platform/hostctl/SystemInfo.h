@@ -10,7 +10,7 @@
 namespace HostCtl::System {
 
 class SystemInfo {
-  public:
+public:
     virtual ~SystemInfo() = default;
 
     virtual bool IsFirewallEnabled() = 0;

@@ -11,7 +11,7 @@ inline const std::string emptyString;
 namespace KelmCtl::System {
 
 class ModuleImpl {
-  public:
+public:
     explicit ModuleImpl(std::string name);
 
     // Reads the module's state from the host.
@@ -29,7 +29,7 @@ class ModuleImpl {
     void Load(const std::string& options, bool persistent);
     void Unload();
 
-  private:
+private:
     std::string name_;
     bool stale_ = true;
     bool notLoaded_ = true;

@@ -6,7 +6,7 @@
 namespace KelmCtl::System {
 
 class SystemInfoImpl : public HostCtl::System::SystemInfo {
-  public:
+public:
     SystemInfoImpl();
     ~SystemInfoImpl() override;
 
