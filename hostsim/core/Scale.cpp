@@ -67,10 +67,11 @@ std::string Scale::Name(const std::string& name, unsigned copy) const {
 }
 
 std::string Scale::MacAddress(const std::string& address, unsigned copy) {
-    HostCtl::Network::MacAddress mac(address);
-    std::string text = mac.GetStringAddress();
-    auto fourth = static_cast<std::uint8_t>(mac.GetBytes()[3] + copy);
-    return text.replace(9, 2, HostCtl::Misc::StrPrintf("%02x", fourth));
+    const HostCtl::Network::MacAddress mac(address);
+    const auto& bytes = mac.GetBytes();
+    std::uint32_t device = (bytes[3] << 16 | bytes[4] << 8 | bytes[5]) + (copy << 8);
+    return HostCtl::Misc::StrPrintf("%02x:%02x:%02x:%02x:%02x:%02x", bytes[0], bytes[1], bytes[2],
+                                    (device >> 16) & 0xff, (device >> 8) & 0xff, device & 0xff);
 }
 
 std::string Scale::PciAddress(const std::string& address, unsigned copy) {

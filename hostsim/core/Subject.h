@@ -19,18 +19,19 @@ namespace HostSim {
 // "hwnic0" of copy 2 in a profile whose NICs go up to hwnic8 is "hwnic18", and a reference to
 // "hwnic0" from another subject's section is renamed alike.
 class Scale {
-  public:
+public:
     Scale(const Json& profile, unsigned copies);
 
     unsigned Copies() const { return copies_; }
     // The name of copy `copy`; a name whose prefix has no stride is kept.
     std::string Name(const std::string& name, unsigned copy) const;
-    // Copy k adds k to the fourth byte of a MAC address.
+    // Copy k adds k * 256 to the device part (the last three bytes) of a MAC address, so that
+    // copies of addresses that differ in their last byte stay apart up to 65536 copies.
     static std::string MacAddress(const std::string& address, unsigned copy);
     // Copy k moves a PCI address "0000:02:00.0" to the domain k.
     static std::string PciAddress(const std::string& address, unsigned copy);
 
-  private:
+private:
     void CollectNames(const Json& value);
 
     unsigned copies_;

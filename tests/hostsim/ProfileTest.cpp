@@ -70,9 +70,21 @@ TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
     EXPECT_EQ(macs.size(), 27u);
     EXPECT_EQ(addresses.size(), 18u);
     EXPECT_EQ(nics[20]["pci"]["address"], "0002:3b:00.0");
-    EXPECT_EQ(nics[20]["mac"], "00:50:56:a3:00:02");
+    EXPECT_EQ(nics[20]["mac"], "00:50:56:a1:02:02");
     EXPECT_EQ(nics[20]["driverInfo"]["busInfo"], "0002:3b:00.0");
     EXPECT_EQ(nics[23]["dpuId"], nics[5]["dpuId"]);
+}
+
+TEST_F(ProfileTest, ScaledMacAddressesStayApartBeyond256Copies) {
+    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:ff:ff:07")}}}),
+              "--scale=300"});
+    HostSim::Json host = ExportHost();
+    std::set<std::string> macs;
+    for (const auto& nic : host["nics"]) {
+        macs.insert(nic["mac"].get<std::string>());
+    }
+    EXPECT_EQ(macs.size(), 300u);
+    EXPECT_EQ(macs.count("00:50:56:00:00:07"), 1u);
 }
 
 TEST_F(ProfileTest, ScaleStridesSkipTheGapsOfAProfile) {
