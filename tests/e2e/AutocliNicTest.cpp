@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <nlohmann/json.hpp>
 
+#include <cstdio>
+#include <filesystem>
 #include <future>
 
 #include "support/CommandTest.h"
@@ -15,7 +17,7 @@ using Testing::ProcessResult;
 using Testing::RunAutocli;
 
 class AutocliNic : public ::testing::Test {
-  protected:
+protected:
     ProcessResult Autocli(const std::vector<std::string>& arguments,
                           const std::map<std::string, std::string>& environment = {}) {
         return RunAutocli(arguments, state_.Path(), environment);
@@ -191,6 +193,74 @@ TEST_F(AutocliNic, ConcurrentProcessesLoseNoChange) {
             EXPECT_EQ(nic["Admin Status"], expected) << nic["Name"];
         }
     }
+}
+
+}  // namespace
+
+namespace {
+
+class AutocliStateFile : public AutocliNic {
+protected:
+    std::string DatabasePath() const { return state_.Path() + "/host.db"; }
+
+    void WriteDatabase(const std::string& bytes) {
+        FILE* file = fopen(DatabasePath().c_str(), "wb");
+        ASSERT_NE(file, nullptr);
+        fwrite(bytes.data(), 1, bytes.size(), file);
+        fclose(file);
+    }
+
+    std::string ReadDatabase() const {
+        std::string bytes;
+        FILE* file = fopen(DatabasePath().c_str(), "rb");
+        if (file != nullptr) {
+            char buffer[4096];
+            std::size_t count;
+            while ((count = fread(buffer, 1, sizeof(buffer), file)) > 0) {
+                bytes.append(buffer, count);
+            }
+            fclose(file);
+        }
+        return bytes;
+    }
+
+    // Both a command that guards its host calls and one that does not fail cleanly, name the
+    // file, and leave it as it was.
+    void ExpectRefusedAndUntouched(const std::string& why) {
+        const std::string before = ReadDatabase();
+        auto up = Autocli({"network", "nic", "up", "-n", "hwnic0"});
+        EXPECT_EQ(up.status, 1);
+        EXPECT_NE(up.err.find(DatabasePath()), std::string::npos) << up.err;
+        EXPECT_NE(up.err.find(why), std::string::npos) << up.err;
+        auto list = Autocli({"network", "nic", "list"});
+        EXPECT_EQ(list.status, 3);
+        EXPECT_EQ(list.out, "");
+        EXPECT_NE(list.err.find(DatabasePath()), std::string::npos) << list.err;
+        EXPECT_EQ(ReadDatabase(), before);
+    }
+};
+
+TEST_F(AutocliStateFile, CorruptDatabaseIsAClearErrorAndIsKept) {
+    WriteDatabase(std::string(4096, '\x5a'));
+    ExpectRefusedAndUntouched("not a database");
+}
+
+TEST_F(AutocliStateFile, ForeignSqliteDatabaseIsAClearErrorAndIsKept) {
+    auto made = Autocli({"network", "nic", "list"});
+    ASSERT_EQ(made.status, 0);
+    // Another program's database in the same place: same format, none of our tables.
+    std::filesystem::remove(DatabasePath());
+    std::filesystem::remove(DatabasePath() + "-wal");
+    std::filesystem::remove(DatabasePath() + "-shm");
+    const std::string command = "sqlite3 '" + DatabasePath() +
+                                "' 'CREATE TABLE recipes (name TEXT); PRAGMA user_version = 7;'";
+    if (std::system(command.c_str()) != 0) {
+        GTEST_SKIP() << "the sqlite3 shell is not installed";
+    }
+    auto up = Autocli({"network", "nic", "up", "-n", "hwnic0"});
+    EXPECT_EQ(up.status, 1);
+    EXPECT_NE(up.err.find(DatabasePath()), std::string::npos) << up.err;
+    EXPECT_NE(ReadDatabase().find("recipes"), std::string::npos);
 }
 
 }  // namespace
