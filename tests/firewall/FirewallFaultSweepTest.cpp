@@ -69,41 +69,15 @@ TEST_F(FirewallFaultSweep, RulesetClientsAndAllowedAddresses) {
 // The reads of the present flags in `ruleset set` are not guarded: a failure there leaves the
 // command, and the command host reports it.
 TEST_F(FirewallFaultSweep, RulesetSetLetsOnlyItsUnguardedReadsEscape) {
-    const std::vector<std::string> words = {
-        "firewall", "ruleset", "set", "-r", "sshServer", "--allowed-all=true", "--enabled=false"};
-    const std::vector<std::string> unguarded = {"FirewallRuleset::IsAllowedAll",
-                                                "FirewallRuleset::IsEnabled"};
-    std::vector<OperationCall> calls;
-    {
-        Testing::TemporaryDirectory fresh;
-        HostSim::UseStateDirectory(fresh.Path());
-        HostSim::StartTrace();
-        Run(words);
-        calls = HostSim::StopTrace();
-    }
-    EXPECT_EQ(Operations(calls),
+    const auto swept = ExpectEveryFaultFails(
+        {"firewall", "ruleset", "set", "-r", "sshServer", "--allowed-all=true", "--enabled=false"},
+        {.escapingOperations = {"FirewallRuleset::IsAllowedAll", "FirewallRuleset::IsEnabled"}});
+    EXPECT_EQ(Operations(swept),
               (std::vector<std::string>{
                   "SystemInfo::GetFirewallRulesetById", "FirewallRuleset::IsValid",
                   "FirewallRuleset::IsAllowedAll", "FirewallRuleset::CheckConfigurable",
                   "FirewallRuleset::SetAllowedAll", "FirewallRuleset::IsEnabled",
                   "FirewallRuleset::CheckConfigurable", "FirewallRuleset::Disable"}));
-    for (const auto& call : calls) {
-        SCOPED_TRACE(call.operation);
-        Testing::TemporaryDirectory fresh;
-        HostSim::UseStateDirectory(fresh.Path());
-        HostSim::InjectFault(call.operation, call.object, "injected fault");
-        const auto result = Run(words);
-        HostSim::ClearFaults();
-        if (std::find(unguarded.begin(), unguarded.end(), call.operation) != unguarded.end()) {
-            EXPECT_EQ(result.status, CommandHost::ExitException);
-            continue;
-        }
-        ASSERT_TRUE(result.output);
-        EXPECT_EQ(result.status, CommandHost::ExitCommandError);
-        EXPECT_EQ(result.output->GetErrorMessages(), std::vector<std::string>{"injected fault"});
-        EXPECT_EQ(result.output->GetRootObject(), nullptr);
-    }
-    HostSim::UseStateDirectory(StateDirectory());
 }
 
 }  // namespace
