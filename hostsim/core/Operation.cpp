@@ -18,15 +18,21 @@ struct Fault {
     std::string message;
 };
 
-// Entries "Interface::Operation[@object]=message" separated by ';'. An entry without a message
-// fails with "<operation> failed".
+// Entries "Interface::Operation[@object]=message" separated by ';', blanks around the target
+// allowed. An entry without a message fails with "<operation> failed"; an entry whose target
+// is empty or more than one word matches nothing.
 std::vector<Fault> ParseFaults(std::string_view text) {
     std::vector<std::string> entries;
     HostCtl::Misc::StringTokenize(text, entries, ";");
     std::vector<Fault> faults;
     for (const std::string& entry : entries) {
         std::size_t equals = entry.find('=');
-        std::string target = entry.substr(0, equals);
+        std::vector<std::string> words;
+        HostCtl::Misc::StringTokenize(std::string_view(entry).substr(0, equals), words, " \t\n");
+        if (words.size() != 1) {
+            continue;
+        }
+        const std::string& target = words[0];
         std::size_t at = target.find('@');
         Fault fault{target.substr(0, at), at == std::string::npos ? "" : target.substr(at + 1), ""};
         fault.message =

@@ -127,8 +127,8 @@ void ReportEnvironmentFaults(const std::string& directory) {
 TEST_F(FaultTest, FaultsComeFromTheEnvironment) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setenv("HOSTSIM_FAULTS",
-           "Pnic::SetLinkState@hwnic1=Device busy; ;NetworkInfo::GetPnics=driver reset;"
-           "Pnic::GetMtu",
+           "Pnic::SetLinkState@hwnic1=Device busy; ;=orphan;Pnic::GetSpeed Pnic::GetMtu=two;"
+           " NetworkInfo::GetPnics =driver reset; Pnic::GetMtu",
            1);
     EXPECT_EXIT(ReportEnvironmentFaults(Directory()), ::testing::ExitedWithCode(0),
                 "\\[Device busy\\]\\[\\]\\[driver reset\\]\\[Pnic::GetMtu failed\\]"
