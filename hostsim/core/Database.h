@@ -16,7 +16,7 @@ class Database;
 // A prepared statement, reset and cleared of its bindings when the object goes, so a cached
 // statement can be used again.
 class Statement {
-  public:
+public:
     Statement(Database& database, sqlite3_stmt* statement);
     ~Statement();
     Statement(const Statement&) = delete;
@@ -41,13 +41,13 @@ class Statement {
     std::string Text(int column) const;
     bool IsNull(int column) const;
 
-  private:
+private:
     Database& database_;
     sqlite3_stmt* statement_;
 };
 
 class Database {
-  public:
+public:
     // Opens (and creates when missing) the database file.
     explicit Database(const std::string& path);
     ~Database();
@@ -77,7 +77,7 @@ class Database {
     // the handle belongs to the parent, whose locks must not be touched.
     void Abandon() { connection_ = nullptr; }
 
-  private:
+private:
     std::string path_;
     sqlite3* connection_ = nullptr;
     std::map<const char*, sqlite3_stmt*> statements_;
@@ -87,14 +87,14 @@ class Database {
 // read followed by a write never has to wait out another writer's lock mid-way. Rolled back
 // unless Commit is called.
 class WriteTransaction {
-  public:
+public:
     explicit WriteTransaction(Database& database);
     ~WriteTransaction();
     WriteTransaction(const WriteTransaction&) = delete;
     WriteTransaction& operator=(const WriteTransaction&) = delete;
     void Commit();
 
-  private:
+private:
     Database& database_;
     bool open_ = true;
 };

@@ -17,7 +17,7 @@ std::string NoSuchNic(const std::string& name) {
 }
 
 class PciDeviceImpl : public HostCtl::Network::PciDevice {
-  public:
+public:
     explicit PciDeviceImpl(const PnicImpl::Record& record)
         : nic_(record.name),
           vendor_(record.pciVendor),
@@ -37,7 +37,7 @@ class PciDeviceImpl : public HostCtl::Network::PciDevice {
         return address_;
     }
 
-  private:
+private:
     std::string nic_;
     std::string vendor_;
     std::string device_;

@@ -8,7 +8,7 @@ namespace HostCtl::SmartNic {
 namespace {
 
 class SmartNicImpl : public SmartNic {
-  public:
+public:
     SmartNicImpl(std::string nic, std::string id) : nic_(std::move(nic)), id_(std::move(id)) {}
 
     const std::string& GetId() const override {
@@ -16,7 +16,7 @@ class SmartNicImpl : public SmartNic {
         return id_;
     }
 
-  private:
+private:
     std::string nic_;
     std::string id_;
 };

@@ -10,7 +10,7 @@
 namespace KelmCtl::Network {
 
 class PnicImpl : public HostCtl::Network::Pnic {
-  public:
+public:
     struct Record;
 
     // Throws HostCtlException when there is no such NIC.
@@ -38,7 +38,7 @@ class PnicImpl : public HostCtl::Network::Pnic {
     void GetPauseParams(HostCtl::Network::PnicPauseParams& params) const override;
     void GetPnicDriverInfo(HostCtl::Network::PnicDriverInfo& info) const override;
 
-  private:
+private:
     std::unique_ptr<Record> record_;
 };
 

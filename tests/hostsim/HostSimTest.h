@@ -18,7 +18,7 @@
 namespace HostSimTesting {
 
 class HostTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override;
     void TearDown() override;
 
@@ -33,7 +33,7 @@ class HostTest : public ::testing::Test {
     // The whole host as the hostsim tool exports it.
     HostSim::Json ExportHost();
 
-  private:
+private:
     std::unique_ptr<Testing::TemporaryDirectory> state_;
     std::unique_ptr<Testing::TemporaryDirectory> files_;
 };
