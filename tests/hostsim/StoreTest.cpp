@@ -74,6 +74,25 @@ TEST_F(StoreTest, StateIsKeptBetweenConnectionsAndDirectoriesAreApart) {
     EXPECT_EQ(HostSim::StateDirectory(), Directory());
 }
 
+TEST_F(StoreTest, TheStateDirectoryComesFromTheEnvironment) {
+    std::string xdg = Directory() + "/xdg";
+    std::string home = Directory() + "/home";
+    auto fromXdg = Testing::RunHostsim(
+        {"export"}, "", {{"HOSTSIM_DIR", ""}, {"XDG_STATE_HOME", xdg}, {"HOME", home}});
+    EXPECT_EQ(fromXdg.status, 0) << fromXdg.err;
+    EXPECT_TRUE(std::filesystem::exists(xdg + "/hostsim/host.db"));
+    EXPECT_FALSE(std::filesystem::exists(home));
+
+    auto fromHome = Testing::RunHostsim({"export"}, "", {{"XDG_STATE_HOME", ""}, {"HOME", home}});
+    EXPECT_EQ(fromHome.status, 0) << fromHome.err;
+    EXPECT_EQ(fromHome.out, fromXdg.out);
+    EXPECT_TRUE(std::filesystem::exists(home + "/.local/state/hostsim/host.db"));
+
+    auto nowhere = Testing::RunHostsim({"export"}, "", {{"XDG_STATE_HOME", ""}, {"HOME", ""}});
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_THAT(nowhere.err, HasSubstr("There is no host state directory"));
+}
+
 TEST_F(StoreTest, ProcessesRacingOnAFreshDirectoryMakeTheHostOnce) {
     constexpr int kProcesses = 12;
     auto statuses = RunInProcesses(kProcesses, [&](int i) {
