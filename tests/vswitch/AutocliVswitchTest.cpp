@@ -2,6 +2,9 @@
 // what a later process sees.
 #include <nlohmann/json.hpp>
 
+#include <future>
+#include <set>
+
 #include "support/CommandTest.h"
 
 namespace {
@@ -11,7 +14,7 @@ using Testing::ProcessResult;
 using Words = std::vector<std::string>;
 
 class AutocliVswitch : public ::testing::Test {
-  protected:
+protected:
     ProcessResult Autocli(Words words, const std::map<std::string, std::string>& environment = {},
                           const std::string& formatter = {}) {
         words.insert(words.begin(), {"network", "vswitch", "standard"});
@@ -177,6 +180,46 @@ TEST_F(AutocliVswitch, AFaultOfTheHostReachesTheUserInItsOwnWords) {
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "Device busy\n");
     EXPECT_EQ(SwitchNamed("vSwitch0")["MTU"], 1500);
+}
+
+TEST_F(AutocliVswitch, ProcessesChangingSwitchesAtOnceLoseNothing) {
+    constexpr int kWorkers = 6;
+    constexpr int kPortGroupsPerWorker = 3;
+    std::vector<std::future<int>> workers;
+    for (int worker = 0; worker < kWorkers; ++worker) {
+        workers.push_back(std::async(std::launch::async, [this, worker] {
+            int failures = 0;
+            for (int index = 0; index < kPortGroupsPerWorker; ++index) {
+                const std::string name = "PG " + std::to_string(worker * 10 + index);
+                failures += Autocli({"portgroup", "add", "-p", name, "-v", "vSwitch1"}).status != 0;
+                failures += Autocli({"portgroup", "set", "-p", name, "--vlan-id",
+                                     std::to_string(100 + worker * 10 + index)})
+                                .status != 0;
+            }
+            // Every worker tries to take the same free NIC; the host gives it to one switch.
+            failures += Autocli({"uplink", "add", "-v", worker % 2 ? "vSwitch0" : "vSwitch1", "-u",
+                                 "hwnic5"})
+                            .status != 0;
+            return failures;
+        }));
+    }
+    int failures = 0;
+    for (auto& worker : workers) {
+        failures += worker.get();
+    }
+    EXPECT_EQ(failures, kWorkers - 1);  // the uplink went to one switch only
+    std::set<std::string> seen;
+    for (const auto& row : Json({"portgroup", "list"})) {
+        const std::string name = row["Name"];
+        if (name.rfind("PG ", 0) == 0) {
+            EXPECT_EQ(row["VLAN ID"], 100 + std::stoi(name.substr(3))) << name;
+            seen.insert(name);
+        }
+    }
+    EXPECT_EQ(seen.size(), static_cast<std::size_t>(kWorkers * kPortGroupsPerWorker));
+    const auto uplinks0 = SwitchNamed("vSwitch0")["Uplinks"];
+    const auto uplinks1 = SwitchNamed("vSwitch1")["Uplinks"];
+    EXPECT_EQ(uplinks0.size() + uplinks1.size(), 5u);
 }
 
 }  // namespace
