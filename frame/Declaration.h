@@ -91,7 +91,7 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 // Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
 // `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
 template <class Self>
-class DeclaredCommand : public virtual Command {
+class DeclaredCommand : public Command {
 public:
     static std::shared_ptr<Self> New() {
         auto command = std::make_shared<Self>();
@@ -99,11 +99,11 @@ public:
         return command;
     }
 
+    DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
+
     static std::shared_ptr<MetaStruct> GetOutputStructure() {
         return Declare::MakeStruct(*Self::kShape.structure);
     }
-
-    DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
 
 protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override {
