@@ -62,10 +62,10 @@ std::int64_t ReadNumber(Database& database, const char* sql) {
     return query.Int(0);
 }
 
-// A file SQLite can't read (not a database, damaged, no permission) fails here, before
-// anything is written. The two pragmas read the file's header only; the schema is looked at
-// when they leave a doubt whether the file is empty.
-StoreHeader ReadHeader(Database& database) {
+// Reads the header inside the caller's transaction. A file SQLite can't read (not a database,
+// damaged, no permission) fails here, before anything is written. The two pragmas read the
+// file's header only; the schema is looked at when they leave a doubt whether the file is empty.
+StoreHeader ReadHeaderIn(Database& database) {
     try {
         StoreHeader header;
         header.applicationId = ReadNumber(database, "PRAGMA application_id");
@@ -77,6 +77,20 @@ StoreHeader ReadHeader(Database& database) {
     } catch (const HostCtlException&) {
         throw HostCtlException("The host state database " + database.Path() + " can't be read (" +
                                database.LastError() + "); it is left as it is");
+    }
+}
+
+// Reads the header in a read transaction of its own, so that another process making the host
+// meanwhile is seen whole or not at all.
+StoreHeader ReadHeader(Database& database) {
+    database.Execute("BEGIN");
+    try {
+        StoreHeader header = ReadHeaderIn(database);
+        database.Execute("COMMIT");
+        return header;
+    } catch (const HostCtlException&) {
+        database.Execute("ROLLBACK");
+        throw;
     }
 }
 
@@ -159,7 +173,7 @@ void PrepareStore(Database& database) {
         database.UseWriteAheadLog();
     }
     WriteTransaction transaction(database);
-    header = ReadHeader(database);
+    header = ReadHeaderIn(database);
     CheckHeader(database, header);
     for (std::int64_t step = header.version; step < kStoreVersion; ++step) {
         database.Execute(kStoreSteps[step]);
