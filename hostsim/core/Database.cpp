@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <thread>
+#include <vector>
 
 #include "hostctl/HostCtlException.h"
 
@@ -78,6 +79,11 @@ bool Statement::IsNull(int column) const {
 }
 
 Database::Database(const std::string& path) : path_(path) {
+    // A command reads a handful of pages: let the page cache allocate them as they are read,
+    // rather than make and touch room for twenty up front. This must come before SQLite's
+    // initialisation, which the first open does; the SQLite linked in here is this library's own.
+    static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+    static_cast<void>(configured);
     int status =
         sqlite3_open_v2(path.c_str(), &connection_,
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -106,6 +112,19 @@ Database::~Database() {
         sqlite3_finalize(statement);
     }
     sqlite3_close(connection_);
+}
+
+void Database::Abandon() noexcept {
+    if (connection_ == nullptr) {
+        return;
+    }
+    // Kept where a leak checker sees it: the handle is left open on purpose.
+    static auto* const abandoned = new std::vector<sqlite3*>();
+    try {
+        abandoned->push_back(connection_);
+    } catch (const std::bad_alloc&) {
+    }
+    connection_ = nullptr;
 }
 
 Statement Database::Query(const char* sql) {
@@ -189,6 +208,7 @@ WriteTransaction::~WriteTransaction() {
 void WriteTransaction::Commit() {
     database_.Execute("COMMIT");
     open_ = false;
+    database_.written_ = true;
 }
 
 }  // namespace HostSim

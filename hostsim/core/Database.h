@@ -73,13 +73,20 @@ public:
     [[noreturn]] void Fail(const std::string& what) const;
     void Check(int status, const char* what) const;
 
-    // Takes the process's connection away without closing it, for a child process after fork:
-    // the handle belongs to the parent, whose locks must not be touched.
-    void Abandon() { connection_ = nullptr; }
+    // Leaves the connection open for the process's exit to end; the object no longer closes it.
+    // For a child process after fork the handle belongs to the parent, whose locks must not be
+    // touched.
+    void Abandon() noexcept;
+
+    // Whether a write transaction of this connection has committed.
+    bool HasWritten() const { return written_; }
 
 private:
+    friend class WriteTransaction;
+
     std::string path_;
     sqlite3* connection_ = nullptr;
+    bool written_ = false;
     std::map<const char*, sqlite3_stmt*> statements_;
 };
 

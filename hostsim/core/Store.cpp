@@ -35,6 +35,15 @@ struct Connection {
     std::string directory;
     pid_t process = 0;
     std::unique_ptr<Database> database;
+
+    // At process exit a connection is closed only when it wrote, to checkpoint and empty the log.
+    // One that only read is left for the exit to end, as is a parent's handle after fork: closing
+    // would only free memory and take locks, at a cost of a tenth of a short command.
+    ~Connection() {
+        if (database && (!database->HasWritten() || process != getpid())) {
+            database->Abandon();
+        }
+    }
 };
 
 Connection& CurrentConnection() {

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <future>
@@ -239,6 +240,26 @@ protected:
         EXPECT_EQ(ReadDatabase(), before);
     }
 };
+
+// A change is checkpointed when its process ends, so the log is empty for the next one; a
+// process that only read leaves the files as they were.
+TEST_F(AutocliStateFile, ProcessesLeaveAnEmptyLogAndReadsChangeNothing) {
+    const std::string log = DatabasePath() + "-wal";
+    ASSERT_EQ(Autocli({"network", "nic", "down", "-n", "hwnic1"}).status, 0);
+    ASSERT_TRUE(std::filesystem::exists(log));
+    EXPECT_EQ(std::filesystem::file_size(log), 0u);
+    const std::string before = ReadDatabase();
+    for (int run = 0; run < 3; ++run) {
+        ASSERT_EQ(Autocli({"network", "nic", "list"}).status, 0);
+    }
+    EXPECT_EQ(std::filesystem::file_size(log), 0u);
+    EXPECT_EQ(ReadDatabase(), before);
+    auto list = NicListJson();
+    auto down = std::find_if(list.begin(), list.end(),
+                             [](const json& row) { return row["Name"] == "hwnic1"; });
+    ASSERT_NE(down, list.end());
+    EXPECT_EQ((*down)["Admin Status"], "Down");
+}
 
 TEST_F(AutocliStateFile, CorruptDatabaseIsAClearErrorAndIsKept) {
     WriteDatabase(std::string(4096, '\x5a'));
