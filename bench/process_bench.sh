@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Times whole autocli processes against a floor of /bin/true with hyperfine, on the default host
-# and on a scaled host, and prints medians and ratios.
-# Usage: bench/process_bench.sh [build-dir] [scale]   (defaults: build, 100)
+# and on a scaled host. The machine's speed drifts over a run, so the commands take turns in
+# rounds, and each ratio is the median of the rounds' ratios of medians.
+# Usage: bench/process_bench.sh [build-dir] [scale] [rounds]   (defaults: build, 112, 5)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
-scale=${2:-100}
+scale=${2:-112}
+rounds=${3:-5}
 autocli="$(realpath "$build/bin/autocli")"
 hostsim="$(realpath "$build/bin/hostsim")"
 work=$(mktemp -d)
@@ -15,24 +17,32 @@ HOSTSIM_DIR="$work/default" "$hostsim" init >/dev/null
 HOSTSIM_DIR="$work/scaled" "$hostsim" init --scale="$scale" >/dev/null
 nics=$(HOSTSIM_DIR="$work/scaled" "$autocli" --formatter=csv network nic list | tail -n +2 | wc -l)
 
-run() {  # name, state dir, command...
-    local name=$1 dir=$2
-    shift 2
-    HOSTSIM_DIR="$dir" hyperfine -N --warmup 20 --runs 300 --export-json "$work/$name.json" \
-        -n "$name" "$*" >/dev/null
+run() {  # round, name, state dir, command...
+    local round=$1 name=$2 dir=$3
+    shift 3
+    HOSTSIM_DIR="$dir" hyperfine -N --warmup 20 --runs 200 \
+        --export-json "$work/$name.$round.json" -n "$name" "$*" >/dev/null 2>&1
 }
-run floor "$work/default" /bin/true
-run default "$work/default" "$autocli" network nic list
-run scaled "$work/scaled" "$autocli" network nic list
+for round in $(seq "$rounds"); do
+    run "$round" floor "$work/default" /bin/true
+    run "$round" version "$work/default" "$autocli" --version
+    run "$round" default "$work/default" "$autocli" network nic list
+    run "$round" scaled "$work/scaled" "$autocli" network nic list
+done
 
-python3 - "$work" "$nics" <<'PY'
-import json, sys
-work, nics = sys.argv[1], sys.argv[2]
-median = lambda name: json.load(open(f"{work}/{name}.json"))["results"][0]["median"]
-floor = median("floor")
-rows = [("/bin/true", floor), ("nic list, default host", median("default")),
-        (f"nic list, {nics} NICs", median("scaled"))]
-print(f"{'command':26} {'median':>10} {'vs /bin/true':>13}")
-for label, value in rows:
-    print(f"{label:26} {value*1e3:7.3f} ms {value/floor:12.2f}x")
+python3 - "$work" "$rounds" "$nics" <<'PY'
+import json, statistics, sys
+work, rounds, nics = sys.argv[1], int(sys.argv[2]), sys.argv[3]
+def medians(name):
+    return [json.load(open(f"{work}/{name}.{r}.json"))["results"][0]["median"]
+            for r in range(1, rounds + 1)]
+floor = medians("floor")
+rows = [("/bin/true", "floor"), ("autocli --version", "version"),
+        ("nic list, default host", "default"), (f"nic list, {nics} NICs", "scaled")]
+print(f"{'command':26} {'median':>10} {'vs /bin/true':>13} {'rounds':>13}")
+for label, name in rows:
+    times = medians(name)
+    ratios = [t / f for t, f in zip(times, floor)]
+    print(f"{label:26} {statistics.median(times)*1e3:7.3f} ms {statistics.median(ratios):12.2f}x"
+          f"  {min(ratios):5.2f}-{max(ratios):.2f}x")
 PY

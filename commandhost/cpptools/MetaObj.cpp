@@ -96,6 +96,10 @@ void MetaStruct::Put(std::string_view name, std::shared_ptr<MetaValue> value) {
     if (field != fields_.end()) {
         field->second = std::move(value);
     } else {
+        if (fields_.empty()) {
+            // Room for a typical struct at once, rather than growing it field by field.
+            fields_.reserve(16);
+        }
         fields_.emplace_back(std::string(name), std::move(value));
     }
 }

@@ -4,6 +4,7 @@
 
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/nic/ListedDpus.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/vswitch/VswitchStore.h"
 #include "kelmctl/PnicImpl.h"
@@ -18,7 +19,9 @@ NetworkInfoImpl::NetworkInfoImpl() {
     HostSim::Store();
 }
 
-NetworkInfoImpl::~NetworkInfoImpl() = default;
+NetworkInfoImpl::~NetworkInfoImpl() {
+    HostSim::Nic::ForgetListedDpus(this);
+}
 
 // Every NIC, or those that some switch uses as an uplink.
 std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
@@ -26,6 +29,7 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
     PassOperation("NetworkInfo::GetPnics");
     std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
     auto records = HostSim::Nic::LoadAll(HostSim::Store());
+    HostSim::Nic::RememberListedDpus(this, records);
     if (type == HostCtl::Network::PnicGetUplinks) {
         const auto uplinks = HostSim::Vswitch::UplinkNicNames(HostSim::Store());
         std::erase_if(records, [&uplinks](const HostSim::Nic::Record& record) {

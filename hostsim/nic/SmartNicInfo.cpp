@@ -1,6 +1,7 @@
 #include "hostctl/SmartNic.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/nic/ListedDpus.h"
 #include "hostsim/nic/NicStore.h"
 
 namespace HostCtl::SmartNic {
@@ -25,7 +26,8 @@ private:
 
 std::unique_ptr<SmartNic> SmartNicInfo::GetSmartNicByPnic(const std::string& pnicName) {
     HostSim::PassOperation("SmartNicInfo::GetSmartNicByPnic", pnicName);
-    std::string id = HostSim::Nic::DpuId(HostSim::Store(), pnicName);
+    auto listed = HostSim::Nic::ListedDpuId(pnicName);
+    std::string id = listed ? std::move(*listed) : HostSim::Nic::DpuId(HostSim::Store(), pnicName);
     if (id.empty()) {
         return nullptr;
     }
