@@ -1,7 +1,8 @@
 // The `network` namespace tree and the plug-in's one entry.
+#include <array>
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
@@ -35,119 +36,80 @@ struct EntryRow {
 // Namespaces in the order of a depth-first walk.
 constexpr NamespaceRow kNamespaces[] = {
     {"network",
-     "Operations that pertain to the maintenance of networking on an Ostrel host. This includes a wide variety of commands to manipulate virtual networking components (vswitch, portgroup, etc) as well as local host IP, DNS and general host networking settings."},
-    {"network ip",
-     "Operations that can be performed on kelmnics"},
-    {"network ip neighbor",
-     "Operations that can be performed on arp tables"},
-    {"network ip connection",
-     "List active tcpip connections"},
-    {"network ip dns",
-     "Operations pertaining to Domain Name Server configuration."},
-    {"network ip dns server",
-     "Operations pertaining to DNS server configuration."},
-    {"network ip dns search",
-     "Operations pertaining to DNS search domain configuration."},
-    {"network ip route",
-     "Operations pertaining to route configuration"},
-    {"network ip route ipv4",
-     "IPv4 route operations"},
-    {"network ip route ipv6",
-     "IPv6 route operations"},
-    {"network ip ipsec",
-     "Operations on Internet Protocol Security"},
-    {"network ip ipsec sa",
-     "Operations pertaining to Security Association"},
-    {"network ip ipsec sp",
-     "Operations pertaining to Security Policy"},
+     "Operations that pertain to the maintenance of networking on an Ostrel host. This includes a "
+     "wide variety of commands to manipulate virtual networking components (vswitch, portgroup, "
+     "etc) as well as local host IP, DNS and general host networking settings."},
+    {"network ip", "Operations that can be performed on kelmnics"},
+    {"network ip neighbor", "Operations that can be performed on arp tables"},
+    {"network ip connection", "List active tcpip connections"},
+    {"network ip dns", "Operations pertaining to Domain Name Server configuration."},
+    {"network ip dns server", "Operations pertaining to DNS server configuration."},
+    {"network ip dns search", "Operations pertaining to DNS search domain configuration."},
+    {"network ip route", "Operations pertaining to route configuration"},
+    {"network ip route ipv4", "IPv4 route operations"},
+    {"network ip route ipv6", "IPv6 route operations"},
+    {"network ip ipsec", "Operations on Internet Protocol Security"},
+    {"network ip ipsec sa", "Operations pertaining to Security Association"},
+    {"network ip ipsec sp", "Operations pertaining to Security Policy"},
     {"network ip interface",
-     "Operations having to do with the creation, management and deletion of Kelm network interfaces (kelmnic)."},
-    {"network ip interface ipv4",
-     "Commands to get and set IPv4 settings for kelmnic."},
+     "Operations having to do with the creation, management and deletion of Kelm network "
+     "interfaces (kelmnic)."},
+    {"network ip interface ipv4", "Commands to get and set IPv4 settings for kelmnic."},
     {"network ip interface ipv4 address",
      "Commands for managing IPv4 addresses assigned to Kelm network interfaces."},
-    {"network ip interface ipv6",
-     "Commands to get and set IPv6 settings for kelmnic."},
+    {"network ip interface ipv6", "Commands to get and set IPv6 settings for kelmnic."},
     {"network ip interface ipv6 address",
      "Commands to list and update IPv6 addresses assigned to the system."},
-    {"network ip interface tag",
-     "Commands to add and remove tags on kelmnics."},
+    {"network ip interface tag", "Commands to add and remove tags on kelmnics."},
     {"network ip netstack",
-     "Operations having to do with the creation, management and deletion of Kelm Netstack Instances."},
-    {"network ip hosts",
-     "Operations pertaining to /etc/hosts"},
-    {"network multicast",
-     "Operations having to do with multicast"},
-    {"network multicast group",
-     "Operations to list multicast groups"},
+     "Operations having to do with the creation, management and deletion of Kelm Netstack "
+     "Instances."},
+    {"network ip hosts", "Operations pertaining to /etc/hosts"},
+    {"network multicast", "Operations having to do with multicast"},
+    {"network multicast group", "Operations to list multicast groups"},
     {"network nic",
-     "Operations having to do with the configuration of Network Interface Card and getting and updating the NIC settings."},
-    {"network nic stats",
-     "Get packet statistics for a NIC"},
-    {"network nic vlan",
-     "Get VLAN information for a NIC"},
-    {"network nic vlan stats",
-     "Commands to access VLAN statistics for a NIC"},
-    {"network nic coalesce",
-     "Commands to access coalesce paramaters for a NIC"},
+     "Operations having to do with the configuration of Network Interface Card and getting and "
+     "updating the NIC settings."},
+    {"network nic stats", "Get packet statistics for a NIC"},
+    {"network nic vlan", "Get VLAN information for a NIC"},
+    {"network nic vlan stats", "Commands to access VLAN statistics for a NIC"},
+    {"network nic coalesce", "Commands to access coalesce paramaters for a NIC"},
     {"network nic coalesce low",
      "Commands to access coalesce parameters for a NIC at low packet rate"},
     {"network nic coalesce high",
      "Commands to access coalesce parameters for a NIC at high packet rate"},
-    {"network nic cso",
-     "Commands to access checksum offload settings for a NIC"},
-    {"network nic tso",
-     "Commands to access TCP segmentation offload settings for a NIC"},
-    {"network nic sg",
-     "Commands to access scatter-gather settings for a NIC"},
-    {"network nic pauseParams",
-     "Commands to access pause parameters for a NIC"},
-    {"network nic register",
-     "Commands to access registers for a NIC"},
-    {"network nic eeprom",
-     "Commands to access EEPROM for a NIC"},
-    {"network nic negotiate",
-     "Commands to access negotiation feature on a NIC"},
-    {"network nic selftest",
-     "Commands to access self test feature on a NIC"},
-    {"network nic queue",
-     "Commands to access RX/TX netqueue features on a NIC"},
-    {"network nic queue loadbalancer",
-     "Commands to access load balancer features of netqueue"},
-    {"network nic queue loadbalancer state",
-     "Commands to access load balancer state on a NIC"},
-    {"network nic queue loadbalancer plugin",
-     "Commands to access load balancer plugins on a NIC"},
-    {"network nic queue count",
-     "Commands to access netqueue count on a NIC"},
-    {"network nic queue filterclass",
-     "Commands to access supported filter class"},
-    {"network nic software",
-     "Commands to access NIC feature software simulation settings"},
-    {"network nic ring",
-     "Commands to access NIC RX/TX ring buffer parameters"},
+    {"network nic cso", "Commands to access checksum offload settings for a NIC"},
+    {"network nic tso", "Commands to access TCP segmentation offload settings for a NIC"},
+    {"network nic sg", "Commands to access scatter-gather settings for a NIC"},
+    {"network nic pauseParams", "Commands to access pause parameters for a NIC"},
+    {"network nic register", "Commands to access registers for a NIC"},
+    {"network nic eeprom", "Commands to access EEPROM for a NIC"},
+    {"network nic negotiate", "Commands to access negotiation feature on a NIC"},
+    {"network nic selftest", "Commands to access self test feature on a NIC"},
+    {"network nic queue", "Commands to access RX/TX netqueue features on a NIC"},
+    {"network nic queue loadbalancer", "Commands to access load balancer features of netqueue"},
+    {"network nic queue loadbalancer state", "Commands to access load balancer state on a NIC"},
+    {"network nic queue loadbalancer plugin", "Commands to access load balancer plugins on a NIC"},
+    {"network nic queue count", "Commands to access netqueue count on a NIC"},
+    {"network nic queue filterclass", "Commands to access supported filter class"},
+    {"network nic software", "Commands to access NIC feature software simulation settings"},
+    {"network nic ring", "Commands to access NIC RX/TX ring buffer parameters"},
     {"network nic ring preset",
      "Commands to access preset maximums for NIC RX/TX ring buffer parameters."},
-    {"network nic ring current",
-     "Commands to access current NIC RX/TX ring buffer parameters"},
-    {"network nic hwCap",
-     "Commands to access hardware capabilities on a NIC."},
+    {"network nic ring current", "Commands to access current NIC RX/TX ring buffer parameters"},
+    {"network nic hwCap", "Commands to access hardware capabilities on a NIC."},
     {"network nic hwCap supported",
      "Commands to access supported hardware capabilities of physical NICs."},
     {"network nic hwCap activated",
      "Commands to access activated hardware capabilities of physical NICs."},
-    {"network nic dcb",
-     "Commands regarding DCB (Data Center Bridging) protocol."},
-    {"network nic dcb status",
-     "Status information for DCB (Data Center Briding) protocol."},
-    {"network nic attachment",
-     "Commands to access attachment info for a NIC."},
+    {"network nic dcb", "Commands regarding DCB (Data Center Bridging) protocol."},
+    {"network nic dcb status", "Status information for DCB (Data Center Briding) protocol."},
+    {"network nic attachment", "Commands to access attachment info for a NIC."},
     {"network sriovnic",
-     "Operations having to do with the configuration of SRIOV enabled Network Interface Card and getting and updating the NIC settings."},
-    {"network sriovnic vf",
-     "Operations related to VFs of a SRIOV capable pNIC"},
-    {"network vswitch",
-     "Commands to list and manipulate Virtual Switches on an Ostrel host."},
+     "Operations having to do with the configuration of SRIOV enabled Network Interface Card and "
+     "getting and updating the NIC settings."},
+    {"network sriovnic vf", "Operations related to VFs of a SRIOV capable pNIC"},
+    {"network vswitch", "Commands to list and manipulate Virtual Switches on an Ostrel host."},
     {"network vswitch standard",
      "Commands to list and manipulate Legacy Virtual Switches on an Ostrel host."},
     {"network vswitch standard uplink",
@@ -170,52 +132,31 @@ constexpr NamespaceRow kNamespaces[] = {
      "Commands to manipulate failover policy setting for the given portgroup."},
     {"network vswitch standard portgroup policy security",
      "Commands to manipulate security policy setting for the given portgroup."},
-    {"network vswitch dvs",
-     "Commands to retrieve Distributed Virtual Switch information"},
+    {"network vswitch dvs", "Commands to retrieve Distributed Virtual Switch information"},
     {"network vswitch dvs zanvex",
      "Commands to retrieve Zanvex Orbiq Distributed Switch information"},
-    {"network vswitch dvs zanvex lacp",
-     "A set of commands for LACP related operations"},
-    {"network vswitch dvs zanvex lacp config",
-     "Command to get LACP configuration"},
-    {"network vswitch dvs zanvex lacp status",
-     "Command to get LACP port status"},
-    {"network vswitch dvs zanvex lacp stats",
-     "Command to get LACP protocol statistics"},
-    {"network vswitch dvs zanvex lacp timeout",
-     "Command to set LACP LAG timeout"},
-    {"network firewall",
-     "A set of commands for firewall related operations"},
-    {"network firewall ruleset",
-     "Commands to list and update firewall ruleset configuration"},
-    {"network firewall ruleset client",
-     "Commands related to firewall ruleset clients"},
-    {"network firewall ruleset rule",
-     "Commands to list rules in the ruleset"},
-    {"network firewall ruleset allowedip",
-     "Commands to list and add/remove allowedip on ruleset"},
-    {"network port",
-     "Commands to get information about a port"},
-    {"network port stats",
-     "Commands to get port statistics"},
-    {"network port filter",
-     "Commands to get port filter information"},
-    {"network port filter stats",
-     "Commands to get port filter statistics"},
-    {"network vm",
-     "A set of commands for VM related operations"},
-    {"network vm port",
-     "Command to list ports of a given VM"},
+    {"network vswitch dvs zanvex lacp", "A set of commands for LACP related operations"},
+    {"network vswitch dvs zanvex lacp config", "Command to get LACP configuration"},
+    {"network vswitch dvs zanvex lacp status", "Command to get LACP port status"},
+    {"network vswitch dvs zanvex lacp stats", "Command to get LACP protocol statistics"},
+    {"network vswitch dvs zanvex lacp timeout", "Command to set LACP LAG timeout"},
+    {"network firewall", "A set of commands for firewall related operations"},
+    {"network firewall ruleset", "Commands to list and update firewall ruleset configuration"},
+    {"network firewall ruleset client", "Commands related to firewall ruleset clients"},
+    {"network firewall ruleset rule", "Commands to list rules in the ruleset"},
+    {"network firewall ruleset allowedip", "Commands to list and add/remove allowedip on ruleset"},
+    {"network port", "Commands to get information about a port"},
+    {"network port stats", "Commands to get port statistics"},
+    {"network port filter", "Commands to get port filter information"},
+    {"network port filter stats", "Commands to get port filter statistics"},
+    {"network vm", "A set of commands for VM related operations"},
+    {"network vm port", "Command to list ports of a given VM"},
     {"network ens",
      "Commands to list and manipulate Enhanced Networking Stack (ENS) feature on virtual switch."},
-    {"network ens maxLcores",
-     "Commands to access maximum number of ENS contexts."},
-    {"network ens lcore",
-     "Commands to list and manipulate ENS context parameters."},
-    {"network ens lcore switch",
-     "Commands to access switch associated with given ENS context."},
-    {"network ens lcore affinity",
-     "Commands to access affinity for a given ENS context."},
+    {"network ens maxLcores", "Commands to access maximum number of ENS contexts."},
+    {"network ens lcore", "Commands to list and manipulate ENS context parameters."},
+    {"network ens lcore switch", "Commands to access switch associated with given ENS context."},
+    {"network ens lcore affinity", "Commands to access affinity for a given ENS context."},
 };
 
 constexpr EntryRow kEntries[] = {
@@ -297,12 +238,18 @@ constexpr EntryRow kEntries[] = {
     {"network vswitch standard policy", "shaping"},
     {"network vswitch standard policy", "security"},
     {"network vswitch standard policy", "failover"},
-    {"network vswitch standard policy shaping", "get", &Make<VirtualSwitchStandardPolicyShapingGet>},
-    {"network vswitch standard policy shaping", "set", &Make<VirtualSwitchStandardPolicyShapingSet>},
-    {"network vswitch standard policy security", "get", &Make<VirtualSwitchStandardPolicySecurityGet>},
-    {"network vswitch standard policy security", "set", &Make<VirtualSwitchStandardPolicySecuritySet>},
-    {"network vswitch standard policy failover", "get", &Make<VirtualSwitchStandardPolicyFailoverGet>},
-    {"network vswitch standard policy failover", "set", &Make<VirtualSwitchStandardPolicyFailoverSet>},
+    {"network vswitch standard policy shaping", "get",
+     &Make<VirtualSwitchStandardPolicyShapingGet>},
+    {"network vswitch standard policy shaping", "set",
+     &Make<VirtualSwitchStandardPolicyShapingSet>},
+    {"network vswitch standard policy security", "get",
+     &Make<VirtualSwitchStandardPolicySecurityGet>},
+    {"network vswitch standard policy security", "set",
+     &Make<VirtualSwitchStandardPolicySecuritySet>},
+    {"network vswitch standard policy failover", "get",
+     &Make<VirtualSwitchStandardPolicyFailoverGet>},
+    {"network vswitch standard policy failover", "set",
+     &Make<VirtualSwitchStandardPolicyFailoverSet>},
     {"network vswitch standard portgroup", "list", &Make<VirtualSwitchPortGroupList>},
     {"network vswitch standard portgroup", "add", &Make<VirtualSwitchPortGroupAdd>},
     {"network vswitch standard portgroup", "remove", &Make<VirtualSwitchPortGroupRemove>},
@@ -311,12 +258,18 @@ constexpr EntryRow kEntries[] = {
     {"network vswitch standard portgroup policy", "shaping"},
     {"network vswitch standard portgroup policy", "failover"},
     {"network vswitch standard portgroup policy", "security"},
-    {"network vswitch standard portgroup policy shaping", "get", &Make<VirtualSwitchPortGroupPolicyShapingGet>},
-    {"network vswitch standard portgroup policy shaping", "set", &Make<VirtualSwitchPortGroupPolicyShapingSet>},
-    {"network vswitch standard portgroup policy failover", "get", &Make<VirtualSwitchPortGroupPolicyFailoverGet>},
-    {"network vswitch standard portgroup policy failover", "set", &Make<VirtualSwitchPortGroupPolicyFailoverSet>},
-    {"network vswitch standard portgroup policy security", "get", &Make<VirtualSwitchPortGroupPolicySecurityGet>},
-    {"network vswitch standard portgroup policy security", "set", &Make<VirtualSwitchPortGroupPolicySecuritySet>},
+    {"network vswitch standard portgroup policy shaping", "get",
+     &Make<VirtualSwitchPortGroupPolicyShapingGet>},
+    {"network vswitch standard portgroup policy shaping", "set",
+     &Make<VirtualSwitchPortGroupPolicyShapingSet>},
+    {"network vswitch standard portgroup policy failover", "get",
+     &Make<VirtualSwitchPortGroupPolicyFailoverGet>},
+    {"network vswitch standard portgroup policy failover", "set",
+     &Make<VirtualSwitchPortGroupPolicyFailoverSet>},
+    {"network vswitch standard portgroup policy security", "get",
+     &Make<VirtualSwitchPortGroupPolicySecurityGet>},
+    {"network vswitch standard portgroup policy security", "set",
+     &Make<VirtualSwitchPortGroupPolicySecuritySet>},
     {"network vswitch dvs", "zanvex"},
     {"network vswitch dvs zanvex", "lacp"},
     {"network vswitch dvs zanvex lacp", "config"},
@@ -351,27 +304,53 @@ constexpr EntryRow kEntries[] = {
     {"network ens lcore", "affinity"},
 };
 
+// The namespaces of kNamespaces, made and described, found by path. kEntries comes grouped by
+// parent in nearly the table's order, so a search starts at a hint and goes round from there.
+class NamespaceNodes {
+public:
+    NamespaceNodes() {
+        for (std::size_t i = 0; i < kCount; ++i) {
+            nodes_[i] = Namespace::New();
+            nodes_[i]->SetDescription(kNamespaces[i].description);
+        }
+    }
+
+    std::size_t IndexOf(std::string_view path, std::size_t hint) const {
+        for (std::size_t step = 0; step < kCount; ++step) {
+            const std::size_t i = (hint + step) % kCount;
+            if (path == kNamespaces[i].path) {
+                return i;
+            }
+        }
+        throw std::logic_error("The namespace table has no namespace '" + std::string(path) + "'");
+    }
+
+    const std::shared_ptr<NamespaceNode>& operator[](std::size_t index) const {
+        return nodes_[index];
+    }
+
+private:
+    static constexpr std::size_t kCount = std::size(kNamespaces);
+    std::array<std::shared_ptr<NamespaceNode>, kCount> nodes_;
+};
+
 }  // namespace
 }  // namespace ZanvexCli::NetworkNamespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<CppTools::AutoCli::NamespaceNode>& root) {
     using namespace ZanvexCli::NetworkNamespace;
-    std::unordered_map<std::string_view, std::shared_ptr<NamespaceNode>> namespaces;
-    namespaces.reserve(std::size(kNamespaces));
-    for (const NamespaceRow& row : kNamespaces) {
-        auto node = Namespace::New();
-        node->SetDescription(row.description);
-        namespaces.emplace(row.path, std::move(node));
-    }
+    const NamespaceNodes namespaces;
+    std::size_t parent = 0;
     std::string childPath;
     for (const EntryRow& entry : kEntries) {
-        const auto& parent = namespaces.at(entry.parent);
+        parent = namespaces.IndexOf(entry.parent, parent);
         if (entry.make != nullptr) {
-            parent->RegisterNamespaceNode(entry.make(), entry.name);
+            namespaces[parent]->RegisterNamespaceNode(entry.make(), entry.name);
         } else {
             childPath.assign(entry.parent).append(" ").append(entry.name);
-            parent->RegisterNamespaceNode(namespaces.at(childPath), entry.name);
+            const std::size_t child = namespaces.IndexOf(childPath, parent + 1);
+            namespaces[parent]->RegisterNamespaceNode(namespaces[child], entry.name);
         }
     }
-    root->RegisterNamespaceNode(namespaces.at("network"), "network");
+    root->RegisterNamespaceNode(namespaces[namespaces.IndexOf("network", 0)], "network");
 }

@@ -75,6 +75,10 @@ std::shared_ptr<NamespaceNode> NamespaceNode::GetNamespaceNode(const std::string
 void NamespaceNode::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name) {
     node->SetParent(GetThis());
     node->name_ = name;
+    if (children_.empty()) {
+        // Room for a typical namespace's children at once.
+        children_.reserve(8);
+    }
     children_.emplace_back(std::move(name), std::move(node));
 }
 
