@@ -79,10 +79,15 @@ bool Statement::IsNull(int column) const {
 }
 
 Database::Database(const std::string& path) : path_(path) {
-    // A command reads a handful of pages: let the page cache allocate them as they are read,
-    // rather than make and touch room for twenty up front. This must come before SQLite's
-    // initialisation, which the first open does; the SQLite linked in here is this library's own.
-    static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+    // Set once, before SQLite's initialisation, which the first open does; the SQLite linked in
+    // here is this library's own. A command reads a handful of pages: the page cache allocates
+    // them as they are read, rather than make and touch room for twenty up front. And no
+    // allocation counts for statistics nobody reads, each under a global lock.
+    static const bool configured = [] {
+        sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+        sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+        return true;
+    }();
     static_cast<void>(configured);
     int status =
         sqlite3_open_v2(path.c_str(), &connection_,
