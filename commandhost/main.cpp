@@ -4,8 +4,8 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <ostream>
-#include <streambuf>
+#include <string>
+#include <string_view>
 
 #include "commandhost/cli/CommandHost.h"
 
@@ -13,33 +13,22 @@ namespace {
 
 // Writes straight to a file descriptor; the host hands it each text whole, so a result is
 // one write.
-class FileDescriptorBuffer : public std::streambuf {
+class FileDescriptorChannel : public CommandHost::OutputChannel {
 public:
-    explicit FileDescriptorBuffer(int descriptor) : descriptor_(descriptor) {}
+    explicit FileDescriptorChannel(int descriptor) : descriptor_(descriptor) {}
 
-protected:
-    std::streamsize xsputn(const char* text, std::streamsize count) override {
-        std::streamsize written = 0;
-        while (written < count) {
-            ssize_t result =
-                ::write(descriptor_, text + written, static_cast<size_t>(count - written));
+    void Write(std::string_view text) override {
+        std::size_t written = 0;
+        while (written < text.size()) {
+            ssize_t result = ::write(descriptor_, text.data() + written, text.size() - written);
             if (result < 0 && errno == EINTR) {
                 continue;
             }
             if (result <= 0) {
-                break;
+                return;
             }
-            written += result;
+            written += static_cast<std::size_t>(result);
         }
-        return written;
-    }
-
-    int_type overflow(int_type character) override {
-        if (traits_type::eq_int_type(character, traits_type::eof())) {
-            return traits_type::not_eof(character);
-        }
-        char c = traits_type::to_char_type(character);
-        return xsputn(&c, 1) == 1 ? character : traits_type::eof();
     }
 
 private:
@@ -65,10 +54,8 @@ size_t TerminalWidth() {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    FileDescriptorBuffer outBuffer(STDOUT_FILENO);
-    FileDescriptorBuffer errBuffer(STDERR_FILENO);
-    std::ostream out(&outBuffer);
-    std::ostream err(&errBuffer);
+    FileDescriptorChannel out(STDOUT_FILENO);
+    FileDescriptorChannel err(STDERR_FILENO);
 
     // The command tree lives as long as the process: taking it apart at exit would only free
     // memory, and costs a short command a tenth of its time.
@@ -78,7 +65,7 @@ int main(int argc, char** argv) {
         try {
             host->LoadPlugins(CommandHost::PluginDirectory(options.pluginDirectory));
         } catch (const std::exception& e) {
-            err << e.what() << '\n';
+            err.Write(std::string(e.what()) + "\n");
             return CommandHost::ExitException;
         }
     }

@@ -3,10 +3,10 @@
 // tests drive the same path in-process.
 #pragma once
 
-#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cpptools/AutoCli.h"
@@ -22,6 +22,13 @@ enum ExitStatus {
     ExitCommandError = 1,  // the command reported an error, or its Bool root is false
     ExitRefused = 2,       // the host refused the command line
     ExitException = 3,     // an exception left the command, or a plug-in could not be loaded
+};
+
+// Where Main writes its output and its messages: each as one text, in one call.
+class OutputChannel {
+public:
+    virtual ~OutputChannel() = default;
+    virtual void Write(std::string_view text) = 0;
 };
 
 struct RunResult {
@@ -50,7 +57,7 @@ GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments);
 std::string PluginDirectory(const std::string& option);
 
 class CommandHost {
-  public:
+public:
     CommandHost();
 
     // Calls a plug-in's entry with the root.
@@ -66,14 +73,14 @@ class CommandHost {
     RunResult Run(const std::vector<std::string>& words);
 
     // The whole of autocli after plug-in loading: global options (--formatter, --help), help
-    // for namespaces and commands, running, formatting, and printing to `out` and `err`.
+    // for namespaces and commands, running, formatting, and writing to `out` and `err`.
     // Returns the exit status.
-    int Main(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
+    int Main(const std::vector<std::string>& arguments, OutputChannel& out, OutputChannel& err);
 
     // The width that help text and wrapped tables fit in; 80 unless set.
     void SetTerminalWidth(size_t width) { terminalWidth_ = width; }
 
-  private:
+private:
     struct Resolution {
         std::shared_ptr<CppTools::AutoCli::NamespaceNode> node;
         size_t next = 0;  // index of the first word after the path

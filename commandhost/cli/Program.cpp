@@ -1,7 +1,5 @@
 // The whole of autocli once its plug-ins are loaded: the program's options, help, running the
 // command, formatting its result, and printing it in one piece.
-#include <ostream>
-
 #include "commandhost/cli/CommandHost.h"
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Formatters.h"
@@ -42,12 +40,13 @@ bool ReadValueOption(const std::vector<std::string>& arguments, size_t& index,
     return true;
 }
 
-void Write(std::ostream& stream, const std::string& text) {
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.flush();
+void Write(OutputChannel& channel, const std::string& text) {
+    if (!text.empty()) {
+        channel.Write(text);
+    }
 }
 
-int Refuse(std::ostream& err, const std::string& message) {
+int Refuse(OutputChannel& err, const std::string& message) {
     Write(err, message + "\n");
     return ExitRefused;
 }
@@ -83,8 +82,8 @@ GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
     return options;
 }
 
-int CommandHost::Main(const std::vector<std::string>& arguments, std::ostream& out,
-                      std::ostream& err) {
+int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& out,
+                      OutputChannel& err) {
     const GlobalOptions options = ReadGlobalOptions(arguments);
     if (!options.error.empty()) {
         return Refuse(err, options.error);

@@ -1,6 +1,6 @@
 #include "commandhost/HostFixture.h"
 
-#include <sstream>
+#include <string_view>
 
 namespace CommandHostTesting {
 
@@ -188,12 +188,14 @@ HostTest::HostTest() {
 }
 
 int HostTest::Main(const std::vector<std::string>& arguments) {
-    std::ostringstream out;
-    std::ostringstream err;
-    int status = host_.Main(arguments, out, err);
-    out_ = out.str();
-    err_ = err.str();
-    return status;
+    struct StringChannel : CommandHost::OutputChannel {
+        explicit StringChannel(std::string& text) : text(text) { text.clear(); }
+        void Write(std::string_view written) override { text.append(written); }
+        std::string& text;
+    };
+    StringChannel out(out_);
+    StringChannel err(err_);
+    return host_.Main(arguments, out, err);
 }
 
 }  // namespace CommandHostTesting
