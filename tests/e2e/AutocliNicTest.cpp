@@ -47,6 +47,14 @@ protected:
     Testing::TemporaryDirectory state_;
 };
 
+// autocli carries the C++ runtime the plug-in uses: with every symbol bound at load, a missing
+// one would refuse to load the plug-in.
+TEST_F(AutocliNic, ThePlugInFindsEverySymbolItNeeds) {
+    auto result = Autocli({"network", "nic", "list"}, {{"LD_BIND_NOW", "1"}});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+}
+
 TEST_F(AutocliNic, ListShowsTheDefaultColumnsInATable) {
     auto result = Autocli({"network", "nic", "list"});
     ASSERT_EQ(result.status, 0) << result.err;
