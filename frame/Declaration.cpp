@@ -133,3 +133,67 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 }
 
 }  // namespace ZanvexCli::NetworkNamespace::Declare
+
+namespace ZanvexCli::NetworkNamespace {
+
+std::shared_ptr<NamespaceNode> CommandNode::GetThis() {
+    return Command::GetThis();
+}
+
+CppTools::AutoCli::NodeType CommandNode::GetType() const {
+    return Command::GetType();
+}
+
+std::vector<std::string> CommandNode::GetPath() const {
+    return Command::GetPath();
+}
+
+std::string CommandNode::GetPathString(char separator) const {
+    return Command::GetPathString(separator);
+}
+
+bool CommandNode::HasNamespaceNode(const std::string& name) const {
+    return Command::HasNamespaceNode(name);
+}
+
+std::vector<std::string> CommandNode::GetNamespaceNodeNames() const {
+    return Command::GetNamespaceNodeNames();
+}
+
+std::vector<std::shared_ptr<NamespaceNode>> CommandNode::GetNamespaceNodes() const {
+    return Command::GetNamespaceNodes();
+}
+
+std::shared_ptr<NamespaceNode> CommandNode::GetNamespaceNode(const std::string& name) const {
+    return Command::GetNamespaceNode(name);
+}
+
+void CommandNode::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name) {
+    Command::RegisterNamespaceNode(std::move(node), std::move(name));
+}
+
+void CommandNode::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) {
+    Command::RegisterNamespaceNode(std::move(node), name);
+}
+
+std::shared_ptr<NamespaceNode> CommandNode::ResolveNode(std::list<std::string>& path) {
+    return Command::ResolveNode(path);
+}
+
+std::shared_ptr<NamespaceNode> CommandNode::SubNamespace(const std::string& name) {
+    return Command::SubNamespace(name);
+}
+
+CppTools::AutoCli::Dispatcher* CommandNode::GetDispatcher() {
+    return Command::GetDispatcher();
+}
+
+void CommandNode::SetParent(std::shared_ptr<NamespaceNode> parent) {
+    Command::SetParent(std::move(parent));
+}
+
+std::shared_ptr<NamespaceNode> CommandNode::GetParent() const {
+    return Command::GetParent();
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

@@ -3,8 +3,11 @@
 // structs the command host asks for, so that the help and the checks come from one table.
 #pragma once
 
+#include <list>
 #include <memory>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "cpptools/AutoCli.h"
 #include "cpptools/CallSpec.h"
@@ -13,6 +16,7 @@
 namespace ZanvexCli::NetworkNamespace {
 
 using CppTools::AutoCli::Command;
+using CppTools::AutoCli::NamespaceNode;
 using CppTools::CallSpec::Input;
 using CppTools::CallSpec::InputSpec;
 using CppTools::CallSpec::Output;
@@ -88,10 +92,32 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 
 }  // namespace Declare
 
+// The tree operations of a command, each passed on to the command host's own. Every command
+// class's table of virtual functions then points into this library instead of into the host's,
+// so that loading the plug-in binds a few symbols rather than a few dozen per command.
+class CommandNode : public Command {
+public:
+    std::shared_ptr<NamespaceNode> GetThis() override;
+    CppTools::AutoCli::NodeType GetType() const override;
+    std::vector<std::string> GetPath() const override;
+    std::string GetPathString(char separator) const override;
+    bool HasNamespaceNode(const std::string& name) const override;
+    std::vector<std::string> GetNamespaceNodeNames() const override;
+    std::vector<std::shared_ptr<NamespaceNode>> GetNamespaceNodes() const override;
+    std::shared_ptr<NamespaceNode> GetNamespaceNode(const std::string& name) const override;
+    void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name) override;
+    void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) override;
+    std::shared_ptr<NamespaceNode> ResolveNode(std::list<std::string>& path) override;
+    std::shared_ptr<NamespaceNode> SubNamespace(const std::string& name) override;
+    CppTools::AutoCli::Dispatcher* GetDispatcher() override;
+    void SetParent(std::shared_ptr<NamespaceNode> parent) override;
+    std::shared_ptr<NamespaceNode> GetParent() const override;
+};
+
 // Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
 // `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
 template <class Self>
-class DeclaredCommand : public Command {
+class DeclaredCommand : public CommandNode {
 public:
     static std::shared_ptr<Self> New() {
         auto command = std::make_shared<Self>();
