@@ -19,13 +19,13 @@ Listing& CurrentListing() {
 
 }  // namespace
 
-void RememberListedDpus(const void* owner, const std::vector<Record>& records) {
+void RememberListedDpus(const void* owner, const std::vector<std::unique_ptr<Record>>& records) {
     Listing& listing = CurrentListing();
     listing.owner = owner;
     listing.dpuIds.clear();
     listing.dpuIds.reserve(records.size());
-    for (const Record& record : records) {
-        listing.dpuIds.emplace(record.name, record.dpuId);
+    for (const auto& record : records) {
+        listing.dpuIds.emplace(record->name, record->dpuId);
     }
 }
 

@@ -32,14 +32,13 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
     HostSim::Nic::RememberListedDpus(this, records);
     if (type == HostCtl::Network::PnicGetUplinks) {
         const auto uplinks = HostSim::Vswitch::UplinkNicNames(HostSim::Store());
-        std::erase_if(records, [&uplinks](const HostSim::Nic::Record& record) {
-            return std::find(uplinks.begin(), uplinks.end(), record.name) == uplinks.end();
+        std::erase_if(records, [&uplinks](const std::unique_ptr<HostSim::Nic::Record>& record) {
+            return std::find(uplinks.begin(), uplinks.end(), record->name) == uplinks.end();
         });
     }
     pnics.reserve(records.size());
     for (auto& record : records) {
-        pnics.push_back(
-            std::make_unique<PnicImpl>(std::make_unique<PnicImpl::Record>(std::move(record))));
+        pnics.push_back(std::make_unique<PnicImpl>(std::move(record)));
     }
     return pnics;
 }

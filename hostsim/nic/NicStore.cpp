@@ -84,11 +84,11 @@ Json WakeOnToJson(const std::vector<WakeOnMode>& modes) {
 
 }  // namespace
 
-std::vector<Record> LoadAll(Database& database) {
-    std::vector<Record> records;
+std::vector<std::unique_ptr<Record>> LoadAll(Database& database) {
+    std::vector<std::unique_ptr<Record>> records;
     auto query = database.Query("SELECT " NIC_COLUMNS " FROM nic ORDER BY position");
     while (query.Step()) {
-        records.push_back(ReadRecord(query));
+        records.push_back(std::make_unique<Record>(ReadRecord(query)));
     }
     return records;
 }

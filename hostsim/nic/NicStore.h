@@ -1,6 +1,7 @@
 // The NIC subject's records and the queries that read and change them.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,8 +44,9 @@ namespace HostSim::Nic {
 
 using Record = KelmCtl::Network::PnicImpl::Record;
 
-// Every NIC in the profile's order, in one query.
-std::vector<Record> LoadAll(Database& database);
+// Every NIC in the profile's order, in one query. Each record is allocated once, so that a
+// long listing moves pointers as it grows, not records.
+std::vector<std::unique_ptr<Record>> LoadAll(Database& database);
 std::optional<Record> Load(Database& database, const std::string& name);
 void Insert(Database& database, const Record& record);
 // Sets a NIC's administrative state in one write transaction; false when there is no such NIC.

@@ -123,8 +123,8 @@ void ImportNics(Database& database, const Json& section, const Scale& scale) {
 
 Json ExportNics(Database& database) {
     Json section = Json::array();
-    for (const Record& record : Nic::LoadAll(database)) {
-        section.push_back(RecordToJson(record));
+    for (const auto& record : Nic::LoadAll(database)) {
+        section.push_back(RecordToJson(*record));
     }
     return section;
 }
