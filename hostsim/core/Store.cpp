@@ -36,13 +36,23 @@ struct Connection {
     pid_t process = 0;
     std::unique_ptr<Database> database;
 
-    // At process exit a connection is closed only when it wrote, to checkpoint and empty the log.
-    // One that only read is left for the exit to end, as is a parent's handle after fork: closing
-    // would only free memory and take locks, at a cost of a tenth of a short command.
-    ~Connection() {
-        if (database && (!database->HasWritten() || process != getpid())) {
+    // Closes the connection, unless it is a parent's handle inherited through fork: closing that
+    // could touch the parent's locks and files, so the child lets it be.
+    void Disconnect() {
+        if (database && process != getpid()) {
             database->Abandon();
         }
+        database.reset();
+    }
+
+    // At process exit a connection is closed only when it wrote, to checkpoint and empty the log.
+    // One that only read is left for the exit to end: closing it would only free memory and take
+    // locks, at a cost of a tenth of a short command.
+    ~Connection() {
+        if (database && !database->HasWritten()) {
+            database->Abandon();
+        }
+        Disconnect();
     }
 };
 
@@ -212,15 +222,6 @@ std::unique_ptr<Database> OpenStore(const std::string& directory) {
     return database;
 }
 
-// Closes the connection, unless it is a parent's handle inherited through fork: closing that
-// could touch the parent's locks and files, so the child lets it be.
-void Disconnect(Connection& connection) {
-    if (connection.database && connection.process != getpid()) {
-        connection.database->Abandon();
-    }
-    connection.database.reset();
-}
-
 }  // namespace
 
 std::string DatabasePath(const std::string& directory) {
@@ -232,7 +233,7 @@ Database& Store() {
     std::string directory = StateDirectory();
     if (connection.database &&
         (connection.directory != directory || connection.process != getpid())) {
-        Disconnect(connection);
+        connection.Disconnect();
     }
     if (!connection.database) {
         connection.database = OpenStore(directory);
@@ -246,7 +247,7 @@ void UseStateDirectory(const std::string& directory) {
     ChosenDirectory() = directory;
     Connection& connection = CurrentConnection();
     if (connection.directory != directory) {
-        Disconnect(connection);
+        connection.Disconnect();
     }
 }
 
