@@ -23,15 +23,19 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string ExecutableDirectory() {
+// The folder that holds the folder of the executable: the build's root, or an install's prefix.
+std::string ExecutableRoot() {
     char buffer[4096];
     ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-    if (length <= 0) {
-        return ".";
+    std::string path(buffer, static_cast<size_t>(std::max<ssize_t>(length, 0)));
+    for (int level = 0; level < 2; ++level) {
+        size_t slash = path.rfind('/');
+        if (slash == std::string::npos) {
+            return "..";
+        }
+        path.resize(slash);
     }
-    std::string path(buffer, static_cast<size_t>(length));
-    size_t slash = path.rfind('/');
-    return slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+    return path.empty() ? "/" : path;
 }
 
 bool IsPluginName(const char* name) {
@@ -49,12 +53,12 @@ std::string PluginDirectory(const std::string& option) {
         environment != nullptr && *environment != '\0') {
         return environment;
     }
-    const std::string executableDirectory = ExecutableDirectory();
-    std::string built = executableDirectory + "/plugins";
+    const std::string root = ExecutableRoot();
+    std::string built = root + "/plugins";
     if (IsDirectory(built)) {
         return built;
     }
-    std::string installed = executableDirectory + "/../lib/autocli/plugins";
+    std::string installed = root + "/lib/autocli/plugins";
     return IsDirectory(installed) ? installed : built;
 }
 

@@ -52,7 +52,7 @@ TEST(PluginLoaderTest, ABrokenLibraryIsNamedWithTheLoadersReason) {
 TEST(PluginLoaderTest, ALibraryWithoutTheEntryIsRefused) {
     TemporaryDirectory directory;
     const std::filesystem::path library =
-        std::filesystem::path(PLUGIN_DIRECTORY).parent_path() / "libcpptools.so";
+        std::filesystem::path(AUTOCLI_BINARY).parent_path() / "libcpptools.so";
     std::filesystem::copy_file(library, std::filesystem::path(directory.Path()) / "libnoentry.so");
     std::string error = LoadError(directory.Path());
     std::string expected = "The plug-in '" + directory.Path() +
@@ -81,9 +81,9 @@ TEST(PluginLoaderTest, TheDirectoryComesFromTheOptionTheEnvironmentOrTheExecutab
     EXPECT_EQ(CommandHost::PluginDirectory("/from/option"), "/from/option");
     EXPECT_EQ(CommandHost::PluginDirectory(""), "/from/environment");
     unsetenv("AUTOCLI_PLUGIN_DIR");
-    std::string executable = std::filesystem::read_symlink("/proc/self/exe").string();
+    std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe");
     EXPECT_EQ(CommandHost::PluginDirectory(""),
-              executable.substr(0, executable.rfind('/')) + "/plugins");
+              (executable.parent_path().parent_path() / "plugins").string());
     if (saved != nullptr) {
         setenv("AUTOCLI_PLUGIN_DIR", savedValue.c_str(), 1);
     }
