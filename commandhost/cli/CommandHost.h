@@ -52,8 +52,9 @@ struct GlobalOptions {
 };
 GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments);
 
-// The plug-in directory: `option` when given, else AUTOCLI_PLUGIN_DIR, else ../plugins from the
-// executable's folder as the build leaves it, else ../lib/autocli/plugins as an install does.
+// The plug-in directory: `option` when given, else AUTOCLI_PLUGIN_DIR, else plugins/ beside the
+// folder of libcpptools.so as the build leaves it, else lib/autocli/plugins under the prefix
+// whose lib/ holds it, as an install does.
 std::string PluginDirectory(const std::string& option);
 
 class CommandHost {

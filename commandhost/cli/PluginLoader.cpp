@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include "commandhost/cli/CommandHost.h"
+#include "cpptools/CallSpec.h"
 
 namespace CommandHost {
 
@@ -23,19 +25,17 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// The folder that holds the folder of the executable: the build's root, or an install's prefix.
-std::string ExecutableRoot() {
-    char buffer[4096];
-    ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-    std::string path(buffer, static_cast<size_t>(std::max<ssize_t>(length, 0)));
-    for (int level = 0; level < 2; ++level) {
-        size_t slash = path.rfind('/');
-        if (slash == std::string::npos) {
-            return "..";
-        }
-        path.resize(slash);
+// The folder above the one that holds the command host's library: the build's root, or an
+// install's prefix. The loader found the library from the executable's own path, so asking it
+// costs no system call, where reading /proc/self/exe would.
+std::string InstallRoot() {
+    Dl_info library{};
+    if (dladdr(reinterpret_cast<const void*>(&CppTools::CallSpec::ParseIntText), &library) == 0 ||
+        library.dli_fname == nullptr) {
+        return "..";
     }
-    return path.empty() ? "/" : path;
+    std::filesystem::path path = std::filesystem::path(library.dli_fname).lexically_normal();
+    return path.parent_path().parent_path().string();
 }
 
 bool IsPluginName(const char* name) {
@@ -53,7 +53,7 @@ std::string PluginDirectory(const std::string& option) {
         environment != nullptr && *environment != '\0') {
         return environment;
     }
-    const std::string root = ExecutableRoot();
+    const std::string root = InstallRoot();
     std::string built = root + "/plugins";
     if (IsDirectory(built)) {
         return built;
