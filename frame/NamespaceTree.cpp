@@ -1,6 +1,5 @@
 // The `network` namespace tree and the plug-in's one entry.
 #include <array>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -21,14 +20,15 @@ std::shared_ptr<NamespaceNode> Make() {
     return CommandClass::New();
 }
 
+// Paths are views, their lengths counted once at compile time, for the look-ups below.
 struct NamespaceRow {
-    const char* path;
+    std::string_view path;
     const char* description;
 };
 
 // An entry of a namespace: a command when `make` is set, else the sub-namespace of that name.
 struct EntryRow {
-    const char* parent;
+    std::string_view parent;
     const char* name;
     NodeFactory make = nullptr;
 };
@@ -356,53 +356,57 @@ constexpr EntryRow kEntries[] = {
 };
 // clang-format on
 
-// The namespaces of kNamespaces, made and described, found by path. kEntries comes grouped by
-// parent in nearly the table's order, so a search starts at a hint and goes round from there.
-class NamespaceNodes {
-public:
-    NamespaceNodes() {
-        for (std::size_t i = 0; i < kCount; ++i) {
-            nodes_[i] = Namespace::New();
-            nodes_[i]->SetDescription(kNamespaces[i].description);
+constexpr std::size_t kNamespaceCount = std::size(kNamespaces);
+
+// The index in kNamespaces of `parent`, or of its sub-namespace `name` when one is given. Used
+// only in constant expressions, so a path the table lacks stops the build at the throw.
+constexpr std::size_t NamespaceIndex(std::string_view parent, std::string_view name = {}) {
+    for (std::size_t i = 0; i < kNamespaceCount; ++i) {
+        std::string_view path = kNamespaces[i].path;
+        if (name.empty()
+                ? path == parent
+                : path.size() == parent.size() + 1 + name.size() && path.starts_with(parent) &&
+                      path[parent.size()] == ' ' && path.ends_with(name)) {
+            return i;
         }
     }
+    throw "the namespace table lacks a namespace that kEntries names";
+}
 
-    std::size_t IndexOf(std::string_view path, std::size_t hint) const {
-        for (std::size_t step = 0; step < kCount; ++step) {
-            const std::size_t i = (hint + step) % kCount;
-            if (path == kNamespaces[i].path) {
-                return i;
-            }
-        }
-        throw std::logic_error("The namespace table has no namespace '" + std::string(path) + "'");
-    }
+constexpr std::size_t kNetworkIndex = NamespaceIndex("network");
 
-    const std::shared_ptr<NamespaceNode>& operator[](std::size_t index) const {
-        return nodes_[index];
-    }
-
-private:
-    static constexpr std::size_t kCount = std::size(kNamespaces);
-    std::array<std::shared_ptr<NamespaceNode>, kCount> nodes_;
+// For each entry of kEntries, where it goes and, for a namespace, what it is.
+struct EntryPlace {
+    std::size_t parent;
+    std::size_t child;  // kNamespaceCount for a command
 };
+
+constexpr auto kEntryPlaces = [] {
+    std::array<EntryPlace, std::size(kEntries)> places{};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const EntryRow& entry = kEntries[i];
+        places[i].parent = NamespaceIndex(entry.parent);
+        places[i].child =
+            entry.make != nullptr ? kNamespaceCount : NamespaceIndex(entry.parent, entry.name);
+    }
+    return places;
+}();
 
 }  // namespace
 }  // namespace ZanvexCli::NetworkNamespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<CppTools::AutoCli::NamespaceNode>& root) {
     using namespace ZanvexCli::NetworkNamespace;
-    const NamespaceNodes namespaces;
-    std::size_t parent = 0;
-    std::string childPath;
-    for (const EntryRow& entry : kEntries) {
-        parent = namespaces.IndexOf(entry.parent, parent);
-        if (entry.make != nullptr) {
-            namespaces[parent]->RegisterNamespaceNode(entry.make(), entry.name);
-        } else {
-            childPath.assign(entry.parent).append(" ").append(entry.name);
-            const std::size_t child = namespaces.IndexOf(childPath, parent + 1);
-            namespaces[parent]->RegisterNamespaceNode(namespaces[child], entry.name);
-        }
+    std::array<std::shared_ptr<NamespaceNode>, kNamespaceCount> namespaces;
+    for (std::size_t i = 0; i < kNamespaceCount; ++i) {
+        namespaces[i] = Namespace::New();
+        namespaces[i]->SetDescription(kNamespaces[i].description);
     }
-    root->RegisterNamespaceNode(namespaces[namespaces.IndexOf("network", 0)], "network");
+    for (std::size_t i = 0; i < std::size(kEntries); ++i) {
+        const EntryPlace& place = kEntryPlaces[i];
+        namespaces[place.parent]->RegisterNamespaceNode(
+            place.child == kNamespaceCount ? kEntries[i].make() : namespaces[place.child],
+            kEntries[i].name);
+    }
+    root->RegisterNamespaceNode(namespaces[kNetworkIndex], "network");
 }

@@ -49,24 +49,19 @@ std::vector<std::string> NamespaceNode::GetNamespaceNodeNames() const {
     std::vector<std::string> names;
     names.reserve(children_.size());
     for (const auto& child : children_) {
-        names.push_back(child.first);
+        names.push_back(child->name_);
     }
     return names;
 }
 
 std::vector<std::shared_ptr<NamespaceNode>> NamespaceNode::GetNamespaceNodes() const {
-    std::vector<std::shared_ptr<NamespaceNode>> nodes;
-    nodes.reserve(children_.size());
-    for (const auto& child : children_) {
-        nodes.push_back(child.second);
-    }
-    return nodes;
+    return children_;
 }
 
 std::shared_ptr<NamespaceNode> NamespaceNode::GetNamespaceNode(const std::string& name) const {
     for (const auto& child : children_) {
-        if (child.first == name) {
-            return child.second;
+        if (child->name_ == name) {
+            return child;
         }
     }
     return nullptr;
@@ -74,12 +69,12 @@ std::shared_ptr<NamespaceNode> NamespaceNode::GetNamespaceNode(const std::string
 
 void NamespaceNode::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name) {
     node->SetParent(GetThis());
-    node->name_ = name;
+    node->name_ = std::move(name);
     if (children_.empty()) {
         // Room for a typical namespace's children at once.
         children_.reserve(8);
     }
-    children_.emplace_back(std::move(name), std::move(node));
+    children_.push_back(std::move(node));
 }
 
 void NamespaceNode::RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, const char* name) {

@@ -58,7 +58,7 @@ private:
     std::weak_ptr<NamespaceNode> parent_;
     std::string name_;
     std::string description_;
-    std::vector<std::pair<std::string, std::shared_ptr<NamespaceNode>>> children_;
+    std::vector<std::shared_ptr<NamespaceNode>> children_;  // each known by its own name_
 };
 
 class Namespace : public NamespaceNode {
