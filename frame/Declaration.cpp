@@ -196,4 +196,17 @@ std::shared_ptr<NamespaceNode> CommandNode::GetParent() const {
     return Command::GetParent();
 }
 
+std::shared_ptr<InputSpec> CommandNode::GetInputSpec() {
+    return Command::GetInputSpec();
+}
+
+std::shared_ptr<OutputSpec> CommandNode::GetOutputSpec() {
+    return Command::GetOutputSpec();
+}
+
+void CommandNode::Execute(const std::shared_ptr<Input>& input,
+                          const std::shared_ptr<Output>& output) {
+    Command::Execute(input, output);
+}
+
 }  // namespace ZanvexCli::NetworkNamespace

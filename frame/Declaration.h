@@ -92,9 +92,9 @@ void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& sha
 
 }  // namespace Declare
 
-// The tree operations of a command, each passed on to the command host's own. Every command
-// class's table of virtual functions then points into this library instead of into the host's,
-// so that loading the plug-in binds a few symbols rather than a few dozen per command.
+// The tree and spec operations of a command, each passed on to the command host's own. Every
+// command class's table of virtual functions then points into this library instead of into the
+// host's, so that loading the plug-in binds a few symbols rather than a few dozen per command.
 class CommandNode : public Command {
 public:
     std::shared_ptr<NamespaceNode> GetThis() override;
@@ -112,6 +112,10 @@ public:
     CppTools::AutoCli::Dispatcher* GetDispatcher() override;
     void SetParent(std::shared_ptr<NamespaceNode> parent) override;
     std::shared_ptr<NamespaceNode> GetParent() const override;
+    std::shared_ptr<InputSpec> GetInputSpec() override;
+    std::shared_ptr<OutputSpec> GetOutputSpec() override;
+    void Execute(const std::shared_ptr<Input>& input,
+                 const std::shared_ptr<Output>& output) override;
 };
 
 // Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
