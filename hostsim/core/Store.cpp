@@ -1,5 +1,6 @@
 #include "hostsim/core/Store.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -211,8 +212,12 @@ std::unique_ptr<Database> OpenStore(const std::string& directory) {
         throw HostCtlException(
             "There is no host state directory: set HOSTSIM_DIR, XDG_STATE_HOME or HOME");
     }
+    // Mostly the folder is there already, which one stat tells.
+    struct stat status {};
     std::error_code error;
-    std::filesystem::create_directories(directory, error);
+    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        std::filesystem::create_directories(directory, error);
+    }
     if (error) {
         throw HostCtlException("Unable to create the host state directory " + directory + ": " +
                                error.message());
