@@ -55,6 +55,43 @@ TEST_F(AutocliNic, ThePlugInFindsEverySymbolItNeeds) {
     EXPECT_EQ(result.err, "");
 }
 
+// The build names each library by its place beside the executable, with no search path: a copy of
+// bin/ and plugins/ elsewhere runs on its own libraries and plug-in, not on the build's.
+TEST_F(AutocliNic, ACopyOfTheBuildRunsOnItsOwnLibrariesAndPlugIn) {
+    namespace fs = std::filesystem;
+    Testing::TemporaryDirectory copy;
+    const fs::path built = fs::path(AUTOCLI_BINARY).parent_path();
+    const fs::path bin = fs::path(copy.Path()) / "bin";
+    const fs::path plugins = fs::path(copy.Path()) / "plugins";
+    fs::create_directories(bin);
+    fs::create_directories(plugins);
+    for (const char* name : {"autocli", "libcpptools.so", "libkelmctl.so"}) {
+        fs::copy_file(built / name, bin / name);
+    }
+    fs::copy_file(fs::path(PLUGIN_DIRECTORY) / "libnetwork.so", plugins / "libnetwork.so");
+
+    auto result =
+        Testing::RunProgram((bin / "autocli").string(), {"network", "nic", "list"}, state_.Path(),
+                            {{"AUTOCLI_PLUGIN_DIR", ""}, {"LD_DEBUG", "libs"}});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.out.find("hwnic0"), std::string::npos);
+    // The loader reports each library it starts, by the path it opened.
+    for (const char* name : {"libcpptools.so", "libkelmctl.so", "libnetwork.so"}) {
+        const std::string init = "calling init: ";
+        bool found = false;
+        for (auto at = result.err.find(init); at != std::string::npos;
+             at = result.err.find(init, at + 1)) {
+            const std::string path =
+                result.err.substr(at + init.size(), result.err.find('\n', at) - at - init.size());
+            if (path.ends_with(std::string("/") + name)) {
+                EXPECT_TRUE(path.starts_with(copy.Path())) << path;
+                found = true;
+            }
+        }
+        EXPECT_TRUE(found) << name << " was not started:\n" << result.err;
+    }
+}
+
 TEST_F(AutocliNic, ListShowsTheDefaultColumnsInATable) {
     auto result = Autocli({"network", "nic", "list"});
     ASSERT_EQ(result.status, 0) << result.err;

@@ -200,9 +200,9 @@ std::string ReadAll(int fd) {
     return text;
 }
 
-// Runs `program` with `arguments`, the current environment plus HOSTSIM_DIR and `environment`,
-// and collects its output. Standard error goes through a file so the two pipes cannot block
-// each other.
+}  // namespace
+
+// Standard error goes through a file so that the two pipes cannot block each other.
 ProcessResult RunProgram(const std::string& program, const std::vector<std::string>& arguments,
                          const std::string& stateDirectory,
                          const std::map<std::string, std::string>& environment) {
@@ -269,8 +269,6 @@ ProcessResult RunProgram(const std::string& program, const std::vector<std::stri
     }
     return result;
 }
-
-}  // namespace
 
 ProcessResult RunAutocli(const std::vector<std::string>& arguments,
                          const std::string& stateDirectory,

@@ -98,6 +98,11 @@ struct ProcessResult {
     std::string out;
     std::string err;
 };
+// Runs `program` with `arguments` (after the program name), the current environment plus
+// HOSTSIM_DIR set to `stateDirectory` and `environment`, and collects its output.
+ProcessResult RunProgram(const std::string& program, const std::vector<std::string>& arguments,
+                         const std::string& stateDirectory,
+                         const std::map<std::string, std::string>& environment = {});
 // Runs autocli with `arguments` (after the program name), with HOSTSIM_DIR set to
 // `stateDirectory` and the extra environment given.
 ProcessResult RunAutocli(const std::vector<std::string>& arguments,
