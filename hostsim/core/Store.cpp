@@ -100,20 +100,6 @@ StoreHeader ReadHeaderIn(Database& database) {
     }
 }
 
-// Reads the header in a read transaction of its own, so that another process making the host
-// meanwhile is seen whole or not at all.
-StoreHeader ReadHeader(Database& database) {
-    database.Execute("BEGIN");
-    try {
-        StoreHeader header = ReadHeaderIn(database);
-        database.Execute("COMMIT");
-        return header;
-    } catch (const HostCtlException&) {
-        database.Execute("ROLLBACK");
-        throw;
-    }
-}
-
 void CheckHeader(const Database& database, const StoreHeader& header) {
     if (header.IsFresh()) {
         return;
@@ -151,6 +137,27 @@ bool SubjectsAreCurrent(Database& database) {
     return true;
 }
 
+// Reads the header, and whether every subject's tables are current, in one read transaction, so
+// that another process making the host meanwhile is seen whole or not at all.
+struct StoreState {
+    StoreHeader header;
+    bool current = false;
+};
+
+StoreState ReadState(Database& database) {
+    database.Execute("BEGIN");
+    try {
+        StoreState state;
+        state.header = ReadHeaderIn(database);
+        state.current = state.header.IsCurrent() && SubjectsAreCurrent(database);
+        database.Execute("COMMIT");
+        return state;
+    } catch (const HostCtlException&) {
+        database.Execute("ROLLBACK");
+        throw;
+    }
+}
+
 // Brings every subject's tables to its latest version. A subject new to a host that already
 // exists gets its default data when the host was made from the default profile.
 void MigrateSubjects(Database& database, bool hostExists) {
@@ -184,8 +191,8 @@ void MigrateSubjects(Database& database, bool hostExists) {
 // transaction: processes racing on a fresh directory all wait for the lock, and only the
 // first finds the schema version still 0.
 void PrepareStore(Database& database) {
-    StoreHeader header = ReadHeader(database);
-    if (header.IsCurrent() && SubjectsAreCurrent(database)) {
+    auto [header, current] = ReadState(database);
+    if (current) {
         return;
     }
     CheckHeader(database, header);
