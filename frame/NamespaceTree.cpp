@@ -26,11 +26,17 @@ struct NamespaceRow {
     const char* description;
 };
 
-// An entry of a namespace: a command when `make` is set, else the sub-namespace of that name.
+// An entry of a namespace: a command, made by `make`, or the sub-namespace of that name.
 struct EntryRow {
+    constexpr EntryRow(std::string_view parent, const char* name) : parent(parent), name(name) {}
+    constexpr EntryRow(std::string_view parent, const char* name, NodeFactory make)
+        : parent(parent), name(name), make(make), command(true) {}
+
     std::string_view parent;
     const char* name;
     NodeFactory make = nullptr;
+    // Set with `make`: the address of a function is no constant expression in every build.
+    bool command = false;
 };
 
 // Namespaces in the order of a depth-first walk, one to a line with its description whole.
@@ -387,7 +393,7 @@ constexpr auto kEntryPlaces = [] {
         const EntryRow& entry = kEntries[i];
         places[i].parent = NamespaceIndex(entry.parent);
         places[i].child =
-            entry.make != nullptr ? kNamespaceCount : NamespaceIndex(entry.parent, entry.name);
+            entry.command ? kNamespaceCount : NamespaceIndex(entry.parent, entry.name);
     }
     return places;
 }();
