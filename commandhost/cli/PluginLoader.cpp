@@ -8,9 +8,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
-#include <string_view>
-#include <vector>
 
 #include "commandhost/cli/CommandHost.h"
 #include "cpptools/CallSpec.h"
@@ -26,30 +25,6 @@ bool IsDirectory(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// The folder two above `file`, its "." and "x/.." (which the loader's $ORIGIN leaves) resolved
-// as for a path through no symbolic links, as the loader's own paths are.
-std::string GrandparentFolder(std::string_view file) {
-    std::vector<std::string_view> parts;
-    for (size_t begin = 0; begin <= file.size();) {
-        const size_t end = std::min(file.find('/', begin), file.size());
-        const std::string_view part = file.substr(begin, end - begin);
-        if (part == "..") {
-            if (!parts.empty()) {
-                parts.pop_back();
-            }
-        } else if (!part.empty() && part != ".") {
-            parts.push_back(part);
-        }
-        begin = end + 1;
-    }
-    parts.resize(parts.size() > 2 ? parts.size() - 2 : 0);
-    std::string folder;
-    for (std::string_view part : parts) {
-        folder.append("/").append(part);
-    }
-    return folder.empty() ? "/" : folder;
-}
-
 // The folder above the one that holds the command host's library: the build's root, or an
 // install's prefix. The loader found the library from the executable's own path, so asking it
 // costs no system call, where reading /proc/self/exe would.
@@ -59,7 +34,8 @@ std::string InstallRoot() {
         library.dli_fname == nullptr || library.dli_fname[0] != '/') {
         return "..";
     }
-    return GrandparentFolder(library.dli_fname);
+    std::filesystem::path path = std::filesystem::path(library.dli_fname).lexically_normal();
+    return path.parent_path().parent_path().string();
 }
 
 bool IsPluginName(const char* name) {
