@@ -384,7 +384,7 @@ constexpr std::size_t kNetworkIndex = NamespaceIndex("network");
 // For each entry of kEntries, where it goes and, for a namespace, what it is.
 struct EntryPlace {
     std::size_t parent;
-    std::size_t child;  // kNamespaceCount for a command
+    std::size_t child = 0;  // a namespace entry's own index; a command has none
 };
 
 constexpr auto kEntryPlaces = [] {
@@ -392,8 +392,9 @@ constexpr auto kEntryPlaces = [] {
     for (std::size_t i = 0; i < places.size(); ++i) {
         const EntryRow& entry = kEntries[i];
         places[i].parent = NamespaceIndex(entry.parent);
-        places[i].child =
-            entry.command ? kNamespaceCount : NamespaceIndex(entry.parent, entry.name);
+        if (!entry.command) {
+            places[i].child = NamespaceIndex(entry.parent, entry.name);
+        }
     }
     return places;
 }();
@@ -409,10 +410,10 @@ void AutoCli_RegisterNamespaces(std::shared_ptr<CppTools::AutoCli::NamespaceNode
         namespaces[i]->SetDescription(kNamespaces[i].description);
     }
     for (std::size_t i = 0; i < std::size(kEntries); ++i) {
+        const EntryRow& entry = kEntries[i];
         const EntryPlace& place = kEntryPlaces[i];
         namespaces[place.parent]->RegisterNamespaceNode(
-            place.child == kNamespaceCount ? kEntries[i].make() : namespaces[place.child],
-            kEntries[i].name);
+            entry.command ? entry.make() : namespaces[place.child], entry.name);
     }
     root->RegisterNamespaceNode(namespaces[kNetworkIndex], "network");
 }
