@@ -1,15 +1,15 @@
-// The switches of the built-in default host: vSwitch0 for management and virtual machines,
-// vSwitch1 with jumbo frames for storage and migration, and the host's own system switch.
+// The switches of the built-in default host: lanswitch0 for management and virtual machines,
+// storageswitch1 with jumbo frames for storage and migration, and the host's own system switch.
 // hwnic4 and hwnic5 are left free for new uplinks. "Management Network" overrides the teaming
 // of its switch, "Backup Network" its security and shaping. "Management Network" is in use by
-// the kernel interface kelm0, so neither it nor vSwitch0 can be removed.
+// the kernel interface kelm0, so neither it nor lanswitch0 can be removed.
 #include "hostsim/vswitch/VswitchSubject.h"
 
 namespace HostSim::Vswitch {
 
 const char* const kDefaultSection = R"json([
   {
-    "name": "vSwitch0",
+    "name": "lanswitch0",
     "ports": 128, "mtu": 1500, "cdpStatus": 1,
     "beacon": {"enabled": false, "interval": 1, "threshold": 3},
     "uplinks": ["hwnic0", "hwnic1"],
@@ -31,7 +31,7 @@ const char* const kDefaultSection = R"json([
     ]
   },
   {
-    "name": "vSwitch1",
+    "name": "storageswitch1",
     "ports": 256, "mtu": 9000, "cdpStatus": 3,
     "beacon": {"enabled": true, "interval": 1, "threshold": 3},
     "uplinks": ["hwnic2", "hwnic3"],
@@ -47,7 +47,7 @@ const char* const kDefaultSection = R"json([
     },
     "portGroups": [
       {"name": "Storage Network", "vlanId": 20},
-      {"name": "vMotion Network", "vlanId": 30},
+      {"name": "Migration Network", "vlanId": 30},
       {"name": "Backup Network", "vlanId": 4095,
        "policies": {"security": {"allowPromiscuous": true},
                     "shaping": {"enabled": true, "averageBps": 200000000,

@@ -31,7 +31,7 @@ std::shared_ptr<MetaStruct> Switch() {
     ports->Add(port(16, "vm-web"));
     ports->Add(port(17, "kelm0"));
     auto root = MetaStruct::New("Switch");
-    root->SetField("Name", "vSwitch0");
+    root->SetField("Name", "lanswitch0");
     root->SetField("Ports", ports);
     return root;
 }
@@ -107,7 +107,7 @@ TEST_F(FormatterTest, SimpleShowsNestedListsOfStructsAsTablesWhereColumnsAreDecl
     result_ = Switch();
     ASSERT_EQ(Main({"demo", "nic", "get"}), CommandHost::ExitOk);
     EXPECT_EQ(out_,
-              "Name: vSwitch0\n"
+              "Name: lanswitch0\n"
               "Ports:\n"
               "   Client  Port ID\n"
               "   ------  -------\n"
@@ -120,7 +120,7 @@ TEST_F(FormatterTest, SimpleTableColumnsForAnyStructFallBackToAllFields) {
     result_ = Switch();
     ASSERT_EQ(Main({"demo", "nic", "get"}), CommandHost::ExitOk);
     EXPECT_EQ(out_,
-              "Name: vSwitch0\n"
+              "Name: lanswitch0\n"
               "Ports:\n"
               "   Port ID  Client\n"
               "   -------  ------\n"
@@ -132,7 +132,7 @@ TEST_F(FormatterTest, SimpleWithoutTableColumnsIndentsEachStruct) {
     result_ = Switch();
     ASSERT_EQ(Main({"demo", "nic", "get"}), CommandHost::ExitOk);
     EXPECT_EQ(out_,
-              "Name: vSwitch0\n"
+              "Name: lanswitch0\n"
               "Ports:\n"
               "   Port ID: 16\n"
               "   Client: vm-web\n"

@@ -60,25 +60,25 @@ protected:
 };
 
 TEST_F(AutocliVswitch, ASwitchIsMadeChangedAndRemovedAcrossProcesses) {
-    Quiet({"add", "-v", "vSwitch9", "--ports=256"});
-    Quiet({"uplink", "add", "-v", "vSwitch9", "-u", "hwnic4"});
-    Quiet({"uplink", "add", "--vswitch-name=vSwitch9", "--uplink-name=hwnic5"});
-    Quiet({"set", "-v", "vSwitch9", "--mtu", "9000", "--cdp-status=both"});
-    auto row = SwitchNamed("vSwitch9");
+    Quiet({"add", "-v", "labswitch9", "--ports=256"});
+    Quiet({"uplink", "add", "-v", "labswitch9", "-u", "hwnic4"});
+    Quiet({"uplink", "add", "--vswitch-name=labswitch9", "--uplink-name=hwnic5"});
+    Quiet({"set", "-v", "labswitch9", "--mtu", "9000", "--cdp-status=both"});
+    auto row = SwitchNamed("labswitch9");
     EXPECT_EQ(row["Num Ports"], 256);
     EXPECT_EQ(row["MTU"], 9000);
     EXPECT_EQ(row["CDP Status"], "both");
     EXPECT_EQ(row["Uplinks"], json({"hwnic4", "hwnic5"}));
-    Quiet({"uplink", "remove", "-v", "vSwitch9", "-u", "hwnic5"});
-    EXPECT_EQ(SwitchNamed("vSwitch9")["Uplinks"], json({"hwnic4"}));
-    Quiet({"remove", "-v", "vSwitch9"});
-    EXPECT_TRUE(SwitchNamed("vSwitch9").is_null());
+    Quiet({"uplink", "remove", "-v", "labswitch9", "-u", "hwnic5"});
+    EXPECT_EQ(SwitchNamed("labswitch9")["Uplinks"], json({"hwnic4"}));
+    Quiet({"remove", "-v", "labswitch9"});
+    EXPECT_TRUE(SwitchNamed("labswitch9").is_null());
 }
 
 TEST_F(AutocliVswitch, ListPrintsEachSwitchUnderItsNameWithTheDeclaredFields) {
-    auto result = Autocli({"list", "-v", "vSwitch0"});
+    auto result = Autocli({"list", "-v", "lanswitch0"});
     ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out.rfind("vSwitch0\n   Name: vSwitch0\n   Class: etherswitch\n", 0), 0u)
+    EXPECT_EQ(result.out.rfind("lanswitch0\n   Name: lanswitch0\n   Class: etherswitch\n", 0), 0u)
         << result.out;
     std::size_t position = 0;
     for (const char* field :
@@ -92,38 +92,38 @@ TEST_F(AutocliVswitch, ListPrintsEachSwitchUnderItsNameWithTheDeclaredFields) {
 }
 
 TEST_F(AutocliVswitch, PortGroupsAcrossProcesses) {
-    Quiet({"portgroup", "add", "-p", "Lab Network", "-v", "vSwitch1"});
+    Quiet({"portgroup", "add", "-p", "Lab Network", "-v", "storageswitch1"});
     Quiet({"portgroup", "set", "-p", "Lab Network", "--vlan-id", "42"});
     auto result = Autocli({"portgroup", "list"});
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out.rfind("Name ", 0), 0u) << result.out;
-    EXPECT_NE(result.out.find("Lab Network         vSwitch1        0               42"),
+    EXPECT_NE(result.out.find("Lab Network         storageswitch1  0               42"),
               std::string::npos)
         << result.out;
     EXPECT_EQ(Json({"portgroup", "list", "--type=system"}),
               json::parse(R"([{"Name": "Kelm System Network", "Virtual Switch":
                  "kelmSystemSwitch0", "Active Clients": 1, "VLAN ID": 0}])"));
-    Quiet({"portgroup", "remove", "-p", "Lab Network", "-v", "vSwitch1"});
+    Quiet({"portgroup", "remove", "-p", "Lab Network", "-v", "storageswitch1"});
     EXPECT_EQ(Json({"portgroup", "list"}).size(), 5u);
 }
 
 TEST_F(AutocliVswitch, SwitchPoliciesAcrossProcesses) {
-    Quiet({"uplink", "add", "-v", "vSwitch0", "-u", "hwnic4"});
-    Quiet({"policy", "failover", "set", "-v", "vSwitch0", "--active-uplinks=hwnic4,hwnic0",
+    Quiet({"uplink", "add", "-v", "lanswitch0", "-u", "hwnic4"});
+    Quiet({"policy", "failover", "set", "-v", "lanswitch0", "--active-uplinks=hwnic4,hwnic0",
            "--standby-uplinks=hwnic1", "-l", "mac", "-f", "beacon", "-n", "false", "-b", "false"});
-    EXPECT_EQ(Json({"policy", "failover", "get", "-v", "vSwitch0"}),
+    EXPECT_EQ(Json({"policy", "failover", "get", "-v", "lanswitch0"}),
               json::parse(R"({"Load Balancing": "srcmac", "Network Failure Detection": "beacon",
                  "Notify Switches": false, "Failback": false,
                  "Active Adapters": ["hwnic4", "hwnic0"], "Standby Adapters": ["hwnic1"],
                  "Unused Adapters": []})"));
-    Quiet({"policy", "shaping", "set", "-v", "vSwitch0", "-e", "true", "-b", "1000", "-k", "2000",
+    Quiet({"policy", "shaping", "set", "-v", "lanswitch0", "-e", "true", "-b", "1000", "-k", "2000",
            "-t", "300"});
-    auto shaping = Autocli({"policy", "shaping", "get", "-v", "vSwitch0"});
+    auto shaping = Autocli({"policy", "shaping", "get", "-v", "lanswitch0"});
     EXPECT_EQ(shaping.out,
               "Enabled: true\nAverage Bandwidth: 1000 Kbps\nPeak Bandwidth: 2000 Kbps\n"
               "Burst Size: 300 Kib\n");
-    Quiet({"policy", "security", "set", "-v", "vSwitch0", "-p", "yes", "-m", "no"});
-    EXPECT_EQ(Autocli({"policy", "security", "get", "-v", "vSwitch0"}).out,
+    Quiet({"policy", "security", "set", "-v", "lanswitch0", "-p", "yes", "-m", "no"});
+    EXPECT_EQ(Autocli({"policy", "security", "get", "-v", "lanswitch0"}).out,
               "Allow Promiscuous: true\nAllow MAC Address Change: false\n"
               "Allow Forged Transmits: true\n");
 }
@@ -154,13 +154,13 @@ TEST_F(AutocliVswitch, PortGroupPoliciesAndTheirOverridesAcrossProcesses) {
 }
 
 TEST_F(AutocliVswitch, BadInputGetsOneClearMessageAndChangesNothing) {
-    const auto failoverBefore = Json({"policy", "failover", "get", "-v", "vSwitch0"});
-    Reports({"policy", "failover", "set", "-v", "vSwitch0", "--active-uplinks=hwnic0,hwnic77"}, 1,
+    const auto failoverBefore = Json({"policy", "failover", "get", "-v", "lanswitch0"});
+    Reports({"policy", "failover", "set", "-v", "lanswitch0", "--active-uplinks=hwnic0,hwnic77"}, 1,
             "Unknown NIC name in active uplinks : hwnic77\n");
-    EXPECT_EQ(Json({"policy", "failover", "get", "-v", "vSwitch0"}), failoverBefore);
+    EXPECT_EQ(Json({"policy", "failover", "get", "-v", "lanswitch0"}), failoverBefore);
 
-    Reports({"portgroup", "add", "-p", "VM Network", "-v", "vSwitch1"}, 1,
-            "Port group VM Network already exists on vSwitch0\n");
+    Reports({"portgroup", "add", "-p", "VM Network", "-v", "storageswitch1"}, 1,
+            "Port group VM Network already exists on lanswitch0\n");
     Reports({"add", "-v", std::string(128, 's')}, 1,
             "The virtual switch name exceeds the maximum allowed length. \n");
     Reports({"portgroup", "policy", "shaping", "get", "-p", "Lab"}, 1,
@@ -174,12 +174,12 @@ TEST_F(AutocliVswitch, BadInputGetsOneClearMessageAndChangesNothing) {
 }
 
 TEST_F(AutocliVswitch, AFaultOfTheHostReachesTheUserInItsOwnWords) {
-    auto result = Autocli({"set", "-v", "vSwitch0", "--mtu=9000"},
-                          {{"HOSTSIM_FAULTS", "VirtualSwitch::SetMTU@vSwitch0=Device busy"}});
+    auto result = Autocli({"set", "-v", "lanswitch0", "--mtu=9000"},
+                          {{"HOSTSIM_FAULTS", "VirtualSwitch::SetMTU@lanswitch0=Device busy"}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "Device busy\n");
-    EXPECT_EQ(SwitchNamed("vSwitch0")["MTU"], 1500);
+    EXPECT_EQ(SwitchNamed("lanswitch0")["MTU"], 1500);
 }
 
 TEST_F(AutocliVswitch, ProcessesChangingSwitchesAtOnceLoseNothing) {
@@ -191,14 +191,15 @@ TEST_F(AutocliVswitch, ProcessesChangingSwitchesAtOnceLoseNothing) {
             int failures = 0;
             for (int index = 0; index < kPortGroupsPerWorker; ++index) {
                 const std::string name = "PG " + std::to_string(worker * 10 + index);
-                failures += Autocli({"portgroup", "add", "-p", name, "-v", "vSwitch1"}).status != 0;
+                failures +=
+                    Autocli({"portgroup", "add", "-p", name, "-v", "storageswitch1"}).status != 0;
                 failures += Autocli({"portgroup", "set", "-p", name, "--vlan-id",
                                      std::to_string(100 + worker * 10 + index)})
                                 .status != 0;
             }
             // Every worker tries to take the same free NIC; the host gives it to one switch.
-            failures += Autocli({"uplink", "add", "-v", worker % 2 ? "vSwitch0" : "vSwitch1", "-u",
-                                 "hwnic5"})
+            failures += Autocli({"uplink", "add", "-v",
+                                 worker % 2 ? "lanswitch0" : "storageswitch1", "-u", "hwnic5"})
                             .status != 0;
             return failures;
         }));
@@ -217,8 +218,8 @@ TEST_F(AutocliVswitch, ProcessesChangingSwitchesAtOnceLoseNothing) {
         }
     }
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(kWorkers * kPortGroupsPerWorker));
-    const auto uplinks0 = SwitchNamed("vSwitch0")["Uplinks"];
-    const auto uplinks1 = SwitchNamed("vSwitch1")["Uplinks"];
+    const auto uplinks0 = SwitchNamed("lanswitch0")["Uplinks"];
+    const auto uplinks1 = SwitchNamed("storageswitch1")["Uplinks"];
     EXPECT_EQ(uplinks0.size() + uplinks1.size(), 5u);
 }
 

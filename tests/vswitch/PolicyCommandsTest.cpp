@@ -13,7 +13,7 @@ using VswitchTesting::AdaptersOf;
 using VswitchTesting::Words;
 
 class PolicyCommands : public VswitchTesting::VswitchTest {
-  protected:
+protected:
     static std::vector<bool> Flags(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row,
                                    const Words& fields) {
         std::vector<bool> flags;
@@ -60,7 +60,7 @@ const std::vector<bool> kNone5{false, false, false, false, false};
 TEST_F(PolicyCommands, SwitchPolicyCommandsFindOnlyOrdinarySwitches) {
     for (const char* policy : {"shaping", "security", "failover"}) {
         for (const char* verb : {"get", "set"}) {
-            for (const char* name : {"vSwitch7", "kelmSystemSwitch0"}) {
+            for (const char* name : {"labswitch7", "kelmSystemSwitch0"}) {
                 EXPECT_EQ(
                     Refused({"policy", policy, verb, "-v", name}),
                     std::string("Unable to find a legacy virtual switch with the name ") + name)
@@ -81,18 +81,18 @@ TEST_F(PolicyCommands, PortGroupPolicyCommandsNameAnUnknownPortGroup) {
 }
 
 TEST_F(PolicyCommands, SwitchSecuritySetChangesOnlyWhatIsGiven) {
-    Change({"policy", "security", "set", "-v", "vSwitch1", "-p", "true"});
-    auto security = SwitchSecurity("vSwitch1");
+    Change({"policy", "security", "set", "-v", "storageswitch1", "-p", "true"});
+    auto security = SwitchSecurity("storageswitch1");
     EXPECT_EQ(Flags(security,
                     {"Allow Promiscuous", "Allow MAC Address Change", "Allow Forged Transmits"}),
               (std::vector<bool>{true, false, false}));
-    Change({"policy", "security", "set", "-v", "vSwitch1", "--allow-mac-change=true",
+    Change({"policy", "security", "set", "-v", "storageswitch1", "--allow-mac-change=true",
             "--allow-forged-transmits=true", "--allow-promiscuous=false"});
-    EXPECT_EQ(Flags(SwitchSecurity("vSwitch1"),
+    EXPECT_EQ(Flags(SwitchSecurity("storageswitch1"),
                     {"Allow Promiscuous", "Allow MAC Address Change", "Allow Forged Transmits"}),
               (std::vector<bool>{false, true, true}));
-    Change({"policy", "security", "set", "-v", "vSwitch1"});
-    EXPECT_EQ(Flags(SwitchSecurity("vSwitch1"),
+    Change({"policy", "security", "set", "-v", "storageswitch1"});
+    EXPECT_EQ(Flags(SwitchSecurity("storageswitch1"),
                     {"Allow Promiscuous", "Allow MAC Address Change", "Allow Forged Transmits"}),
               (std::vector<bool>{false, true, true}));
 }
@@ -125,7 +125,7 @@ TEST_F(PolicyCommands, OverrideColumnsShowWhatThePortGroupSets) {
 }
 
 TEST_F(PolicyCommands, ASwitchChangeShowsThroughWhereThePortGroupDoesNotOverride) {
-    Change({"policy", "failover", "set", "-v", "vSwitch0", "--load-balancing=mac",
+    Change({"policy", "failover", "set", "-v", "lanswitch0", "--load-balancing=mac",
             "--notify-switches=false"});
     auto failover = PortGroupFailover("Management Network");
     EXPECT_EQ(Str(failover, "Load Balancing"), "explicit");
@@ -146,7 +146,7 @@ TEST_F(PolicyCommands, FailoverUseVswitchThenOneSetting) {
     auto failover = PortGroupFailover("Management Network");
     EXPECT_EQ(FailoverOverrides(failover), (std::vector<bool>{false, false, false, true, false}));
     EXPECT_FALSE(Bool(failover, "Failback"));
-    EXPECT_TRUE(Bool(SwitchFailover("vSwitch0"), "Failback"));
+    EXPECT_TRUE(Bool(SwitchFailover("lanswitch0"), "Failback"));
 }
 
 TEST_F(PolicyCommands, PortGroupUplinksOverrideTheSwitchsOrder) {
@@ -154,7 +154,7 @@ TEST_F(PolicyCommands, PortGroupUplinksOverrideTheSwitchsOrder) {
     auto failover = PortGroupFailover("VM Network");
     EXPECT_EQ(AdaptersOf(failover), (Adapters{{"hwnic1"}, {}, {"hwnic0"}}));
     EXPECT_EQ(FailoverOverrides(failover), (std::vector<bool>{false, false, false, false, true}));
-    EXPECT_EQ(AdaptersOf(SwitchFailover("vSwitch0")), (Adapters{{"hwnic0", "hwnic1"}, {}, {}}));
+    EXPECT_EQ(AdaptersOf(SwitchFailover("lanswitch0")), (Adapters{{"hwnic0", "hwnic1"}, {}, {}}));
     EXPECT_EQ(PortGroupSet("failover", "VM Network", {"--standby-uplinks=hwnic2"}),
               Words{"NIC is not connected to the vswitch : hwnic2"});
 }
@@ -198,7 +198,7 @@ TEST_F(PolicyCommands, PortGroupShapingOfItsOwn) {
     shaping = PortGroupShaping("VM Network");
     EXPECT_EQ(Numbers(shaping), (std::vector<long>{1, 1, 1}));
     EXPECT_EQ(ShapingOverrides(shaping), (std::vector<bool>{true, true, true, true}));
-    EXPECT_EQ(Numbers(SwitchShaping("vSwitch0")), (std::vector<long>{-1, -1, -1}));
+    EXPECT_EQ(Numbers(SwitchShaping("lanswitch0")), (std::vector<long>{-1, -1, -1}));
 }
 
 TEST_F(PolicyCommands, DisabledShapingStillShowsTheOverrides) {
@@ -222,11 +222,11 @@ TEST_F(PolicyCommands, ASwitchEditsItsEffectiveShaping) {
     ImportHost(profile);
     const auto ownShaping = [] {
         return HostCtl::Network::NetworkFactory::GetVirtualSwitchById(
-                   "vSwitch0", HostCtl::Network::PortsetGetNormal)
+                   "lanswitch0", HostCtl::Network::PortsetGetNormal)
             ->GetShapingPolicy();
     };
     ASSERT_EQ(ownShaping().setFields, 0u);
-    Change({"policy", "shaping", "set", "-v", "vSwitch0", "--enabled=false"});
+    Change({"policy", "shaping", "set", "-v", "lanswitch0", "--enabled=false"});
     const auto own = ownShaping();
     EXPECT_EQ(own.setFields, 0xfu);
     EXPECT_EQ(own.averageBps, 100'000'000u);

@@ -23,25 +23,25 @@ TEST(SplitUplinks, KeepsEveryPieceButAnEmptyLastOne) {
     EXPECT_EQ(SplitUplinks(" hwnic0, hwnic1 "), (Words{" hwnic0", " hwnic1 "}));
 }
 
-// vSwitch0 with three uplinks in its teaming: hwnic0 and hwnic1 active, hwnic4 standby.
+// lanswitch0 with three uplinks in its teaming: hwnic0 and hwnic1 active, hwnic4 standby.
 class FailoverOrder : public VswitchTesting::VswitchTest {
-  protected:
+protected:
     void SetUp() override {
         VswitchTest::SetUp();
-        Change({"uplink", "add", "-v", "vSwitch0", "-u", "hwnic4"});
-        Change({"policy", "failover", "set", "-v", "vSwitch0", "--active-uplinks=hwnic0,hwnic1",
+        Change({"uplink", "add", "-v", "lanswitch0", "-u", "hwnic4"});
+        Change({"policy", "failover", "set", "-v", "lanswitch0", "--active-uplinks=hwnic0,hwnic1",
                 "--standby-uplinks=hwnic4"});
-        ASSERT_EQ(AdaptersOf(SwitchFailover("vSwitch0")),
+        ASSERT_EQ(AdaptersOf(SwitchFailover("lanswitch0")),
                   (Adapters{{"hwnic0", "hwnic1"}, {"hwnic4"}, {}}));
     }
 
     Words SetFailover(const Words& parameters) {
-        Words words{"policy", "failover", "set", "-v", "vSwitch0"};
+        Words words{"policy", "failover", "set", "-v", "lanswitch0"};
         words.insert(words.end(), parameters.begin(), parameters.end());
         return ChangeReporting(words);
     }
 
-    Adapters Current() { return AdaptersOf(SwitchFailover("vSwitch0")); }
+    Adapters Current() { return AdaptersOf(SwitchFailover("lanswitch0")); }
 };
 
 TEST_F(FailoverOrder, ActiveListAloneKeepsTheStandbyAdapters) {
@@ -81,7 +81,7 @@ TEST_F(FailoverOrder, ANameTwiceIsRefusedAndNothingIsWritten) {
     EXPECT_EQ(SetFailover({"--standby-uplinks=hwnic4,hwnic4", "--load-balancing=iphash"}),
               duplicate);
     EXPECT_EQ(Current(), (Adapters{{"hwnic0", "hwnic1"}, {"hwnic4"}, {}}));
-    EXPECT_EQ(Testing::Str(SwitchFailover("vSwitch0"), "Load Balancing"), "srcport");
+    EXPECT_EQ(Testing::Str(SwitchFailover("lanswitch0"), "Load Balancing"), "srcport");
 }
 
 TEST_F(FailoverOrder, UnknownAndUnconnectedNamesAreReportedTogetherAndNothingIsWritten) {
@@ -96,7 +96,7 @@ TEST_F(FailoverOrder, UnknownAndUnconnectedNamesAreReportedTogetherAndNothingIsW
     EXPECT_EQ(SetFailover({"--active-uplinks= hwnic0"}),
               Words{"Unknown NIC name in active uplinks :  hwnic0"});
     EXPECT_EQ(Current(), (Adapters{{"hwnic0", "hwnic1"}, {"hwnic4"}, {}}));
-    EXPECT_TRUE(Testing::Bool(SwitchFailover("vSwitch0"), "Notify Switches"));
+    EXPECT_TRUE(Testing::Bool(SwitchFailover("lanswitch0"), "Notify Switches"));
 }
 
 TEST_F(FailoverOrder, AnEmptyLastPieceIsNoName) {
@@ -110,41 +110,41 @@ TEST_F(FailoverWords, LoadBalancingReadsBackInTheHostsWords) {
     const std::pair<const char*, const char*> cases[] = {
         {"portid", "srcport"}, {"mac", "srcmac"}, {"iphash", "iphash"}, {"explicit", "explicit"}};
     for (const auto& [given, shown] : cases) {
-        Change({"policy", "failover", "set", "-v", "vSwitch0", "-l", given});
-        EXPECT_EQ(Testing::Str(SwitchFailover("vSwitch0"), "Load Balancing"), shown) << given;
+        Change({"policy", "failover", "set", "-v", "lanswitch0", "-l", given});
+        EXPECT_EQ(Testing::Str(SwitchFailover("lanswitch0"), "Load Balancing"), shown) << given;
     }
 }
 
 TEST_F(FailoverWords, FailureDetectionNotifyAndFailback) {
-    Change({"policy", "failover", "set", "-v", "vSwitch0", "--failure-detection=beacon",
+    Change({"policy", "failover", "set", "-v", "lanswitch0", "--failure-detection=beacon",
             "--notify-switches=false", "--failback=false"});
-    auto failover = SwitchFailover("vSwitch0");
+    auto failover = SwitchFailover("lanswitch0");
     EXPECT_EQ(Testing::Str(failover, "Network Failure Detection"), "beacon");
     EXPECT_FALSE(Testing::Bool(failover, "Notify Switches"));
     EXPECT_FALSE(Testing::Bool(failover, "Failback"));
-    Change({"policy", "failover", "set", "-v", "vSwitch0", "-f", "link", "-n", "true"});
-    failover = SwitchFailover("vSwitch0");
+    Change({"policy", "failover", "set", "-v", "lanswitch0", "-f", "link", "-n", "true"});
+    failover = SwitchFailover("lanswitch0");
     EXPECT_EQ(Testing::Str(failover, "Network Failure Detection"), "link");
     EXPECT_TRUE(Testing::Bool(failover, "Notify Switches"));
 }
 
 TEST_F(FailoverWords, FailbackIsStoredAsTheInverseRollingRestoration) {
-    ASSERT_FALSE(Testing::Bool(SwitchFailover("vSwitch1"), "Failback"));
-    Change({"policy", "failover", "set", "-v", "vSwitch1", "--failback=true"});
-    EXPECT_TRUE(Testing::Bool(SwitchFailover("vSwitch1"), "Failback"));
+    ASSERT_FALSE(Testing::Bool(SwitchFailover("storageswitch1"), "Failback"));
+    Change({"policy", "failover", "set", "-v", "storageswitch1", "--failback=true"});
+    EXPECT_TRUE(Testing::Bool(SwitchFailover("storageswitch1"), "Failback"));
     auto stored = HostCtl::Network::NetworkFactory::GetVirtualSwitchById(
-        "vSwitch1", HostCtl::Network::PortsetGetNormal);
+        "storageswitch1", HostCtl::Network::PortsetGetNormal);
     ASSERT_TRUE(stored);
     EXPECT_EQ(stored->GetTeamingPolicy().rollingRestoration, 0);
 }
 
 TEST_F(FailoverWords, OnlyTheSwitchNameWritesTheOwnPolicyBackAsItWas) {
     const auto before = HostCtl::Network::NetworkFactory::GetVirtualSwitchById(
-                            "vSwitch1", HostCtl::Network::PortsetGetNormal)
+                            "storageswitch1", HostCtl::Network::PortsetGetNormal)
                             ->GetTeamingPolicy();
-    Change({"policy", "failover", "set", "-v", "vSwitch1"});
+    Change({"policy", "failover", "set", "-v", "storageswitch1"});
     const auto after = HostCtl::Network::NetworkFactory::GetVirtualSwitchById(
-                           "vSwitch1", HostCtl::Network::PortsetGetNormal)
+                           "storageswitch1", HostCtl::Network::PortsetGetNormal)
                            ->GetTeamingPolicy();
     EXPECT_EQ(after.setFields, before.setFields);
     EXPECT_EQ(after.uplinkOrder, before.uplinkOrder);
@@ -154,7 +154,7 @@ TEST_F(FailoverWords, OnlyTheSwitchNameWritesTheOwnPolicyBackAsItWas) {
 
 // Shaping values go in as Kbps and Kib and are kept as bits per second and bytes.
 class ShapingValues : public VswitchTesting::VswitchTest {
-  protected:
+protected:
     HostCtl::Network::ShapingPolicy Stored(const std::string& name) {
         return HostCtl::Network::NetworkFactory::GetVirtualSwitchById(
                    name, HostCtl::Network::PortsetGetNormal)
@@ -167,17 +167,17 @@ class ShapingValues : public VswitchTesting::VswitchTest {
 };
 
 TEST_F(ShapingValues, ShapingOffShowsMinusOneWhateverIsStored) {
-    auto shaping = SwitchShaping("vSwitch0");
+    auto shaping = SwitchShaping("lanswitch0");
     EXPECT_FALSE(Testing::Bool(shaping, "Enabled"));
     EXPECT_EQ(Numbers(shaping), (std::vector<long>{-1, -1, -1}));
-    EXPECT_NE(Stored("vSwitch0").averageBps, 0u);
+    EXPECT_NE(Stored("lanswitch0").averageBps, 0u);
 }
 
 TEST_F(ShapingValues, OneKbpsIsAThousandBitsAndOneKibIs128Bytes) {
-    Change({"policy", "shaping", "set", "-v", "vSwitch0", "--enabled=true", "--avg-bandwidth=1",
+    Change({"policy", "shaping", "set", "-v", "lanswitch0", "--enabled=true", "--avg-bandwidth=1",
             "--peak-bandwidth=2", "--burst-size=1"});
-    EXPECT_EQ(Numbers(SwitchShaping("vSwitch0")), (std::vector<long>{1, 2, 1}));
-    const auto stored = Stored("vSwitch0");
+    EXPECT_EQ(Numbers(SwitchShaping("lanswitch0")), (std::vector<long>{1, 2, 1}));
+    const auto stored = Stored("lanswitch0");
     EXPECT_EQ(stored.averageBps, 1000u);
     EXPECT_EQ(stored.peakBps, 2000u);
     EXPECT_EQ(stored.burstSize, 128u);
@@ -188,43 +188,45 @@ TEST_F(ShapingValues, RenderingTruncatesTowardZero) {
     auto& shaping = profile["vswitches"][0]["policies"]["shaping"];
     shaping = {{"enabled", true}, {"averageBps", 1999}, {"peakBps", 999}, {"burstSize", 255}};
     ImportHost(profile);
-    EXPECT_EQ(Numbers(SwitchShaping("vSwitch0")), (std::vector<long>{1, 0, 1}));
+    EXPECT_EQ(Numbers(SwitchShaping("lanswitch0")), (std::vector<long>{1, 0, 1}));
 }
 
 TEST_F(ShapingValues, EnablingNeedsAllThreeValuesEvenWhenTheyAreStored) {
-    EXPECT_EQ(ChangeReporting({"policy", "shaping", "set", "-v", "vSwitch0", "--enabled=true"}),
+    EXPECT_EQ(ChangeReporting({"policy", "shaping", "set", "-v", "lanswitch0", "--enabled=true"}),
               (Words{"Missing required parameter --avg-bandwidth",
                      "Missing required parameter --peak-bandwidth",
                      "Missing required parameter --burst-size"}));
-    EXPECT_EQ(
-        ChangeReporting({"policy", "shaping", "set", "-v", "vSwitch0", "-e", "true", "-b", "1000"}),
-        (Words{"Missing required parameter --peak-bandwidth",
-               "Missing required parameter --burst-size"}));
-    EXPECT_FALSE(Testing::Bool(SwitchShaping("vSwitch0"), "Enabled"));
+    EXPECT_EQ(ChangeReporting(
+                  {"policy", "shaping", "set", "-v", "lanswitch0", "-e", "true", "-b", "1000"}),
+              (Words{"Missing required parameter --peak-bandwidth",
+                     "Missing required parameter --burst-size"}));
+    EXPECT_FALSE(Testing::Bool(SwitchShaping("lanswitch0"), "Enabled"));
 }
 
 TEST_F(ShapingValues, ValuesOfADisabledShaperAreIgnored) {
-    const auto before = Stored("vSwitch0");
-    EXPECT_EQ(ChangeReporting({"policy", "shaping", "set", "-v", "vSwitch0", "--avg-bandwidth=7"}),
-              Words{});
-    EXPECT_EQ(Stored("vSwitch0").averageBps, before.averageBps);
+    const auto before = Stored("lanswitch0");
+    EXPECT_EQ(
+        ChangeReporting({"policy", "shaping", "set", "-v", "lanswitch0", "--avg-bandwidth=7"}),
+        Words{});
+    EXPECT_EQ(Stored("lanswitch0").averageBps, before.averageBps);
 }
 
 TEST_F(ShapingValues, AnEnabledShaperTakesEachValueOnItsOwn) {
-    Change({"policy", "shaping", "set", "-v", "vSwitch1", "--peak-bandwidth=2000000"});
-    EXPECT_EQ(Numbers(SwitchShaping("vSwitch1")), (std::vector<long>{500000, 2000000, 409600}));
+    Change({"policy", "shaping", "set", "-v", "storageswitch1", "--peak-bandwidth=2000000"});
+    EXPECT_EQ(Numbers(SwitchShaping("storageswitch1")),
+              (std::vector<long>{500000, 2000000, 409600}));
 }
 
 TEST_F(ShapingValues, DisablingKeepsTheOtherValues) {
-    Change(
-        {"policy", "shaping", "set", "-v", "vSwitch1", "--enabled=false", "--avg-bandwidth=1000"});
-    EXPECT_EQ(Numbers(SwitchShaping("vSwitch1")), (std::vector<long>{-1, -1, -1}));
-    EXPECT_EQ(Stored("vSwitch1").averageBps, 500000000u);
+    Change({"policy", "shaping", "set", "-v", "storageswitch1", "--enabled=false",
+            "--avg-bandwidth=1000"});
+    EXPECT_EQ(Numbers(SwitchShaping("storageswitch1")), (std::vector<long>{-1, -1, -1}));
+    EXPECT_EQ(Stored("storageswitch1").averageBps, 500000000u);
 }
 
 TEST_F(ShapingValues, ValuesBelowOneNeverReachTheCommand) {
-    RefusedByHost({"policy", "shaping", "set", "-v", "vSwitch1", "--avg-bandwidth=0"});
-    RefusedByHost({"policy", "shaping", "set", "-v", "vSwitch1", "--burst-size=-5"});
+    RefusedByHost({"policy", "shaping", "set", "-v", "storageswitch1", "--avg-bandwidth=0"});
+    RefusedByHost({"policy", "shaping", "set", "-v", "storageswitch1", "--burst-size=-5"});
 }
 
 }  // namespace

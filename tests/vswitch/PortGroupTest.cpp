@@ -9,7 +9,7 @@ using Testing::Str;
 using VswitchTesting::Words;
 
 class PortGroups : public VswitchTesting::VswitchTest {
-  protected:
+protected:
     // "name@switch:clients:vlan" per row, in order.
     Words Listed(const Words& parameters = {}) {
         Words words{"vswitch", "standard", "portgroup", "list"};
@@ -25,9 +25,10 @@ class PortGroups : public VswitchTesting::VswitchTest {
 };
 
 TEST_F(PortGroups, ListShowsEachPortGroupWithItsSwitchClientsAndVlan) {
-    EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
-                               "Storage Network@vSwitch1:0:20", "vMotion Network@vSwitch1:0:30",
-                               "Backup Network@vSwitch1:0:4095"}));
+    EXPECT_EQ(Listed(),
+              (Words{"Management Network@lanswitch0:1:0", "VM Network@lanswitch0:0:0",
+                     "Storage Network@storageswitch1:0:20", "Migration Network@storageswitch1:0:30",
+                     "Backup Network@storageswitch1:0:4095"}));
     EXPECT_EQ(Listed({"--type=system"}), Words{"Kelm System Network@kelmSystemSwitch0:1:0"});
     EXPECT_EQ(RunError({"vswitch", "standard", "portgroup", "list", "-t", "legacy"}),
               "Invalid type value, should be 'system'.");
@@ -43,45 +44,46 @@ TEST_F(PortGroups, ListOfAHostWithoutPortGroupsIsEmpty) {
 }
 
 TEST_F(PortGroups, AddPutsANewPortGroupOnItsSwitch) {
-    Change({"portgroup", "add", "-p", "Test Network", "-v", "vSwitch1"});
-    Change({"portgroup", "add", "--portgroup-name=Lab", "--vswitch-name=vSwitch0"});
+    Change({"portgroup", "add", "-p", "Test Network", "-v", "storageswitch1"});
+    Change({"portgroup", "add", "--portgroup-name=Lab", "--vswitch-name=lanswitch0"});
     auto listed = Listed();
     ASSERT_EQ(listed.size(), 7u);
-    EXPECT_EQ(listed[2], "Lab@vSwitch0:0:0");
-    EXPECT_EQ(listed[6], "Test Network@vSwitch1:0:0");
-    EXPECT_EQ(Testing::Strings(SwitchRow("vSwitch0"), "Portgroups"),
+    EXPECT_EQ(listed[2], "Lab@lanswitch0:0:0");
+    EXPECT_EQ(listed[6], "Test Network@storageswitch1:0:0");
+    EXPECT_EQ(Testing::Strings(SwitchRow("lanswitch0"), "Portgroups"),
               (Words{"Management Network", "VM Network", "Lab"}));
 }
 
 TEST_F(PortGroups, AddRefusals) {
-    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "vSwitch0"}),
-              "Port group VM Network already exists on vSwitch0");
-    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "vSwitch1"}),
-              "Port group VM Network already exists on vSwitch0");
-    EXPECT_EQ(Refused({"portgroup", "add", "-p", "Lab", "-v", "vSwitch7"}),
-              "Unable to find a virtual switch with name vSwitch7");
-    EXPECT_EQ(Refused({"portgroup", "add", "-p", "", "-v", "vSwitch0"}),
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "lanswitch0"}),
+              "Port group VM Network already exists on lanswitch0");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "VM Network", "-v", "storageswitch1"}),
+              "Port group VM Network already exists on lanswitch0");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "Lab", "-v", "labswitch7"}),
+              "Unable to find a virtual switch with name labswitch7");
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", "", "-v", "lanswitch0"}),
               "A port group name must not be empty");
-    EXPECT_EQ(Refused({"portgroup", "add", "-p", std::string(128, 'p'), "-v", "vSwitch0"}),
+    EXPECT_EQ(Refused({"portgroup", "add", "-p", std::string(128, 'p'), "-v", "lanswitch0"}),
               "The port group name " + std::string(128, 'p') + " is longer than 127 bytes");
     EXPECT_EQ(Listed().size(), 5u);
 }
 
 TEST_F(PortGroups, RemoveTakesAPortGroupThatIsNotInUse) {
-    Change({"portgroup", "remove", "-p", "vMotion Network", "-v", "vSwitch1"});
-    EXPECT_EQ(Listed(), (Words{"Management Network@vSwitch0:1:0", "VM Network@vSwitch0:0:0",
-                               "Storage Network@vSwitch1:0:20", "Backup Network@vSwitch1:0:4095"}));
+    Change({"portgroup", "remove", "-p", "Migration Network", "-v", "storageswitch1"});
+    EXPECT_EQ(Listed(), (Words{"Management Network@lanswitch0:1:0", "VM Network@lanswitch0:0:0",
+                               "Storage Network@storageswitch1:0:20",
+                               "Backup Network@storageswitch1:0:4095"}));
 }
 
 TEST_F(PortGroups, RemoveRefusals) {
-    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Management Network", "-v", "vSwitch0"}),
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Management Network", "-v", "lanswitch0"}),
               "Port group Management Network is in use by kelm0");
-    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "VM Network", "-v", "vSwitch1"}),
-              "There is no port group named VM Network on vSwitch1");
-    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "vSwitch0"}),
-              "There is no port group named Lab on vSwitch0");
-    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "vSwitch7"}),
-              "Unable to find a virtual switch with name vSwitch7");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "VM Network", "-v", "storageswitch1"}),
+              "There is no port group named VM Network on storageswitch1");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "lanswitch0"}),
+              "There is no port group named Lab on lanswitch0");
+    EXPECT_EQ(Refused({"portgroup", "remove", "-p", "Lab", "-v", "labswitch7"}),
+              "Unable to find a virtual switch with name labswitch7");
     EXPECT_EQ(Listed().size(), 5u);
 }
 
@@ -89,8 +91,8 @@ TEST_F(PortGroups, SetChangesTheVlanWithinItsRange) {
     Change({"portgroup", "set", "-p", "VM Network", "--vlan-id=4095"});
     Change({"portgroup", "set", "-p", "Storage Network", "-v", "0"});
     const auto listed = Listed();
-    EXPECT_EQ(listed[1], "VM Network@vSwitch0:0:4095");
-    EXPECT_EQ(listed[2], "Storage Network@vSwitch1:0:0");
+    EXPECT_EQ(listed[1], "VM Network@lanswitch0:0:4095");
+    EXPECT_EQ(listed[2], "Storage Network@storageswitch1:0:0");
     RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=4096"});
     RefusedByHost({"portgroup", "set", "-p", "VM Network", "--vlan-id=-1"});
     EXPECT_EQ(Refused({"portgroup", "set", "-p", "Lab", "--vlan-id=5"}),

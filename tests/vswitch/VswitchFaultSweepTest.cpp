@@ -7,7 +7,7 @@
 namespace {
 
 class VswitchFaultSweep : public Testing::CommandTest {
-  protected:
+protected:
     // Sweeps `network vswitch standard <words...>` and checks that the sweep failed each of
     // `expected` in turn.
     void Sweep(const std::vector<std::string>& words, const std::vector<std::string>& expected) {
@@ -25,11 +25,11 @@ class VswitchFaultSweep : public Testing::CommandTest {
 };
 
 TEST_F(VswitchFaultSweep, SwitchLifecycle) {
-    Sweep({"add", "-v", "vSwitch9", "-P", "256"},
+    Sweep({"add", "-v", "labswitch9", "-P", "256"},
           {"NicTeamingPolicy::GetDefaultPolicy", "PortSecurityPolicy::GetDefaultPolicy",
            "ShapingPolicy::GetDefaultPolicy", "NicCapabilities::GetDefaultPolicy",
            "VirtualSwitchInfoImpl::AddVirtualSwitchWithPolicy"});
-    Sweep({"set", "-v", "vSwitch0", "--mtu=9000", "--cdp-status=both"},
+    Sweep({"set", "-v", "lanswitch0", "--mtu=9000", "--cdp-status=both"},
           {"PortsetImpl::IsValidVirtualSwitch", "VirtualSwitchInfoImpl::GetVirtualSwitchByName",
            "VirtualSwitch::SetMTU", "VirtualSwitch::SetCdpStatus"});
     Sweep({"list"},
@@ -40,15 +40,15 @@ TEST_F(VswitchFaultSweep, SwitchLifecycle) {
            "VirtualSwitch::GetBeaconEnabled", "VirtualSwitch::GetBeaconInterval",
            "VirtualSwitch::GetBeaconThreshold", "VirtualSwitch::GetBeaconRequiredBy",
            "Portset::GetUplinks", "VirtualSwitch::GetPortGroups", "PortGroup::GetName"});
-    Sweep({"list", "-v", "vSwitch1"}, {"VirtualSwitchInfoImpl::GetVirtualSwitchByName"});
-    Sweep({"remove", "-v", "vSwitch1"},
+    Sweep({"list", "-v", "storageswitch1"}, {"VirtualSwitchInfoImpl::GetVirtualSwitchByName"});
+    Sweep({"remove", "-v", "storageswitch1"},
           {"PortsetImpl::IsValidVirtualSwitch", "VirtualSwitchInfoImpl::RemoveVirtualSwitch"});
 }
 
 TEST_F(VswitchFaultSweep, Uplinks) {
-    Sweep({"uplink", "add", "-v", "vSwitch0", "-u", "hwnic4"},
+    Sweep({"uplink", "add", "-v", "lanswitch0", "-u", "hwnic4"},
           {"NetworkFactory::GetVirtualSwitchById", "VirtualSwitch::AddUplink"});
-    Sweep({"uplink", "remove", "-v", "vSwitch0", "-u", "hwnic1"},
+    Sweep({"uplink", "remove", "-v", "lanswitch0", "-u", "hwnic1"},
           {"NetworkFactory::GetVirtualSwitchById", "VirtualSwitch::RemoveUplink"});
 }
 
@@ -59,18 +59,18 @@ TEST_F(VswitchFaultSweep, SwitchPolicies) {
         more.insert(more.begin(), lookup.begin(), lookup.end());
         return more;
     };
-    Sweep({"policy", "shaping", "get", "-v", "vSwitch1"},
+    Sweep({"policy", "shaping", "get", "-v", "storageswitch1"},
           with({"VirtualSwitch::GetEffectiveShapingPolicy"}));
-    Sweep({"policy", "shaping", "set", "-v", "vSwitch1", "--avg-bandwidth=1000"},
+    Sweep({"policy", "shaping", "set", "-v", "storageswitch1", "--avg-bandwidth=1000"},
           with({"VirtualSwitch::GetEffectiveShapingPolicy", "VirtualSwitch::SetShapingPolicy"}));
-    Sweep({"policy", "security", "get", "-v", "vSwitch1"},
+    Sweep({"policy", "security", "get", "-v", "storageswitch1"},
           with({"VirtualSwitch::GetEffectiveSecurityPolicy"}));
-    Sweep({"policy", "security", "set", "-v", "vSwitch1", "-p", "true"},
+    Sweep({"policy", "security", "set", "-v", "storageswitch1", "-p", "true"},
           with({"VirtualSwitch::GetEffectiveSecurityPolicy", "VirtualSwitch::SetSecurityPolicy"}));
-    Sweep({"policy", "failover", "get", "-v", "vSwitch1"},
+    Sweep({"policy", "failover", "get", "-v", "storageswitch1"},
           with({"VirtualSwitch::GetEffectiveTeamingPolicy", "Portset::GetUplinks"}));
     Sweep(
-        {"policy", "failover", "set", "-v", "vSwitch1", "--active-uplinks=hwnic3",
+        {"policy", "failover", "set", "-v", "storageswitch1", "--active-uplinks=hwnic3",
          "--standby-uplinks=hwnic2"},
         with({"VirtualSwitch::GetEffectiveTeamingPolicy", "VirtualSwitch::GetTeamingPolicy",
               "Portset::GetUplinks", "PnicImpl::IsValidPnic", "VirtualSwitch::SetTeamingPolicy"}));
@@ -81,9 +81,9 @@ TEST_F(VswitchFaultSweep, PortGroups) {
           {"NetworkInfoImpl::NetworkInfoImpl", "NetworkInfoImpl::GetAllPortGroups",
            "PortGroup::GetName", "ConnectionPoint::GetPortsetName", "PortGroup::GetActiveClients",
            "PortGroup::GetVlanId"});
-    Sweep({"portgroup", "add", "-p", "Lab", "-v", "vSwitch0"},
+    Sweep({"portgroup", "add", "-p", "Lab", "-v", "lanswitch0"},
           {"NetworkFactory::GetVirtualSwitchById", "VirtualSwitch::AddPortGroup"});
-    Sweep({"portgroup", "remove", "-p", "VM Network", "-v", "vSwitch0"},
+    Sweep({"portgroup", "remove", "-p", "VM Network", "-v", "lanswitch0"},
           {"NetworkFactory::GetVirtualSwitchById", "VirtualSwitch::RemovePortGroup"});
     Sweep({"portgroup", "set", "-p", "VM Network", "--vlan-id=12"},
           {"NetworkFactory::GetPortGroupByName", "PortGroup::SetVlanId"});

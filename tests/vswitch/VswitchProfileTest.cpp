@@ -24,9 +24,9 @@ protected:
 };
 
 TEST_F(VswitchProfile, ExportThenImportGivesBackTheSameSwitches) {
-    Change({"add", "-v", "vSwitch9"});
-    Change({"uplink", "add", "-v", "vSwitch9", "-u", "hwnic4"});
-    Change({"portgroup", "add", "-p", "Lab", "-v", "vSwitch9"});
+    Change({"add", "-v", "labswitch9"});
+    Change({"uplink", "add", "-v", "labswitch9", "-u", "hwnic4"});
+    Change({"portgroup", "add", "-p", "Lab", "-v", "labswitch9"});
     Change({"portgroup", "policy", "failover", "set", "-p", "Lab", "-a", "hwnic4", "-l", "mac"});
     Change({"portgroup", "policy", "shaping", "set", "-p", "VM Network", "--enabled=false"});
     const Json exported = ExportedHost();
@@ -45,8 +45,8 @@ TEST_F(VswitchProfile, ScalingCopiesSwitchesUplinksAndPortGroups) {
     for (const auto& row : Rows(RunList({"vswitch", "standard", "list"}))) {
         names.push_back(Str(row, "Name"));
     }
-    EXPECT_EQ(names, (Words{"vSwitch0", "vSwitch1", "vSwitch2", "vSwitch3"}));
-    auto copy = SwitchRow("vSwitch2");
+    EXPECT_EQ(names, (Words{"lanswitch0", "storageswitch1", "lanswitch1", "storageswitch3"}));
+    auto copy = SwitchRow("lanswitch1");
     EXPECT_EQ(Strings(copy, "Uplinks"), (Words{"hwnic9", "hwnic10"}));
     EXPECT_EQ(Strings(copy, "Portgroups"), (Words{"Management Network 1", "VM Network 1"}));
     EXPECT_EQ(Strings(PortGroupFailover("Management Network 1"), "Active Adapters"),
@@ -71,9 +71,9 @@ TEST_F(VswitchProfile, AProfileTheHostCantTakeIsRefusedWhole) {
     profile["vswitches"][1]["portGroups"][0]["name"] = "VM Network";
     EXPECT_EQ(ImportFailure(profile), "The profile has more than one port group named VM Network");
     profile = original;
-    profile["vswitches"][1]["name"] = "vSwitch0";
+    profile["vswitches"][1]["name"] = "lanswitch0";
     EXPECT_EQ(ImportFailure(profile),
-              "The profile has more than one virtual switch named vSwitch0");
+              "The profile has more than one virtual switch named lanswitch0");
     EXPECT_EQ(ExportedHost()["vswitches"], original["vswitches"]);
 }
 
