@@ -5,6 +5,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/PortGroup.h"
+#include "hostsim/core/Names.h"
 
 namespace HostSim::Vswitch {
 
@@ -12,18 +13,6 @@ namespace {
 
 using HostCtl::Lib::HostCtlException;
 using HostCtl::Network::NicTeamingPolicy;
-
-constexpr std::size_t kMaximumNameLength = 127;
-
-void CheckName(const std::string& name, const char* what) {
-    if (name.empty()) {
-        throw HostCtlException(std::string("A ") + what + " name must not be empty");
-    }
-    if (name.size() > kMaximumNameLength) {
-        throw HostCtlException(std::string("The ") + what + " name " + name + " is longer than " +
-                               std::to_string(kMaximumNameLength) + " bytes");
-    }
-}
 
 void CheckRange(long value, long low, long high, const char* what) {
     if (value < low || value > high) {
@@ -36,11 +25,11 @@ void CheckRange(long value, long low, long high, const char* what) {
 }  // namespace
 
 void CheckSwitchName(const std::string& name) {
-    CheckName(name, "virtual switch");
+    CheckObjectName(name, "virtual switch");
 }
 
 void CheckPortGroupName(const std::string& name) {
-    CheckName(name, "port group");
+    CheckObjectName(name, "port group");
 }
 
 void CheckPorts(long ports) {

@@ -16,7 +16,7 @@ inline constexpr std::uint32_t kMaximumHostPorts = 4608;
 inline constexpr long kMinimumMtu = 1280;
 inline constexpr long kMaximumMtu = 9000;
 
-// Non-empty and at most 127 bytes.
+// Names the host can store: see CheckObjectName.
 void CheckSwitchName(const std::string& name);
 void CheckPortGroupName(const std::string& name);
 void CheckPorts(long ports);

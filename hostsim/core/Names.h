@@ -1,0 +1,16 @@
+// The host's rule for the names it stores (switches, port groups, interfaces, netstacks, ...):
+// a name a table can show on one line.
+#pragma once
+
+#include <string>
+
+namespace HostSim {
+
+inline constexpr std::size_t kMaximumNameLength = 127;
+
+// Throws HostCtlException, in the host's words with `what` naming the kind of object ("port
+// group"), for a name that is empty, longer than 127 bytes, holds a control character or is
+// only blanks.
+void CheckObjectName(const std::string& name, const char* what);
+
+}  // namespace HostSim
