@@ -1,9 +1,11 @@
 // autocli: loads the plug-ins and runs one command line.
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -12,23 +14,33 @@
 namespace {
 
 // Writes straight to a file descriptor; the host hands it each text whole, so a result is
-// one write.
+// one write. A full disk, a closed or full non-blocking pipe, or any other failure is reported
+// back, never taken for success.
 class FileDescriptorChannel : public CommandHost::OutputChannel {
 public:
     explicit FileDescriptorChannel(int descriptor) : descriptor_(descriptor) {}
 
-    void Write(std::string_view text) override {
+    std::string Write(std::string_view text) override {
         std::size_t written = 0;
         while (written < text.size()) {
             ssize_t result = ::write(descriptor_, text.data() + written, text.size() - written);
             if (result < 0 && errno == EINTR) {
                 continue;
             }
-            if (result <= 0) {
-                return;
+            if (result < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+                pollfd ready{descriptor_, POLLOUT, 0};
+                ::poll(&ready, 1, -1);
+                continue;
+            }
+            if (result < 0) {
+                return std::strerror(errno);
+            }
+            if (result == 0) {
+                return "nothing could be written";
             }
             written += static_cast<std::size_t>(result);
         }
+        return {};
     }
 
 private:

@@ -9,6 +9,7 @@
 
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Suggestions.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -99,9 +100,9 @@ CommandHost::Resolution CommandHost::Resolve(const std::vector<std::string>& wor
         auto child = resolution.node->GetNamespaceNode(word);
         if (!child) {
             std::string path = resolution.node->GetPathString(' ');
-            std::string message =
-                path.empty() ? "Unknown namespace '" + word + "'"
-                             : "Unknown command or namespace '" + word + "' in '" + path + "'";
+            std::string message = path.empty() ? "Unknown namespace " + QuoteValue(word)
+                                               : "Unknown command or namespace " +
+                                                     QuoteValue(word) + " in '" + path + "'";
             std::string suggestion = DidYouMean(word, resolution.node->GetNamespaceNodeNames());
             message.append(suggestion.empty() ? "; " + Choices(*resolution.node)
                                               : "." + suggestion);

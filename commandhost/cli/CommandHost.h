@@ -22,13 +22,16 @@ enum ExitStatus {
     ExitCommandError = 1,  // the command reported an error, or its Bool root is false
     ExitRefused = 2,       // the host refused the command line
     ExitException = 3,     // an exception left the command, or a plug-in could not be loaded
+    ExitOutputFailed = 4,  // the output could not be written (whatever the command did stands)
 };
 
 // Where Main writes its output and its messages: each as one text, in one call.
 class OutputChannel {
 public:
     virtual ~OutputChannel() = default;
-    virtual void Write(std::string_view text) = 0;
+    // Writes `text` whole. Returns an empty string, or why it could not be written whole ("No
+    // space left on device").
+    virtual std::string Write(std::string_view text) = 0;
 };
 
 struct RunResult {

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "commandhost/cli/Suggestions.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -47,13 +48,15 @@ std::string ParameterList(const InputSpec& spec) {
     return text;
 }
 
-[[noreturn]] void RefuseUnknown(const InputSpec& spec, const std::string& word,
-                                std::string_view name, bool isShort, const std::string& command) {
+// Refuses a word that names no parameter; the message names it without its value.
+[[noreturn]] void RefuseUnknown(const InputSpec& spec, std::string_view name, bool isShort,
+                                const std::string& command) {
+    const std::string given = QuoteValue((isShort ? "-" : "--") + std::string(name));
     if (spec.GetParameters().empty()) {
-        throw CommandLineError("'" + command + "' takes no parameters, but was given '" + word +
-                               "'.");
+        throw CommandLineError("'" + command + "' takes no parameters, but was given " + given +
+                               ".");
     }
-    std::string message = "Unknown parameter '" + word + "' for '" + command + "'.";
+    std::string message = "Unknown parameter " + given + " for '" + command + "'.";
     std::vector<std::string> names;
     for (const auto& parameter : spec.GetParameters()) {
         names.push_back(isShort ? parameter->GetShortName() : parameter->GetName());
@@ -90,16 +93,17 @@ void CheckForm(const ParameterSpec& parameter, const std::string& value) {
     if (parameter.GetType() == CallSpec::ParameterTypeInt) {
         long parsed = 0;
         if (!CallSpec::ParseIntText(value, parsed)) {
-            throw CommandLineError(
-                "Invalid value '" + value + "' for parameter '" + OptionName(parameter) + "': " +
-                (IsOutOfRangeInteger(value) ? "out of range for a signed 64-bit integer "
-                                              "(-9223372036854775808 to 9223372036854775807)."
-                                            : "expected a signed 64-bit decimal integer."));
+            throw CommandLineError("Invalid value " + QuoteValue(value) + " for parameter '" +
+                                   OptionName(parameter) + "': " +
+                                   (IsOutOfRangeInteger(value)
+                                        ? "out of range for a signed 64-bit integer "
+                                          "(-9223372036854775808 to 9223372036854775807)."
+                                        : "expected a signed 64-bit decimal integer."));
         }
     } else if (parameter.GetType() == CallSpec::ParameterTypeBool) {
         bool parsed = false;
         if (!CallSpec::ParseBoolText(value, parsed)) {
-            throw CommandLineError("Invalid value '" + value + "' for parameter '" +
+            throw CommandLineError("Invalid value " + QuoteValue(value) + " for parameter '" +
                                    OptionName(parameter) + "': expected " + kBoolForms + ".");
         }
     }
@@ -120,7 +124,7 @@ std::shared_ptr<Input> ParseParameters(const std::shared_ptr<InputSpec>& spec,
         const bool isLong = word.size() > 2 && word.starts_with("--");
         const bool isShort = !isLong && word.size() > 1 && word[0] == '-' && word[1] != '-';
         if (!isLong && !isShort) {
-            throw CommandLineError("Unexpected argument '" + word + "' for '" + command +
+            throw CommandLineError("Unexpected argument " + QuoteValue(word) + " for '" + command +
                                    "'; parameters are given as --name=value, --name value or "
                                    "-s value.");
         }
@@ -133,13 +137,14 @@ std::shared_ptr<Input> ParseParameters(const std::shared_ptr<InputSpec>& spec,
         const ParameterSpec* parameter =
             isLong ? FindByName(*spec, body) : FindByShortName(*spec, body);
         if (parameter == nullptr) {
-            RefuseUnknown(*spec, word, body, isShort, command);
+            RefuseUnknown(*spec, body, isShort, command);
         }
         const std::string option = OptionName(*parameter);
         const bool isFlag = parameter->GetType() == CallSpec::ParameterTypeFlag;
         if (isFlag && value) {
             throw CommandLineError("Parameter '" + option +
-                                   "' is a flag and takes no value, but was given '" + word + "'.");
+                                   "' is a flag and takes no value, but was given " +
+                                   QuoteValue(*value) + ".");
         }
         if (!isFlag && !value) {
             // The next word is the value, unless it is plainly another parameter.
@@ -151,11 +156,11 @@ std::shared_ptr<Input> ParseParameters(const std::shared_ptr<InputSpec>& spec,
         }
         if (parameter->GetType() != CallSpec::ParameterTypeStringList &&
             input->HasParameter(parameter->GetName())) {
-            throw CommandLineError(isFlag
-                                       ? "Flag '" + option + "' was given more than once."
-                                       : "Parameter '" + option + "' was given more than once ('" +
-                                             input->GetParameter(parameter->GetName()) +
-                                             "', then '" + *value + "'); it takes a single value.");
+            throw CommandLineError(
+                isFlag ? "Flag '" + option + "' was given more than once."
+                       : "Parameter '" + option + "' was given more than once (" +
+                             QuoteValue(input->GetParameter(parameter->GetName())) + ", then " +
+                             QuoteValue(*value) + "); it takes a single value.");
         }
         CheckForm(*parameter, value.value_or(std::string()));
         input->AddValue(parameter->GetName(), value.value_or(std::string()));

@@ -9,6 +9,7 @@
 
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Suggestions.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -54,7 +55,7 @@ bool Allows(const ParameterConstraint& constraint, const std::regex* pattern,
 std::string Refusal(const ParameterSpec& parameter, const ParameterConstraint& constraint,
                     const std::string& value) {
     std::string message =
-        "Invalid value '" + value + "' for parameter '" + OptionName(parameter) + "': ";
+        "Invalid value " + QuoteValue(value) + " for parameter '" + OptionName(parameter) + "': ";
     switch (constraint.GetType()) {
         case CallSpec::ConstraintIntRange:
             message.append("allowed range is ").append(AllowedValues(constraint)).append(".");

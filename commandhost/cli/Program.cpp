@@ -5,6 +5,7 @@
 #include "commandhost/cli/Formatters.h"
 #include "commandhost/cli/Help.h"
 #include "commandhost/cli/Suggestions.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -16,7 +17,7 @@ constexpr std::string_view kHelpOption = "--help";
 constexpr std::string_view kVersionOption = "--version";
 
 // Reads the value of `option` from "--option=value" or "--option value"; false when `word` is
-// not that option.
+// not that option. `value` holds what an earlier occurrence gave, and a second one is refused.
 bool ReadValueOption(const std::vector<std::string>& arguments, size_t& index,
                      std::string_view option, std::string& value, std::string& error) {
     std::string_view word = arguments[index];
@@ -27,28 +28,45 @@ bool ReadValueOption(const std::vector<std::string>& arguments, size_t& index,
     if (!word.empty() && !word.starts_with('=')) {
         return false;
     }
-    value.clear();
+    std::string given;
     if (word.starts_with('=')) {
-        value = word.substr(1);
+        given = word.substr(1);
     } else if (index + 1 < arguments.size()) {
-        value = arguments[++index];
+        given = arguments[++index];
     }
-    if (value.empty()) {
+    if (given.empty()) {
         error = "The option '" + std::string(option) + "' needs a value, as in " +
                 std::string(option) + "=VALUE.";
+    } else if (!value.empty()) {
+        error = "The option '" + std::string(option) + "' was given more than once (" +
+                QuoteValue(value) + ", then " + QuoteValue(given) + "); it takes a single value.";
     }
+    value = std::move(given);
     return true;
 }
 
-void Write(OutputChannel& channel, const std::string& text) {
-    if (!text.empty()) {
-        channel.Write(text);
-    }
+// Writes `text`; an empty string, or why it could not be written.
+std::string Write(OutputChannel& channel, const std::string& text) {
+    return text.empty() ? std::string() : channel.Write(text);
 }
 
 int Refuse(OutputChannel& err, const std::string& message) {
     Write(err, message + "\n");
     return ExitRefused;
+}
+
+// Writes what goes to stdout and then the messages. Output that can't be written whole is
+// reported on stderr, after the messages, and gives its own status: a script must not take a
+// truncated or missing result for the command's answer.
+int Finish(OutputChannel& out, OutputChannel& err, const std::string& text,
+           const std::string& messages, int status) {
+    const std::string failure = Write(out, text);
+    Write(err, messages);
+    if (failure.empty()) {
+        return status;
+    }
+    Write(err, "Unable to write to standard output: " + failure + "\n");
+    return ExitOutputFailed;
 }
 
 }  // namespace
@@ -71,7 +89,7 @@ GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
                                     options.pluginDirectory, options.error)) {
             std::string name = word.substr(0, word.find('='));
             options.error =
-                "Unknown option '" + word + "'." +
+                "Unknown option " + QuoteValue(name) + "." +
                 DidYouMean(name,
                            {std::string(kFormatterOption), std::string(kPluginDirectoryOption),
                             std::string(kHelpOption), std::string(kVersionOption)}) +
@@ -89,8 +107,7 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
         return Refuse(err, options.error);
     }
     if (options.version) {
-        Write(out, "autocli " AUTOCLI_VERSION "\n");
-        return ExitOk;
+        return Finish(out, err, "autocli " AUTOCLI_VERSION "\n", {}, ExitOk);
     }
     // --help and --formatter may also follow the path: "network nic list --formatter=json".
     bool help = options.help;
@@ -112,7 +129,7 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
         for (const std::string& name : FormatterNames()) {
             names.append(names.empty() ? "" : ", ").append(name);
         }
-        return Refuse(err, "Unknown formatter '" + formatter + "'." +
+        return Refuse(err, "Unknown formatter " + QuoteValue(formatter) + "." +
                                DidYouMean(formatter, FormatterNames()) + " Formatters: " + names +
                                ".");
     }
@@ -125,9 +142,10 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     const bool isCommand = resolution.node->GetType() == CppTools::AutoCli::NodeTypeCommand;
     if (help || (!isCommand && resolution.next == words.size())) {
         auto command = std::dynamic_pointer_cast<CppTools::AutoCli::CommandSpec>(resolution.node);
-        Write(out, isCommand && command ? CommandHelp(*command, terminalWidth_)
-                                        : NamespaceHelp(*resolution.node, terminalWidth_));
-        return ExitOk;
+        return Finish(out, err,
+                      isCommand && command ? CommandHelp(*command, terminalWidth_)
+                                           : NamespaceHelp(*resolution.node, terminalWidth_),
+                      {}, ExitOk);
     }
 
     RunResult result = Run(words);
@@ -148,9 +166,7 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     for (const std::string& message : result.hostMessages) {
         messages.append(message).push_back('\n');
     }
-    Write(out, text);
-    Write(err, messages);
-    return result.status;
+    return Finish(out, err, text, messages, result.status);
 }
 
 }  // namespace CommandHost

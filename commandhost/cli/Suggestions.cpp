@@ -1,6 +1,7 @@
 #include "commandhost/cli/Suggestions.h"
 
 #include <algorithm>
+#include <cctype>
 #include <numeric>
 
 namespace CommandHost {
@@ -25,6 +26,19 @@ size_t EditDistance(std::string_view a, std::string_view b) {
 }
 
 std::string ClosestName(std::string_view word, const std::vector<std::string>& candidates) {
+    // The name in other letter case, "JSON" for "json", is taken as meant first.
+    auto sameLetters = [word](const std::string& candidate) {
+        return candidate != word &&
+               std::equal(word.begin(), word.end(), candidate.begin(), candidate.end(),
+                          [](char a, char b) {
+                              return std::tolower(static_cast<unsigned char>(a)) ==
+                                     std::tolower(static_cast<unsigned char>(b));
+                          });
+    };
+    if (auto same = std::find_if(candidates.begin(), candidates.end(), sameLetters);
+        same != candidates.end()) {
+        return *same;
+    }
     // Short words allow one edit, longer ones up to a third of their length.
     const size_t allowed = std::max<size_t>(1, word.size() / 3);
     const std::string* best = nullptr;

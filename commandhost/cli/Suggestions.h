@@ -11,7 +11,8 @@ namespace CommandHost {
 size_t EditDistance(std::string_view a, std::string_view b);
 
 // The candidate closest to `word`, if it is close enough to be a likely misspelling; empty
-// otherwise. Ties go to the earlier candidate.
+// otherwise. A candidate that differs only in letter case comes first; ties go to the earlier
+// candidate.
 std::string ClosestName(std::string_view word, const std::vector<std::string>& candidates);
 
 // " Did you mean '<closest>'?" with the quoted candidate given the prefix, or empty.

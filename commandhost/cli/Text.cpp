@@ -15,6 +15,9 @@ size_t BytesOfColumns(std::string_view text, size_t columns) {
     return bytes;
 }
 
+// Characters of a value that a message shows before cutting it.
+constexpr size_t kQuotedCharacters = 60;
+
 void WrapLine(std::string_view line, size_t width, std::vector<std::string>& lines) {
     std::string current;
     size_t currentWidth = 0;
@@ -87,6 +90,30 @@ std::vector<std::string> WrapText(std::string_view text, size_t width) {
         text.remove_prefix(newline + 1);
     }
     return lines;
+}
+
+std::string QuoteValue(std::string_view value) {
+    const size_t characters = DisplayWidth(value);
+    std::string_view shown = value.substr(0, BytesOfColumns(value, kQuotedCharacters));
+    std::string text = "'";
+    for (char c : shown) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            text.append("\\n");
+        } else if (c == '\t') {
+            text.append("\\t");
+        } else if (byte < 0x20 || byte == 0x7f) {
+            constexpr char kHex[] = "0123456789abcdef";
+            text.append("\\x").push_back(kHex[byte >> 4]);
+            text.push_back(kHex[byte & 0xf]);
+        } else {
+            text.push_back(c);
+        }
+    }
+    if (shown.size() < value.size()) {
+        return text + "...' (" + std::to_string(characters) + " characters)";
+    }
+    return text + "'";
 }
 
 }  // namespace CommandHost

@@ -1,4 +1,7 @@
 // hostsim: makes, shows and replaces the simulated host's state.
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -35,6 +38,28 @@ Commands:
 struct UsageError {
     std::string message;
 };
+
+// Standard output that can't be written (a full disk, a closed pipe): exit status 4, so that a
+// script never takes a missing or cut export for the host.
+struct OutputError {
+    std::string reason;
+};
+
+// Writes `text` whole to standard output, with write(2): a stream would keep the reason of a
+// failure from us.
+void WriteOut(const std::string& text) {
+    std::size_t written = 0;
+    while (written < text.size()) {
+        ssize_t result = write(STDOUT_FILENO, text.data() + written, text.size() - written);
+        if (result < 0 && errno == EINTR) {
+            continue;
+        }
+        if (result <= 0) {
+            throw OutputError{result < 0 ? std::strerror(errno) : "nothing could be written"};
+        }
+        written += static_cast<std::size_t>(result);
+    }
+}
 
 bool TakeOption(const std::string& argument, const char* name, std::string& value) {
     std::string prefix = std::string("--") + name + "=";
@@ -101,7 +126,7 @@ int Run(const std::vector<std::string>& arguments) {
         return 2;
     }
     if (arguments[0] == "--help" || arguments[0] == "help") {
-        std::cout << kUsage;
+        WriteOut(kUsage);
         return 0;
     }
     const std::string& command = arguments[0];
@@ -109,7 +134,7 @@ int Run(const std::vector<std::string>& arguments) {
     if (command == "init") {
         Init(rest);
     } else if (command == "export" && rest.empty()) {
-        std::cout << HostSim::ExportHost(HostSim::Store()).dump(2) << "\n";
+        WriteOut(HostSim::ExportHost(HostSim::Store()).dump(2) + "\n");
     } else if (command == "import" && rest.size() == 1) {
         HostSim::ReplaceHost(HostSim::Store(), ReadProfile(rest[0]), 1, "");
     } else if (command == "reset" && rest.empty()) {
@@ -132,5 +157,8 @@ int main(int argc, char** argv) {
     } catch (const HostCtl::Lib::HostCtlException& error) {
         std::cerr << "hostsim: " << error.what() << "\n";
         return 1;
+    } catch (const OutputError& error) {
+        std::cerr << "hostsim: unable to write to standard output: " << error.reason << "\n";
+        return 4;
     }
 }

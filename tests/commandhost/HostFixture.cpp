@@ -190,7 +190,10 @@ HostTest::HostTest() {
 int HostTest::Main(const std::vector<std::string>& arguments) {
     struct StringChannel : CommandHost::OutputChannel {
         explicit StringChannel(std::string& text) : text(text) { text.clear(); }
-        void Write(std::string_view written) override { text.append(written); }
+        std::string Write(std::string_view written) override {
+            text.append(written);
+            return {};
+        }
         std::string& text;
     };
     StringChannel out(out_);

@@ -90,7 +90,7 @@ TEST_F(MainTest, GlobalOptions) {
     EXPECT_EQ(out_, "autocli 1.0.0\n");
     EXPECT_EQ(Main({"--fromatter=json", "demo", "echo"}), CommandHost::ExitRefused);
     EXPECT_EQ(err_,
-              "Unknown option '--fromatter=json'. Did you mean '--formatter'? Usage: autocli "
+              "Unknown option '--fromatter'. Did you mean '--formatter'? Usage: autocli "
               "[--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] network <path...> "
               "[parameters]\n");
     EXPECT_EQ(Main({"--formatter=jsno", "demo", "echo"}), CommandHost::ExitRefused);
@@ -109,6 +109,64 @@ TEST_F(MainTest, GlobalOptions) {
     EXPECT_EQ(out_, "string=hi\n");
     EXPECT_EQ(Main({"demo", "echo", "--formatter"}), CommandHost::ExitRefused);
     EXPECT_EQ(err_, "The option '--formatter' needs a value, as in --formatter=VALUE.\n");
+}
+
+TEST_F(MainTest, AnOptionGivenTwiceOrInTheWrongCaseIsRefused) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+        {{"--formatter=json", "--formatter=xml", "demo", "echo"},
+         "The option '--formatter' was given more than once ('json', then 'xml'); it takes a "
+         "single value."},
+        {{"--formatter=json", "demo", "echo", "--formatter", "json"},
+         "The option '--formatter' was given more than once ('json', then 'json'); it takes a "
+         "single value."},
+        {{"--plugin-dir=/a", "--plugin-dir=/b", "demo", "echo"},
+         "The option '--plugin-dir' was given more than once ('/a', then '/b'); it takes a "
+         "single value."},
+        {{"--formatter=JSON", "demo", "echo"},
+         "Unknown formatter 'JSON'. Did you mean 'json'? Formatters: table, simple, json, xml, "
+         "csv, keyvalue."},
+    };
+    for (const auto& [arguments, message] : cases) {
+        EXPECT_EQ(Main(arguments), CommandHost::ExitRefused);
+        EXPECT_EQ(out_, "");
+        EXPECT_EQ(err_, message + "\n");
+    }
+}
+
+// Output that can't be written is never taken for success: the messages still go to stderr,
+// then the failure, with status 4.
+TEST_F(MainTest, OutputThatCantBeWrittenIsReportedWithStatusFour) {
+    struct FullChannel : CommandHost::OutputChannel {
+        std::string Write(std::string_view) override { return "No space left on device"; }
+    };
+    struct StringChannel : CommandHost::OutputChannel {
+        std::string Write(std::string_view written) override {
+            text.append(written);
+            return {};
+        }
+        std::string text;
+    };
+    errors_ = {"Unable to read one NIC"};
+    result_ = SampleNics();
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+        {{"demo", "nic", "list"}, "Unable to read one NIC\n"},
+        {{"--formatter=json", "demo", "nic", "get"}, "Unable to read one NIC\n"},
+        {{"demo", "nic", "--help"}, ""},
+        {{"--version"}, ""},
+    };
+    for (const auto& [arguments, messages] : cases) {
+        FullChannel out;
+        StringChannel err;
+        EXPECT_EQ(host_.Main(arguments, out, err), CommandHost::ExitOutputFailed);
+        EXPECT_EQ(err.text,
+                  messages + "Unable to write to standard output: No space left on device\n");
+    }
+    // A run with nothing to print has nothing to fail.
+    FullChannel out;
+    StringChannel err;
+    errors_.clear();
+    result_ = MetaBool::New(true);
+    EXPECT_EQ(host_.Main({"demo", "nic", "list"}, out, err), CommandHost::ExitOk);
 }
 
 TEST(GlobalOptionsTest, StopAtTheFirstWordOfThePath) {

@@ -80,16 +80,17 @@ TEST_F(ParserTest, ValuesThatPassTheirConstraints) {
 
 TEST_F(ParserTest, UnknownParametersAreRefusedWithASuggestion) {
     EXPECT_EQ(RefusedSet({"--nic-nme=hwnic0"}),
-              "Unknown parameter '--nic-nme=hwnic0' for 'demo nic set'. Did you mean "
-              "'--nic-name'?");
+              "Unknown parameter '--nic-nme' for 'demo nic set'. Did you mean '--nic-name'?");
     EXPECT_EQ(RefusedSet({"-n", "x", "--zzz"}),
               "Unknown parameter '--zzz' for 'demo nic set'. Its parameters are: --nic-name (-n), "
               "--count (-c), --speed (-s), --duplex (-d), --policy (-p), --interface-name (-i), "
               "--enabled (-e), --force (-f), --tag (-t), --offset.");
     EXPECT_EQ(RefusedSet({"-z", "1"}).substr(0, 46),
               "Unknown parameter '-z' for 'demo nic set'. Its");
-    EXPECT_EQ(Refused({"demo", "nic", "list", "--all"}),
+    EXPECT_EQ(Refused({"demo", "nic", "list", "--all=secret"}),
               "'demo nic list' takes no parameters, but was given '--all'.");
+    EXPECT_EQ(RefusedSet({"-n", "x", "--NIC-NAME=y"}),
+              "Unknown parameter '--NIC-NAME' for 'demo nic set'. Did you mean '--nic-name'?");
 }
 
 TEST_F(ParserTest, MalformedWordsAreRefused) {
@@ -97,7 +98,7 @@ TEST_F(ParserTest, MalformedWordsAreRefused) {
               "Unexpected argument 'hwnic0' for 'demo nic set'; parameters are given as "
               "--name=value, --name value or -s value.");
     EXPECT_EQ(RefusedSet({"-n", "x", "--force=yes"}),
-              "Parameter '--force' is a flag and takes no value, but was given '--force=yes'.");
+              "Parameter '--force' is a flag and takes no value, but was given 'yes'.");
     EXPECT_EQ(RefusedSet({"-n", "x", "--count"}),
               "Parameter '--count' needs a value (a signed 64-bit decimal integer), but none was "
               "given.");
@@ -128,6 +129,44 @@ TEST_F(ParserTest, IntsAndBoolsMustBeWellFormed) {
     EXPECT_EQ(RefusedSet({"-n", "x", "--enabled=maybe"}),
               "Invalid value 'maybe' for parameter '--enabled': expected true/false, yes/no or "
               "1/0.");
+}
+
+// A value is quoted on one line: control characters escaped, and a long one cut, with its
+// length.
+TEST_F(ParserTest, MessagesQuoteValuesOnOneLineAndCutLongOnes) {
+    const std::string longValue(100000, 'x');
+    const std::string shown = "'" + std::string(60, 'x') + "...' (100000 characters)";
+    const std::vector<std::pair<Words, std::string>> cases{
+        {{"-n", "x", "--count=" + longValue},
+         "Invalid value " + shown +
+             " for parameter '--count': expected a signed 64-bit decimal "
+             "integer."},
+        {{"-n", "x", "--duplex=" + longValue},
+         "Invalid value " + shown + " for parameter '--duplex': allowed values are full, half."},
+        {{"-n", "x", "-i", "kelm1\n"},
+         "Invalid value 'kelm1\\n' for parameter '--interface-name': it must match the regular "
+         "expression 'kelm([0-9]|[1-9][0-9])'."},
+        {{"-n", "a\tb", "-n", longValue},
+         "Parameter '--nic-name' was given more than once ('a\\tb', then " + shown +
+             "); it takes a single value."},
+        {{"-n", "x", longValue},
+         "Unexpected argument " + shown +
+             " for 'demo nic set'; parameters are given as --name=value, --name value or -s "
+             "value."},
+        {{"-n", "x", "--enabled=\x01"},
+         "Invalid value '\\x01' for parameter '--enabled': expected true/false, yes/no or 1/0."},
+    };
+    for (const auto& [parameters, message] : cases) {
+        EXPECT_EQ(RefusedSet(parameters), message);
+    }
+    // Characters, not bytes, are counted and cut.
+    std::string accented;
+    for (int i = 0; i < 70; ++i) {
+        accented += "\u00e9";
+    }
+    EXPECT_THAT(RefusedSet({"-n", "x", "--duplex=" + accented}),
+                ::testing::StartsWith("Invalid value '" + accented.substr(0, 120) +
+                                      "...' (70 characters) for"));
 }
 
 TEST_F(ParserTest, DeclaredChecksRefuseBeforeTheCommandRuns) {
@@ -174,6 +213,8 @@ TEST(SuggestionTest, PicksTheClosestLikelyMisspelling) {
     EXPECT_EQ(CommandHost::ClosestName("stat", names), "stats");
     EXPECT_EQ(CommandHost::ClosestName("ipv6", names), "ipv4");
     EXPECT_EQ(CommandHost::ClosestName("firewall", names), "");
+    EXPECT_EQ(CommandHost::ClosestName("IPV4", names), "ipv4");
+    EXPECT_EQ(CommandHost::ClosestName("Get", names), "get");
     EXPECT_EQ(CommandHost::EditDistance("kitten", "sitting"), 3u);
     EXPECT_EQ(CommandHost::EditDistance("ab", "ba"), 1u);
     EXPECT_EQ(CommandHost::EditDistance("", "abc"), 3u);
