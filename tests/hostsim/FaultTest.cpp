@@ -1,4 +1,5 @@
 // The choke point: faults injected in-process and from HOSTSIM_FAULTS, and the trace.
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
@@ -6,6 +7,8 @@
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/SmartNic.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/OperationNames.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
 
@@ -127,13 +130,95 @@ void ReportEnvironmentFaults(const std::string& directory) {
 TEST_F(FaultTest, FaultsComeFromTheEnvironment) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     setenv("HOSTSIM_FAULTS",
-           "Pnic::SetLinkState@hwnic1=Device busy; ;=orphan;Pnic::GetSpeed Pnic::GetMtu=two;"
-           " NetworkInfo::GetPnics =driver reset; Pnic::GetMtu",
+           "Pnic::SetLinkState@hwnic1=Device busy; ; NetworkInfo::GetPnics =driver reset;"
+           " Pnic::GetMtu;",
            1);
     EXPECT_EXIT(ReportEnvironmentFaults(Directory()), ::testing::ExitedWithCode(0),
                 "\\[Device busy\\]\\[\\]\\[driver reset\\]\\[Pnic::GetMtu failed\\]"
                 "\\[injected\\]");
     unsetenv("HOSTSIM_FAULTS");
+}
+
+// A fault entry that can never fire is refused, so that a test can't pass without its fault:
+// every operation then fails with the reason, naming the entry.
+void ReportFirstOperation(const std::string& directory) {
+    HostSim::UseStateDirectory(directory);
+    std::cerr << "[" << FaultOf([] { PnicImpl("hwnic2").GetMtu(); }) << "]";
+    std::exit(0);
+}
+
+TEST_F(FaultTest, AnEntryThatNamesNoOperationIsRefused) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"NetworkInfo::GetPnic=x",
+         "HOSTSIM_FAULTS entry \"NetworkInfo::GetPnic=x\": there is no host operation "
+         "NetworkInfo::GetPnic; did you mean NetworkInfo::GetPnics?"},
+        {"garbage",
+         "HOSTSIM_FAULTS entry \"garbage\": there is no host operation garbage; an entry is "
+         "Interface::Operation[@object][=message]"},
+        {"Pnic::GetMtu=ok;pnic::setlinkstate@hwnic1",
+         "HOSTSIM_FAULTS entry \"pnic::setlinkstate@hwnic1\": there is no host operation "
+         "pnic::setlinkstate; did you mean Pnic::SetLinkState?"},
+        {"=orphan",
+         "HOSTSIM_FAULTS entry \"=orphan\": there is no host operation ; an entry is "
+         "Interface::Operation[@object][=message]"},
+        {"Pnic::GetSpeed Pnic::GetMtu=two",
+         "HOSTSIM_FAULTS entry \"Pnic::GetSpeed Pnic::GetMtu=two\": there is no host operation "
+         "Pnic::GetSpeed Pnic::GetMtu"},
+        {"Pnic::GetMtu@ =x", "HOSTSIM_FAULTS entry \"Pnic::GetMtu@ =x\": no object follows the @"},
+    };
+    for (const auto& [faults, message] : cases) {
+        setenv("HOSTSIM_FAULTS", faults.c_str(), 1);
+        EXPECT_EXIT(ReportFirstOperation(Directory()), ::testing::ExitedWithCode(0),
+                    ::testing::StrEq("[" + message + "]"))
+            << faults;
+    }
+    unsetenv("HOSTSIM_FAULTS");
+}
+
+TEST_F(FaultTest, AnObjectMayHoldBlanks) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    setenv("HOSTSIM_FAULTS", " PortGroup::GetVlanId @ VM Network = no VLAN ", 1);
+    EXPECT_EXIT(
+        {
+            HostSim::UseStateDirectory(Directory());
+            HostSim::PassOperation("PortGroup::GetName", "VM Network");
+            std::cerr << "[" << FaultOf([] {
+                HostSim::PassOperation("PortGroup::GetVlanId", "VM Network");
+            }) << "]";
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), ::testing::StrEq("[ no VLAN ]"));
+    unsetenv("HOSTSIM_FAULTS");
+}
+
+TEST_F(FaultTest, InjectingAFaultOfNoOperationIsRefused) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"Pnic::GetNme",
+         "Unable to inject a fault: there is no host operation Pnic::GetNme; did you mean "
+         "Pnic::GetName?"},
+        {"",
+         "Unable to inject a fault: there is no host operation ; an entry is "
+         "Interface::Operation[@object][=message]"},
+    };
+    for (const auto& [operation, message] : cases) {
+        EXPECT_EQ(FaultOf([&] { HostSim::InjectFault(operation, "", "x"); }), message);
+    }
+    EXPECT_EQ(FaultOf([] { PnicImpl("hwnic1").GetName(); }), "");
+}
+
+// The table of operations comes from the sources, so it holds every operation of every
+// subject: here those the NIC, switch and firewall operations pass.
+TEST_F(FaultTest, TheOperationTableHoldsTheOperationsOfEverySubject) {
+    auto names = HostSim::OperationNames();
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
+    for (const char* name :
+         {"Pnic::SetLinkState", "NetworkInfoImpl::NetworkInfoImpl", "VirtualSwitch::SetMTU",
+          "FirewallRuleset::AddAllowedIp", "SystemInfo::IsFirewallEnabled"}) {
+        EXPECT_TRUE(std::binary_search(names.begin(), names.end(), name)) << name;
+    }
+    EXPECT_FALSE(std::binary_search(names.begin(), names.end(), "Interface::Operation"));
 }
 
 }  // namespace
