@@ -6,6 +6,7 @@
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
 #include "nic/NicCommands.h"
+#include "nic/NicSettingsCommands.h"
 #include "vswitch/VswitchCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -261,6 +262,7 @@ constexpr EntryRow kEntries[] = {
     {"network nic", "list", &Make<NicList>},
     {"network nic", "up", &Make<NicUp>},
     {"network nic", "get", &Make<NicGet>},
+    {"network nic", "set", &Make<NicSet>},
     {"network nic", "down", &Make<NicDown>},
     {"network nic", "stats"},
     {"network nic", "vlan"},
@@ -279,9 +281,28 @@ constexpr EntryRow kEntries[] = {
     {"network nic", "hwCap"},
     {"network nic", "dcb"},
     {"network nic", "attachment"},
+    {"network nic stats", "get", &Make<NicStatsGet>},
     {"network nic vlan", "stats"},
+    {"network nic vlan stats", "get", &Make<NicVlanStatsGet>},
+    {"network nic vlan stats", "set", &Make<NicVlanStatsSet>},
+    {"network nic coalesce", "get", &Make<NicCoalesceGet>},
+    {"network nic coalesce", "set", &Make<NicCoalesceSet>},
     {"network nic coalesce", "low"},
     {"network nic coalesce", "high"},
+    {"network nic coalesce low", "get", &Make<NicCoalesceLowGet>},
+    {"network nic coalesce low", "set", &Make<NicCoalesceLowSet>},
+    {"network nic coalesce high", "get", &Make<NicCoalesceHighGet>},
+    {"network nic coalesce high", "set", &Make<NicCoalesceHighSet>},
+    {"network nic cso", "get", &Make<NicCsoGet>},
+    {"network nic cso", "set", &Make<NicCsoSet>},
+    {"network nic tso", "get", &Make<NicTsoGet>},
+    {"network nic tso", "set", &Make<NicTsoSet>},
+    {"network nic sg", "get", &Make<NicSgGet>},
+    {"network nic sg", "set", &Make<NicSgSet>},
+    {"network nic pauseParams", "list", &Make<NicPauseParamsList>},
+    {"network nic pauseParams", "set", &Make<NicPauseParamsSet>},
+    {"network nic software", "list", &Make<NicSoftwareList>},
+    {"network nic software", "set", &Make<NicSoftwareSet>},
     {"network nic queue", "loadbalancer"},
     {"network nic queue", "count"},
     {"network nic queue", "filterclass"},
@@ -289,6 +310,9 @@ constexpr EntryRow kEntries[] = {
     {"network nic queue loadbalancer", "plugin"},
     {"network nic ring", "preset"},
     {"network nic ring", "current"},
+    {"network nic ring preset", "get", &Make<NicRingPresetGet>},
+    {"network nic ring current", "get", &Make<NicRingCurrentGet>},
+    {"network nic ring current", "set", &Make<NicRingCurrentSet>},
     {"network nic hwCap", "supported"},
     {"network nic hwCap", "activated"},
     {"network nic dcb", "status"},

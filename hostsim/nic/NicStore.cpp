@@ -136,6 +136,17 @@ bool SetAdminState(Database& database, const std::string& name, bool up) {
     return found;
 }
 
+void UpdateLinkSettings(Database& database, const Record& record) {
+    database
+        .Query("UPDATE nic SET speed = ?1, duplex = ?2, link_info = ?3, pause = ?4 WHERE name = ?5")
+        .Bind(1, record.speed)
+        .Bind(2, record.duplex)
+        .Bind(3, record.linkInfo)
+        .Bind(4, record.pause)
+        .Bind(5, record.name)
+        .Run();
+}
+
 std::string DpuId(Database& database, const std::string& name) {
     auto query = database.Query("SELECT dpu_id FROM nic WHERE name = ?1");
     query.Bind(1, name);

@@ -51,6 +51,9 @@ std::optional<Record> Load(Database& database, const std::string& name);
 void Insert(Database& database, const Record& record);
 // Sets a NIC's administrative state in one write transaction; false when there is no such NIC.
 bool SetAdminState(Database& database, const std::string& name, bool up);
+// Writes a NIC's speed, duplex, link information and pause parameters, inside the caller's
+// write transaction.
+void UpdateLinkSettings(Database& database, const Record& record);
 // The id of the DPU behind a NIC; empty when there is none or no such NIC.
 std::string DpuId(Database& database, const std::string& name);
 

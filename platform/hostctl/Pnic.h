@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostctl/MacAddress.h"
+#include "hostctl/PnicSettings.h"
 
 namespace HostCtl::Network {
 
@@ -109,6 +110,22 @@ public:
     virtual void GetPnicInfo(PnicInfo& info) const = 0;
     virtual void GetPauseParams(PnicPauseParams& params) const = 0;
     virtual void GetPnicDriverInfo(PnicDriverInfo& info) const = 0;
+
+    // Link settings, coalescing, offload, software simulation, rings and pause.
+    // Applies the fields of `info` whose flags are set.
+    virtual void SetPnicInfo(const PnicInfo& info) = 0;
+    // Speed in Mbps; duplex 1 full, 2 half; 0 and 0 ask for auto negotiation.
+    virtual void SetSpeedDuplex(unsigned speed, int duplex) = 0;
+    virtual void GetCoalesceParams(PnicCoalesceParams& params) const = 0;
+    virtual void SetCoalesceParams(const PnicCoalesceParams& params) = 0;
+    virtual void GetOffloadParams(PnicOffloadParams& params) const = 0;
+    virtual void SetOffloadParams(const PnicOffloadParams& params) = 0;
+    virtual void GetSoftwareSimulation(PnicSoftwareSimulation& settings) const = 0;
+    virtual void SetSoftwareSimulation(const PnicSoftwareSimulation& settings) = 0;
+    // The preset maximums into `preset`, the sizes in use into `current`.
+    virtual void GetRingParams(PnicRingParams& preset, PnicRingParams& current) const = 0;
+    virtual void SetRingParams(const PnicRingParams& params) = 0;
+    virtual void SetPauseParams(const PnicPauseParams& params) = 0;
 };
 
 }  // namespace HostCtl::Network

@@ -8,6 +8,7 @@
 
 #include "hostctl/HostCtlObject.h"
 #include "hostctl/NetworkPolicy.h"
+#include "hostctl/PnicSettings.h"
 
 namespace HostCtl::Network {
 
@@ -32,6 +33,12 @@ class Portset : public virtual Lib::HostCtlObject {
     // The uplinks attached, in the order they were attached. `activeOnly` limits them to those
     // the teaming policy makes active.
     virtual std::vector<std::string> GetUplinks(bool activeOnly) const = 0;
+
+    // Per-VLAN counters of an uplink. The records belong to the caller; the vector is empty
+    // while collection is off. Both throw HostCtlException when `nic` is no uplink of this
+    // portset.
+    std::vector<PnicVlanStats*> GetVlanStats(const std::string& nic) const;
+    void SetVlanStatsEnabled(const std::string& nic, bool enabled);
 };
 
 class VirtualSwitch : public virtual Portset {

@@ -38,6 +38,22 @@ public:
     void GetPauseParams(HostCtl::Network::PnicPauseParams& params) const override;
     void GetPnicDriverInfo(HostCtl::Network::PnicDriverInfo& info) const override;
 
+    // Link settings, counters, coalescing, offload, software simulation, rings and pause.
+    void SetPnicInfo(const HostCtl::Network::PnicInfo& info) override;
+    void SetSpeedDuplex(unsigned speed, int duplex) override;
+    void GetCoalesceParams(HostCtl::Network::PnicCoalesceParams& params) const override;
+    void SetCoalesceParams(const HostCtl::Network::PnicCoalesceParams& params) override;
+    void GetOffloadParams(HostCtl::Network::PnicOffloadParams& params) const override;
+    void SetOffloadParams(const HostCtl::Network::PnicOffloadParams& params) override;
+    void GetSoftwareSimulation(HostCtl::Network::PnicSoftwareSimulation& settings) const override;
+    void SetSoftwareSimulation(const HostCtl::Network::PnicSoftwareSimulation& settings) override;
+    void GetRingParams(HostCtl::Network::PnicRingParams& preset,
+                       HostCtl::Network::PnicRingParams& current) const override;
+    void SetRingParams(const HostCtl::Network::PnicRingParams& params) override;
+    void SetPauseParams(const HostCtl::Network::PnicPauseParams& params) override;
+    // The NIC's counters; throws HostCtlException when the host can't read them.
+    void GetPnicStats(HostCtl::Network::PnicStats& stats) const;
+
 private:
     std::unique_ptr<Record> record_;
 };

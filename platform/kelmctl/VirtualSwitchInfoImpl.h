@@ -28,6 +28,9 @@ class VirtualSwitchInfoImpl {
         HostCtl::Network::PortsetGetType type);
     // Throws when there is no such switch, or one of its port groups is in use.
     void RemoveVirtualSwitch(const std::string& name);
+
+    // Every portset of the host, ordinary and system, in the order they were made.
+    std::vector<std::unique_ptr<HostCtl::Network::Portset>> GetAllSwitches();
 };
 
 }  // namespace KelmCtl::Network

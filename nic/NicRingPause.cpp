@@ -1,0 +1,314 @@
+// `network nic ring preset|current get`, `network nic ring current set`: the sizes of a NIC's
+// descriptor rings; `network nic pauseParams list|set`: its flow-control pause parameters.
+#include <optional>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/NetworkInfo.h"
+#include "nic/NicSettingsCommands.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::PnicPauseParams;
+using HostCtl::Network::PnicRingParams;
+
+constexpr char kNicName[] = "nic-name";
+constexpr char kRx[] = "rx";
+constexpr char kRxMini[] = "rx-mini";
+constexpr char kRxJumbo[] = "rx-jumbo";
+constexpr char kTx[] = "tx";
+constexpr char kAuto[] = "auto";
+constexpr char kNicWithName[] = "NIC with name ";
+constexpr char kNotFound[] = " not found";
+
+constexpr char kRxField[] = "RX";
+constexpr char kRxMiniField[] = "RX Mini";
+constexpr char kRxJumboField[] = "RX Jumbo";
+constexpr char kTxField[] = "TX";
+constexpr char kMaxRxField[] = "Max RX";
+constexpr char kMaxRxMiniField[] = "Max RX Mini";
+constexpr char kMaxRxJumboField[] = "Max RX Jumbo";
+constexpr char kMaxTxField[] = "Max TX";
+
+constexpr Field kPresetFields[] = {
+    {kRxField, FieldType::Int},         {kRxMiniField, FieldType::Int},
+    {kRxJumboField, FieldType::Int},    {kTxField, FieldType::Int},
+    {kMaxRxField, FieldType::Int},      {kMaxRxMiniField, FieldType::Int},
+    {kMaxRxJumboField, FieldType::Int}, {kMaxTxField, FieldType::Int},
+};
+constexpr Field kCurrentFields[] = {
+    {kRxField, FieldType::Int},
+    {kRxMiniField, FieldType::Int},
+    {kRxJumboField, FieldType::Int},
+    {kTxField, FieldType::Int},
+};
+constexpr Declare::StructShape kPresetShape = {"RingInfo", kPresetFields};
+constexpr Declare::StructShape kCurrentShape = {"RingInfo", kCurrentFields};
+constexpr Declare::OutputParameter kPresetOutput[] = {
+    {"fields:RingInfo", "Max RX,Max RX Mini,Max RX Jumbo,Max TX"}};
+constexpr Declare::OutputParameter kCurrentOutput[] = {
+    {"fields:RingInfo", "RX,RX Mini,RX Jumbo,TX"}};
+
+constexpr Declare::Parameter kPresetParameters[] = {
+    {kNicName, "n", Declare::Type::String, true,
+     "The name of the NIC whose preset maximums for RX/TX ring buffer parameters should be "
+     "retrieved."}};
+constexpr Declare::Parameter kCurrentGetParameters[] = {
+    {kNicName, "n", Declare::Type::String, true,
+     "The name of the NIC whose current RX/TX ring buffer parameters should be retrieved."}};
+constexpr Declare::Parameter kCurrentSetParameters[] = {
+    {kNicName, "n", Declare::Type::String, true,
+     "The name of the NIC whose current RX/TX ring buffer parameters should be set."},
+    {kRx, "r", Declare::Type::Int, false, "Number of ring entries for the RX ring."},
+    {kRxMini, "m", Declare::Type::Int, false, "Number of ring entries for the RX mini ring."},
+    {kRxJumbo, "j", Declare::Type::Int, false, "Number of ring entries for the RX jumbo ring."},
+    {kTx, "t", Declare::Type::Int, false, "Number of ring entries for the TX ring."},
+};
+
+// The sizes of a ring record with their parameters and bits, in the record's order.
+struct RingSize {
+    const char* parameter;
+    std::uint32_t PnicRingParams::*size;
+    std::uint8_t bit;
+};
+constexpr RingSize kRingSizes[] = {
+    {kRx, &PnicRingParams::rx, PnicRingParams::kRx},
+    {kRxMini, &PnicRingParams::rxMini, PnicRingParams::kRxMini},
+    {kRxJumbo, &PnicRingParams::rxJumbo, PnicRingParams::kRxJumbo},
+    {kTx, &PnicRingParams::tx, PnicRingParams::kTx},
+};
+
+constexpr char kSupported[] = "Pause Params Supported";
+constexpr char kAutoNegotiation[] = "Auto Negotiation";
+constexpr char kPauseRx[] = "Pause RX";
+constexpr char kPauseTx[] = "Pause TX";
+constexpr char kResolutionAvail[] = "Auto Negotiation Resolution Avail";
+constexpr char kRxResolution[] = "RX Auto Negotiation Resolution";
+constexpr char kTxResolution[] = "TX Auto Negotiation Resolution";
+
+constexpr Field kPauseFields[] = {
+    {"NIC", FieldType::String},          {kSupported, FieldType::Bool},
+    {kAutoNegotiation, FieldType::Bool}, {kPauseRx, FieldType::Bool},
+    {kPauseTx, FieldType::Bool},         {kResolutionAvail, FieldType::Bool},
+    {kRxResolution, FieldType::Bool},    {kTxResolution, FieldType::Bool},
+};
+constexpr Declare::StructShape kPauseShape = {"PauseParamsSettings", kPauseFields};
+constexpr Declare::OutputParameter kPauseOutput[] = {
+    {"fields:PauseParamsSettings",
+     "NIC,Pause Params Supported,Pause RX,Pause TX,Auto Negotiation,Auto Negotiation "
+     "Resolution Avail,RX Auto Negotiation Resolution,TX Auto Negotiation Resolution"}};
+
+constexpr Declare::Parameter kPauseListParameters[] = {
+    {kNicName, "n", Declare::Type::String, false,
+     "The name of the NIC whose pause parameters should be retrieved."}};
+constexpr Declare::Parameter kPauseSetParameters[] = {
+    {kNicName, "n", Declare::Type::String, true,
+     "Name of NIC whose pause parameters should be set."},
+    {kAuto, "a", Declare::Type::Bool, false, "Enable/disable auto negotiation."},
+    {kRx, "r", Declare::Type::Bool, false, "Enable/disable pause RX flow control."},
+    {kTx, "t", Declare::Type::Bool, false, "Enable/disable pause TX flow control."},
+};
+
+// The NIC of that name, or null after adding the ring and pause commands' message.
+std::unique_ptr<HostCtl::Network::Pnic> FindNic(HostCtl::Network::NetworkInfo& networkInfo,
+                                                const std::string& nicName, Output& output) {
+    auto pnic = networkInfo.GetPnicByName(nicName, false);
+    if (!pnic) {
+        output.AddErrorMessage(kNicWithName + nicName + kNotFound);
+    }
+    return pnic;
+}
+
+struct Rings {
+    PnicRingParams preset{};
+    PnicRingParams current{};
+};
+
+// The rings of the NIC named by the input, as the host gives them; none after a message.
+std::optional<Rings> ReadRings(const Input& input, Output& output) {
+    auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+    auto pnic = FindNic(*networkInfo, input.GetParameter(kNicName), output);
+    if (!pnic) {
+        return std::nullopt;
+    }
+    Rings rings;
+    pnic->GetRingParams(rings.preset, rings.current);
+    return rings;
+}
+
+void SetSizes(MetaStruct& result, const PnicRingParams& params, const char* const (&fields)[4]) {
+    for (std::size_t i = 0; i < std::size(kRingSizes); ++i) {
+        result.SetField(fields[i], static_cast<long>(std::uint64_t{params.*kRingSizes[i].size}));
+    }
+}
+
+constexpr const char* kPlainFields[] = {kRxField, kRxMiniField, kRxJumboField, kTxField};
+constexpr const char* kMaxFields[] = {kMaxRxField, kMaxRxMiniField, kMaxRxJumboField, kMaxTxField};
+
+}  // namespace
+
+const Declare::CommandShape NicRingPresetGet::kShape = {
+    .description = "Get preset maximums for RX/TX ring buffer parameters of a NIC.",
+    .formatter = "simple",
+    .outputParameters = kPresetOutput,
+    .parameters = kPresetParameters,
+    .root = Declare::Root::Struct,
+    .structure = &kPresetShape,
+};
+const Declare::CommandShape NicRingCurrentGet::kShape = {
+    .description = "Get current RX/TX ring buffer parameters of a NIC",
+    .formatter = "simple",
+    .outputParameters = kCurrentOutput,
+    .parameters = kCurrentGetParameters,
+    .root = Declare::Root::Struct,
+    .structure = &kCurrentShape,
+};
+const Declare::CommandShape NicRingCurrentSet::kShape = {
+    .description = "Set current RX/TX ring buffer parameters of a NIC",
+    .parameters = kCurrentSetParameters,
+    .root = Declare::Root::Bool,
+};
+const Declare::CommandShape NicPauseParamsList::kShape = {
+    .description = "List pause parameters of all NICs",
+    .formatter = "table",
+    .outputParameters = kPauseOutput,
+    .parameters = kPauseListParameters,
+    .root = Declare::Root::List,
+    .structure = &kPauseShape,
+};
+const Declare::CommandShape NicPauseParamsSet::kShape = {
+    .description = "Set pause parameters for a NIC",
+    .parameters = kPauseSetParameters,
+    .root = Declare::Root::Bool,
+};
+
+void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                       const std::shared_ptr<Output>& output) {
+    try {
+        auto rings = ReadRings(*input, *output);
+        if (!rings) {
+            return;
+        }
+        auto result = GetOutputStructure();
+        SetSizes(*result, rings->preset, kPlainFields);
+        SetSizes(*result, rings->preset, kMaxFields);
+        output->SetRootObject(result);
+    } catch (const HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void NicRingCurrentGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    try {
+        auto rings = ReadRings(*input, *output);
+        if (!rings) {
+            return;
+        }
+        auto result = GetOutputStructure();
+        SetSizes(*result, rings->current, kPlainFields);
+        output->SetRootObject(result);
+    } catch (const HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void NicRingCurrentSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    try {
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);
+        if (!pnic) {
+            return;
+        }
+        PnicRingParams params{};
+        for (const RingSize& ring : kRingSizes) {
+            if (input->HasParameter(ring.parameter)) {
+                params.changeMask |= ring.bit;
+                params.*ring.size =
+                    static_cast<std::uint32_t>(input->GetParameterInt(ring.parameter));
+            }
+        }
+        if (params.changeMask != 0) {
+            pnic->SetRingParams(params);
+        }
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void NicPauseParamsList::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                         const std::shared_ptr<Output>& output) {
+    try {
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        PnicPauseParams params{};
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
+        if (input->HasParameter(kNicName)) {
+            auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);
+            if (!pnic) {
+                return;
+            }
+            pnics.push_back(std::move(pnic));
+        } else {
+            pnics = networkInfo->GetPnics(HostCtl::Network::PnicGetAll);
+        }
+        for (const auto& pnic : pnics) {
+            if (!pnic) {
+                continue;
+            }
+            auto row = GetOutputStructure();
+            row->SetField("NIC", pnic->GetName());
+            try {
+                pnic->GetPauseParams(params);
+            } catch (const HostCtlException&) {
+                params.supported = 0;
+            }
+            const bool supported = params.supported != 0;
+            const bool resolved = supported && params.rxResolution != 0 && params.txResolution != 0;
+            row->SetField(kSupported, supported);
+            row->SetField(kPauseRx, supported && params.rxPause != 0);
+            row->SetField(kPauseTx, supported && params.txPause != 0);
+            row->SetField(kAutoNegotiation, supported && params.autoNegotiation != 0);
+            row->SetField(kResolutionAvail, resolved);
+            row->SetField(kRxResolution, resolved && params.rxResolution == 1);
+            row->SetField(kTxResolution, resolved && params.txResolution == 1);
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void NicPauseParamsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    try {
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);
+        if (!pnic) {
+            return;
+        }
+        PnicPauseParams params{};
+        pnic->GetPauseParams(params);
+        if (input->HasParameter(kAuto)) {
+            params.autoNegotiation = input->GetParameterBool(kAuto) ? 1 : 0;
+        }
+        if (input->HasParameter(kRx)) {
+            params.rxPause = input->GetParameterBool(kRx) ? 1 : 0;
+        }
+        if (input->HasParameter(kTx)) {
+            params.txPause = input->GetParameterBool(kTx) ? 1 : 0;
+        }
+        pnic->SetPauseParams(params);
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

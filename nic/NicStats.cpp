@@ -1,0 +1,218 @@
+// `network nic stats get` and `network nic vlan stats get|set`: a NIC's counters, and the
+// per-VLAN counters that the switch holding the NIC as an uplink keeps.
+#include "hostctl/HostCtlException.h"
+#include "kelmctl/PnicImpl.h"
+#include "kelmctl/VirtualSwitchInfoImpl.h"
+#include "nic/NicSettingsCommands.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+using HostCtl::Network::PnicStats;
+using HostCtl::Network::PnicVlanStats;
+
+constexpr char kNicName[] = "nic-name";
+constexpr char kNicNameDescription[] = "Name of the NIC to get statistics from.";
+constexpr char kEnabled[] = "enabled";
+
+constexpr Declare::Parameter kNicParameters[] = {
+    {kNicName, "n", Declare::Type::String, true, kNicNameDescription},
+};
+constexpr Declare::Parameter kVlanSetParameters[] = {
+    {kNicName, "n", Declare::Type::String, true, kNicNameDescription},
+    {kEnabled, "e", Declare::Type::Bool, true, "Whether to enable or disable VLAN statistics"},
+};
+
+constexpr char kNicNameField[] = "NIC Name";
+constexpr char kPacketsReceived[] = "Packets received";
+constexpr char kPacketsSent[] = "Packets sent";
+constexpr char kVlanId[] = "VLAN ID";
+
+// The counters in the order of the struct, each with its field of the record.
+struct Counter {
+    const char* field;
+    std::uint64_t PnicStats::*member;
+};
+constexpr Counter kCounters[] = {
+    {kPacketsReceived, &PnicStats::rxPackets},
+    {kPacketsSent, &PnicStats::txPackets},
+    {"Bytes received", &PnicStats::rxBytes},
+    {"Bytes sent", &PnicStats::txBytes},
+    {"Receive packets dropped", &PnicStats::rxDropped},
+    {"Transmit packets dropped", &PnicStats::txDropped},
+    {"Multicast packets received", &PnicStats::rxMulticast},
+    {"Broadcast packets received", &PnicStats::rxBroadcast},
+    {"Multicast packets sent", &PnicStats::txMulticast},
+    {"Broadcast packets sent", &PnicStats::txBroadcast},
+    {"Total receive errors", &PnicStats::rxErrors},
+    {"Receive length errors", &PnicStats::rxLengthErrors},
+    {"Receive over errors", &PnicStats::rxOverErrors},
+    {"Receive CRC errors", &PnicStats::rxCrcErrors},
+    {"Receive frame errors", &PnicStats::rxFrameErrors},
+    {"Receive FIFO errors", &PnicStats::rxFifoErrors},
+    {"Receive missed errors", &PnicStats::rxMissedErrors},
+    {"Total transmit errors", &PnicStats::txErrors},
+    {"Transmit aborted errors", &PnicStats::txAbortedErrors},
+    {"Transmit carrier errors", &PnicStats::txCarrierErrors},
+    {"Transmit FIFO errors", &PnicStats::txFifoErrors},
+    {"Transmit heartbeat errors", &PnicStats::txHeartbeatErrors},
+    {"Transmit window errors", &PnicStats::txWindowErrors},
+};
+
+constexpr Field kStatsFields[] = {
+    {kNicNameField, FieldType::String},    {kCounters[0].field, FieldType::Int},
+    {kCounters[1].field, FieldType::Int},  {kCounters[2].field, FieldType::Int},
+    {kCounters[3].field, FieldType::Int},  {kCounters[4].field, FieldType::Int},
+    {kCounters[5].field, FieldType::Int},  {kCounters[6].field, FieldType::Int},
+    {kCounters[7].field, FieldType::Int},  {kCounters[8].field, FieldType::Int},
+    {kCounters[9].field, FieldType::Int},  {kCounters[10].field, FieldType::Int},
+    {kCounters[11].field, FieldType::Int}, {kCounters[12].field, FieldType::Int},
+    {kCounters[13].field, FieldType::Int}, {kCounters[14].field, FieldType::Int},
+    {kCounters[15].field, FieldType::Int}, {kCounters[16].field, FieldType::Int},
+    {kCounters[17].field, FieldType::Int}, {kCounters[18].field, FieldType::Int},
+    {kCounters[19].field, FieldType::Int}, {kCounters[20].field, FieldType::Int},
+    {kCounters[21].field, FieldType::Int}, {kCounters[22].field, FieldType::Int},
+};
+constexpr Declare::StructShape kStatsShape = {"Nic", kStatsFields};
+constexpr Declare::OutputParameter kStatsOutput[] = {
+    {"header:Nic", "NIC statistics for %NIC Name%"},
+    {"fields:Nic",
+     "Packets received,Packets sent,Bytes received,Bytes sent,Receive packets dropped,Transmit "
+     "packets dropped,Multicast packets received,Broadcast packets received,Multicast packets "
+     "sent,Broadcast packets sent,Total receive errors,Receive length errors,Receive over "
+     "errors,Receive CRC errors,Receive frame errors,Receive FIFO errors,Receive missed "
+     "errors,Total transmit errors,Transmit aborted errors,Transmit carrier errors,Transmit "
+     "FIFO errors,Transmit heartbeat errors,Transmit window errors"},
+};
+
+constexpr Field kVlanFields[] = {
+    {kVlanId, FieldType::Int},
+    {kPacketsReceived, FieldType::Int},
+    {kPacketsSent, FieldType::Int},
+};
+constexpr Declare::StructShape kVlanShape = {"NIC", kVlanFields};
+constexpr Declare::OutputParameter kVlanOutput[] = {
+    {"header:NIC", "VLAN %VLAN ID%"},
+    {"fields:NIC", "Packets received,Packets sent"},
+};
+
+constexpr char kStatsError[] = "Unable to get stats for NIC: ";
+constexpr char kVlanGetError[] = "Unable to get VLAN stats: ";
+constexpr char kVlanSetError[] = "Unable to set VLAN stats: ";
+constexpr char kNotAnUplink[] = " is not a valid NIC connected to any virtual switch.";
+constexpr char kVlanStatsOff[] = "VLAN stats are disabled for ";
+constexpr char kEnableFirst[] = " please enable them first.";
+
+// The first switch that has `nicName` as an uplink, or null after adding the message.
+std::unique_ptr<HostCtl::Network::Portset> FindUplinkSwitch(const std::string& nicName,
+                                                            Output& output) {
+    KelmCtl::Network::VirtualSwitchInfoImpl switchInfo;
+    for (auto& portset : switchInfo.GetAllSwitches()) {
+        if (!portset) {
+            continue;
+        }
+        for (const auto& uplink : portset->GetUplinks(false)) {
+            if (uplink == nicName) {
+                return std::move(portset);
+            }
+        }
+    }
+    output.AddErrorMessage(nicName + kNotAnUplink);
+    return nullptr;
+}
+
+}  // namespace
+
+const Declare::CommandShape NicStatsGet::kShape = {
+    .description = "Get NIC statistics for a given interface.",
+    .formatter = "simple",
+    .outputParameters = kStatsOutput,
+    .parameters = kNicParameters,
+    .root = Declare::Root::List,
+    .structure = &kStatsShape,
+};
+
+const Declare::CommandShape NicVlanStatsGet::kShape = {
+    .description = "List VLAN statistics for active VLAN's on the NIC.",
+    .formatter = "simple",
+    .outputParameters = kVlanOutput,
+    .parameters = kNicParameters,
+    .root = Declare::Root::List,
+    .structure = &kVlanShape,
+};
+
+const Declare::CommandShape NicVlanStatsSet::kShape = {
+    .description = "Enable/disable VLAN statistics collection on the NIC.",
+    .parameters = kVlanSetParameters,
+    .root = Declare::Root::Bool,
+};
+
+void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                  const std::shared_ptr<Output>& output) {
+    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+    const std::string& nicName = input->GetParameter(kNicName);
+    try {
+        KelmCtl::Network::PnicImpl pnic(nicName);
+        PnicStats stats{};
+        pnic.GetPnicStats(stats);
+        auto row = GetOutputStructure();
+        row->SetField(kNicNameField, pnic.GetName());
+        for (const Counter& counter : kCounters) {
+            row->SetField(counter.field, static_cast<long>(stats.*counter.member));
+        }
+        list->Add(row);
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(kStatsError + std::string(e.what()));
+    }
+}
+
+void NicVlanStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                      const std::shared_ptr<Output>& output) {
+    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+    const std::string& nicName = input->GetParameter(kNicName);
+    try {
+        auto portset = FindUplinkSwitch(nicName, *output);
+        if (!portset) {
+            return;
+        }
+        std::vector<std::unique_ptr<PnicVlanStats>> records;
+        for (PnicVlanStats* record : portset->GetVlanStats(nicName)) {
+            records.emplace_back(record);
+        }
+        if (records.empty()) {
+            output->AddErrorMessage(kVlanStatsOff + nicName + kEnableFirst);
+            return;
+        }
+        for (const auto& record : records) {
+            auto row = GetOutputStructure();
+            row->SetField(kVlanId, static_cast<long>(record->vlanId));
+            row->SetField(kPacketsReceived, static_cast<long>(record->rxPackets));
+            row->SetField(kPacketsSent, static_cast<long>(record->txPackets));
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(kVlanGetError + std::string(e.what()));
+    }
+}
+
+void NicVlanStatsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                      const std::shared_ptr<Output>& output) {
+    const std::string& nicName = input->GetParameter(kNicName);
+    const bool enabled = input->GetParameterBool(kEnabled);
+    try {
+        auto portset = FindUplinkSwitch(nicName, *output);
+        if (!portset) {
+            return;
+        }
+        portset->SetVlanStatsEnabled(nicName, enabled);
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(kVlanSetError + std::string(e.what()));
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace
