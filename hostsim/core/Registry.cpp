@@ -6,6 +6,7 @@
 // clang-format off
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \
+    SUBJECT(nicdevices) \
     SUBJECT(vswitch) \
     SUBJECT(firewall)
 // clang-format on
