@@ -92,7 +92,8 @@ std::vector<HostCtl::Network::SriovNicVFInfo> NetworkInfoImpl::GetSriovNicVFInfo
     const std::string& name) {
     PassOperation("NetworkInfoImpl::GetSriovNicVFInfo", name);
     std::vector<HostCtl::Network::SriovNicVFInfo> functions;
-    for (const auto& vf : SriovOf(name)["virtualFunctions"]) {
+    const Json sriov = SriovOf(name);
+    for (const auto& vf : sriov["virtualFunctions"]) {
         const std::string hex = vf["pciAddress"].get<std::string>();
         functions.push_back({vf["id"].get<std::uint8_t>(),
                              static_cast<std::uint8_t>(vf["active"].get<bool>() ? 1 : 0),
@@ -104,7 +105,8 @@ std::vector<HostCtl::Network::SriovNicVFInfo> NetworkInfoImpl::GetSriovNicVFInfo
 void NetworkInfoImpl::GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats,
                                          const std::string& name, int vfId) {
     PassOperation("NetworkInfoImpl::GetSriovNicVFStats", name);
-    for (const auto& vf : SriovOf(name)["virtualFunctions"]) {
+    const Json sriov = SriovOf(name);
+    for (const auto& vf : sriov["virtualFunctions"]) {
         if (vf["id"].get<int>() != vfId) {
             continue;
         }
