@@ -7,6 +7,7 @@
 #include "frame/Registration.h"
 #include "nic/NicCommands.h"
 #include "nic/NicSettingsCommands.h"
+#include "nic/NicDeviceCommands.h"
 #include "vswitch/VswitchCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -306,6 +307,8 @@ constexpr EntryRow kEntries[] = {
     {"network nic queue", "loadbalancer"},
     {"network nic queue", "count"},
     {"network nic queue", "filterclass"},
+    {"network nic queue loadbalancer", "list", &Make<NicQueueLbSettingList>},
+    {"network nic queue loadbalancer", "set", &Make<NicQueueLbSettingSet>},
     {"network nic queue loadbalancer", "state"},
     {"network nic queue loadbalancer", "plugin"},
     {"network nic ring", "preset"},
@@ -316,7 +319,28 @@ constexpr EntryRow kEntries[] = {
     {"network nic hwCap", "supported"},
     {"network nic hwCap", "activated"},
     {"network nic dcb", "status"},
+    {"network nic register", "dump", &Make<NicRegisterDump>},
+    {"network nic eeprom", "dump", &Make<NicEepromDump>},
+    {"network nic eeprom", "change", &Make<NicEepromChange>},
+    {"network nic negotiate", "restart", &Make<NicNegotiationRestart>},
+    {"network nic selftest", "run", &Make<NicSelfTestRun>},
+    {"network nic queue loadbalancer state", "list", &Make<NicQueueLbStateList>},
+    {"network nic queue loadbalancer state", "set", &Make<NicQueueLbStateSet>},
+    {"network nic queue loadbalancer plugin", "list", &Make<NicQueueLbPluginList>},
+    {"network nic queue loadbalancer plugin", "set", &Make<NicQueueLbPluginSet>},
+    {"network nic queue count", "get", &Make<NicQueueCountGet>},
+    {"network nic queue count", "set", &Make<NicQueueCountSet>},
+    {"network nic queue filterclass", "list", &Make<NicQueueFilterClassList>},
+    {"network nic hwCap supported", "list", &Make<NicHwCapSupportedList>},
+    {"network nic hwCap activated", "list", &Make<NicHwCapActivatedList>},
+    {"network nic dcb status", "get", &Make<NicDcbStatusGet>},
+    {"network nic attachment", "add", &Make<NicAttachmentAdd>},
+    {"network nic attachment", "remove", &Make<NicAttachmentRemove>},
+    {"network nic attachment", "list", &Make<NicAttachmentList>},
+    {"network sriovnic", "list", &Make<SriovNicList>},
     {"network sriovnic", "vf"},
+    {"network sriovnic vf", "list", &Make<VfList>},
+    {"network sriovnic vf", "stats", &Make<VfStats>},
     {"network vswitch", "standard"},
     {"network vswitch", "dvs"},
     {"network vswitch standard", "add", &Make<VirtualSwitchStandardAdd>},

@@ -7,6 +7,7 @@
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \
     SUBJECT(nicsettings) \
+    SUBJECT(nicdevices) \
     SUBJECT(vswitch) \
     SUBJECT(firewall)
 // clang-format on

@@ -6,6 +6,7 @@
 #include "hostsim/core/Store.h"
 #include "hostsim/nic/ListedDpus.h"
 #include "hostsim/nic/NicStore.h"
+#include "hostsim/nicdevices/DeviceStore.h"
 #include "hostsim/vswitch/VswitchStore.h"
 #include "kelmctl/PnicImpl.h"
 
@@ -21,6 +22,7 @@ NetworkInfoImpl::NetworkInfoImpl() {
 
 NetworkInfoImpl::~NetworkInfoImpl() {
     HostSim::Nic::ForgetListedDpus(this);
+    HostSim::NicDevices::ForgetListing(this);
 }
 
 // Every NIC, or those that some switch uses as an uplink.
@@ -30,6 +32,7 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
     std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
     auto records = HostSim::Nic::LoadAll(HostSim::Store());
     HostSim::Nic::RememberListedDpus(this, records);
+    HostSim::NicDevices::RememberListing(this);
     if (type == HostCtl::Network::PnicGetUplinks) {
         const auto uplinks = HostSim::Vswitch::UplinkNicNames(HostSim::Store());
         std::erase_if(records, [&uplinks](const std::unique_ptr<HostSim::Nic::Record>& record) {

@@ -8,6 +8,7 @@
 
 #include "hostctl/MacAddress.h"
 #include "hostctl/PnicSettings.h"
+#include "hostctl/PnicDevice.h"
 
 namespace HostCtl::Network {
 
@@ -126,6 +127,25 @@ public:
     virtual void GetRingParams(PnicRingParams& preset, PnicRingParams& current) const = 0;
     virtual void SetRingParams(const PnicRingParams& params) = 0;
     virtual void SetPauseParams(const PnicPauseParams& params) = 0;
+    // Device features: netqueues, hardware capabilities, diagnostics, uplink attachment.
+    // Each throws HostCtlException when the NIC lacks the feature or refuses the change.
+    virtual void GetNetqueueParams(PnicNetqueueParams& params) const = 0;
+    virtual void SetNetqueueParams(const PnicNetqueueParams& params) = 0;
+    virtual void GetHwCapabilities(PnicHwCapabilities& capabilities) const = 0;
+    virtual void DumpRegisters(std::vector<std::uint32_t>& registers) const = 0;
+    // The bytes from `offset`, `length` of them (0: to the end), cut at the EEPROM's end.
+    virtual void GetEeprom(std::vector<unsigned char>& data, std::uint32_t length,
+                           std::uint32_t offset) const = 0;
+    // Writes one double word, least significant byte first.
+    virtual void SetEeprom(std::uint32_t magic, std::uint32_t offset, std::uint32_t value) = 0;
+    // The host reads the image from the file and writes it from offset 0.
+    virtual void SetEepromFromFile(std::uint32_t magic, const std::string& file) = 0;
+    virtual void RestartNegotiation() = 0;
+    virtual void RunSelfTest(PnicSelfTestResult& result, bool online) = 0;
+    // On a trunk.
+    virtual void AddAttachment(const std::string& branch, std::uint16_t vlanId) = 0;
+    virtual void RemoveAttachment(const std::string& branch) = 0;
+    virtual std::vector<PnicAttachment> GetAttachments() const = 0;
 };
 
 }  // namespace HostCtl::Network

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hostctl/NetworkInfo.h"
+#include "hostctl/Sriov.h"
 
 namespace KelmCtl::Network {
 
@@ -17,6 +18,14 @@ public:
     // made.
     std::vector<std::unique_ptr<HostCtl::Network::PortGroup>> GetAllPortGroups(
         HostCtl::Network::PortsetGetType type);
+
+    // SR-IOV: the NICs with SR-IOV enabled and their virtual functions.
+    std::vector<std::unique_ptr<HostCtl::Network::Pnic>> GetSriovNics();
+    // Null when `name` is no NIC with SR-IOV enabled.
+    std::unique_ptr<HostCtl::Network::Pnic> GetSriovNicByName(const std::string& name);
+    std::vector<HostCtl::Network::SriovNicVFInfo> GetSriovNicVFInfo(const std::string& name);
+    void GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats, const std::string& name,
+                            int vfId);
 };
 
 }  // namespace KelmCtl::Network

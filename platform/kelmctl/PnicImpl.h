@@ -53,6 +53,22 @@ public:
     void SetPauseParams(const HostCtl::Network::PnicPauseParams& params) override;
     // The NIC's counters; throws HostCtlException when the host can't read them.
     void GetPnicStats(HostCtl::Network::PnicStats& stats) const;
+    // Device features: netqueues, hardware capabilities, diagnostics, uplink attachment.
+    void GetNetqueueParams(HostCtl::Network::PnicNetqueueParams& params) const override;
+    void SetNetqueueParams(const HostCtl::Network::PnicNetqueueParams& params) override;
+    void GetHwCapabilities(HostCtl::Network::PnicHwCapabilities& capabilities) const override;
+    // The display name of capability bit `bit` of PnicHwCapabilities.
+    static const char* GetHwCapName(unsigned char bit);
+    void DumpRegisters(std::vector<std::uint32_t>& registers) const override;
+    void GetEeprom(std::vector<unsigned char>& data, std::uint32_t length,
+                   std::uint32_t offset) const override;
+    void SetEeprom(std::uint32_t magic, std::uint32_t offset, std::uint32_t value) override;
+    void SetEepromFromFile(std::uint32_t magic, const std::string& file) override;
+    void RestartNegotiation() override;
+    void RunSelfTest(HostCtl::Network::PnicSelfTestResult& result, bool online) override;
+    void AddAttachment(const std::string& branch, std::uint16_t vlanId) override;
+    void RemoveAttachment(const std::string& branch) override;
+    std::vector<HostCtl::Network::PnicAttachment> GetAttachments() const override;
 
 private:
     std::unique_ptr<Record> record_;

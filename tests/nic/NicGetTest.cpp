@@ -13,7 +13,7 @@ using Testing::Str;
 using Testing::Strings;
 
 class NicGetTest : public Testing::CommandTest {
-  protected:
+protected:
     // A host with one NIC, "hwnic0", whose link information, pause parameters and extra keys
     // are given.
     void UseNic(const json& linkInfo, const json& pause = json::object(),

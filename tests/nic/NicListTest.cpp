@@ -32,7 +32,7 @@ json PseudoNic(const std::string& name, const std::string& descriptor) {
 }
 
 class NicListTest : public Testing::CommandTest {
-  protected:
+protected:
     void UseNics(const json& nics) { HostSim::ImportProfile(json{{"nics", nics}}.dump()); }
 
     std::string DescriptionOf(const std::string& descriptor) {

@@ -1,0 +1,66 @@
+// The device features of the simulated NICs: one row per NIC that has any, keyed by the NIC's
+// name. Listings read the rows once; the nested records stay JSON text until asked for.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+
+namespace HostSim::NicDevices {
+
+struct Device {
+    std::string nic;
+    std::string sriov;  // JSON {"enabled", "virtualFunctions"}; empty: no SR-IOV
+    bool netqueue = false;
+    std::uint32_t txQueues = 0;
+    std::uint32_t rxQueues = 0;
+    std::uint32_t maxTxQueues = 0;
+    std::uint32_t maxRxQueues = 0;
+    bool balancerEnabled = false;
+    std::uint32_t allowed = 0;  // bit n: balancer feature n
+    std::uint32_t supported = 0;
+    std::uint32_t filterClasses = 0;  // bit n: filter class n
+    std::string plugins;              // JSON array of {"module", "plugin", "description", "active"}
+    bool hwCapabilities = false;
+    std::uint64_t hwSupported = 0;
+    std::uint64_t hwActivated = 0;
+    std::string dcb;  // JSON; empty: no DCB
+    std::string
+        diagnostics;  // JSON {"eepromMagic", "eeprom", "registers", "selfTest"}; empty: none
+    std::string attachments = "[]";  // JSON array of {"branch", "vlanId"}
+};
+
+// The names of the balancer features and filter classes, in the order of their bits.
+extern const char* const kFeatureNames[];
+extern const char* const kFilterClassNames[];
+// The features that have no supported flag of their own: RxQNoFeature, RxDynamicLB,
+// MacLearnLB.
+inline constexpr std::uint32_t kFeaturesWithoutSupport = 0x2 | 0x10 | 0x40;
+
+std::vector<Device> LoadAll(Database& database);
+std::optional<Device> Load(Database& database, const std::string& nic);
+// Inserts the row, or replaces the NIC's row; inside the caller's write transaction.
+void Save(Database& database, const Device& device);
+
+// The NIC's row as the host has it now: from the listing that the calling thread's network
+// model is walking (all rows read in one query), or from the store. Null when the NIC has no
+// device features.
+std::shared_ptr<const Device> Lookup(const std::string& nic);
+// While a network model lists NICs, its rows are read once for the whole listing.
+void RememberListing(const void* owner);
+void ForgetListing(const void* owner);
+// A change makes the rows of a listing stale.
+void ForgetListedRows();
+
+// A NIC of the host of that name.
+bool NicExists(Database& database, const std::string& nic);
+
+// The default host's device features.
+extern const char* const kDefaultSection;
+
+}  // namespace HostSim::NicDevices

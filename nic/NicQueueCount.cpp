@@ -1,0 +1,172 @@
+// `network nic queue count get|set` and `nic queue filterclass list`: how many netqueues a NIC
+// has, and which filter classes they support.
+#include "hostctl/HostCtlException.h"
+#include "hostctl/NetworkInfo.h"
+#include "nic/NicDeviceCommands.h"
+#include "nic/NicQueueCommon.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+
+constexpr char kTxCount[] = "Tx netqueue count";
+constexpr char kRxCount[] = "Rx netqueue count";
+constexpr Field kCountFields[] = {
+    {kNicField, FieldType::String},
+    {kTxCount, FieldType::Int},
+    {kRxCount, FieldType::Int},
+};
+constexpr Declare::StructShape kCountStruct = {"NetqueueCount", kCountFields};
+constexpr Declare::OutputParameter kCountOutput[] = {
+    {"fields:NetqueueCount", "NIC,Tx netqueue count,Rx netqueue count"},
+};
+constexpr Declare::Parameter kCountGetParameters[] = {
+    {kHwnicParameter, "n", Declare::Type::String, false, "The name of pnic to get netqueue count"},
+};
+
+constexpr char kTxParameter[] = "tx";
+constexpr char kRxParameter[] = "rx";
+constexpr char kNumParameter[] = "num";
+constexpr Declare::Parameter kCountSetParameters[] = {
+    {kHwnicParameter, "n", Declare::Type::String, true, "Name of hwnic to set netqueue count."},
+    {kTxParameter, "t", Declare::Type::Bool, false, "Tx netqueue to set count."},
+    {kRxParameter, "r", Declare::Type::Bool, false, "Rx netqueue to set count."},
+    {kNumParameter, "q", Declare::Type::Int, true, "Number of queues to set."},
+};
+
+constexpr const char* kFilterClassNames[] = {"MacOnly", "VlanOnly", "VlanMac",
+                                             "Vxlan",   "Geneve",   "GenericEncap"};
+constexpr Field kFilterClassFields[] = {
+    {kNicField, FieldType::String},          {kFilterClassNames[0], FieldType::Bool},
+    {kFilterClassNames[1], FieldType::Bool}, {kFilterClassNames[2], FieldType::Bool},
+    {kFilterClassNames[3], FieldType::Bool}, {kFilterClassNames[4], FieldType::Bool},
+    {kFilterClassNames[5], FieldType::Bool},
+};
+constexpr Declare::StructShape kFilterClassStruct = {"Settings", kFilterClassFields};
+constexpr Declare::OutputParameter kFilterClassOutput[] = {
+    {"fields:Settings", "NIC,MacOnly,VlanOnly,VlanMac,Vxlan,Geneve,GenericEncap"},
+};
+
+}  // namespace
+
+const Declare::CommandShape NicQueueCountGet::kShape = {
+    .description = "Get netqueue count on a nic",
+    .formatter = "table",
+    .outputParameters = kCountOutput,
+    .parameters = kCountGetParameters,
+    .root = Declare::Root::List,
+    .structure = &kCountStruct,
+};
+
+const Declare::CommandShape NicQueueCountSet::kShape = {
+    .description = "Set number of netqueues on a nic",
+    .parameters = kCountSetParameters,
+    .root = Declare::Root::Bool,
+};
+
+const Declare::CommandShape NicQueueFilterClassList::kShape = {
+    .description =
+        "List the netqueue supported filterclass of all physical NICs currently installed and "
+        "loaded on the system.",
+    .formatter = "table",
+    .outputParameters = kFilterClassOutput,
+    .root = Declare::Root::List,
+    .structure = &kFilterClassStruct,
+};
+
+void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                       const std::shared_ptr<Output>& output) {
+    try {
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        auto set = NetqueueNics(*networkInfo, *input, *output, PnicNotFound);
+        if (!set) {
+            return;
+        }
+        for (const auto& pnic : set->pnics) {
+            if (!pnic) {
+                continue;
+            }
+            HostCtl::Network::PnicNetqueueParams params;
+            try {
+                pnic->GetNetqueueParams(params);
+            } catch (const HostCtl::Lib::HostCtlException& e) {
+                if (set->named) {
+                    output->AddErrorMessage(e.what());
+                    return;
+                }
+                continue;
+            }
+            auto row = GetOutputStructure();
+            row->SetField(kNicField, pnic->GetName());
+            row->SetField(kTxCount, static_cast<long>(params.txQueueCount));
+            row->SetField(kRxCount, static_cast<long>(params.rxQueueCount));
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+// Only the presence of `tx` and `rx` selects a side; their values aren't read.
+void NicQueueCountSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                       const std::shared_ptr<Output>& output) {
+    try {
+        const std::string& name = input->GetParameter(kHwnicParameter);
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        auto pnic = networkInfo->GetPnicByName(name, false);
+        if (!pnic) {
+            output->AddErrorMessage(PnicNotFound(name));
+            return;
+        }
+        HostCtl::Network::PnicNetqueueParams params;
+        const auto num = static_cast<std::uint32_t>(input->GetParameterInt(kNumParameter));
+        if (input->HasParameter(kTxParameter)) {
+            params.txQueueCount = num;
+            params.txCountChanged = 1;
+        }
+        if (input->HasParameter(kRxParameter)) {
+            params.rxQueueCount = num;
+            params.rxCountChanged = 1;
+        }
+        if (params.txCountChanged || params.rxCountChanged) {
+            pnic->SetNetqueueParams(params);
+        }
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void NicQueueFilterClassList::ExecuteInternal(const std::shared_ptr<Input>&,
+                                              const std::shared_ptr<Output>& output) {
+    try {
+        auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        HostCtl::Network::PnicNetqueueParams params;
+        for (const auto& pnic : networkInfo->GetPnics(HostCtl::Network::PnicGetAll)) {
+            if (!pnic) {
+                continue;
+            }
+            try {
+                pnic->GetNetqueueParams(params);
+            } catch (const HostCtl::Lib::HostCtlException&) {
+                continue;
+            }
+            auto row = GetOutputStructure();
+            row->SetField(kNicField, pnic->GetName());
+            for (std::size_t i = 0; i < std::size(kFilterClassNames); ++i) {
+                row->SetField(kFilterClassNames[i], params.filterClasses[i] != 0);
+            }
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

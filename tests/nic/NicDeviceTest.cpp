@@ -1,0 +1,66 @@
+#include "nic/NicDeviceTest.h"
+
+#include "hostsim/Control.h"
+
+namespace NicDeviceTesting {
+
+using Testing::Rows;
+
+void NicDeviceTest::Change(const Words& words) {
+    auto result = Run(words);
+    ASSERT_TRUE(result.output) << ::testing::PrintToString(words);
+    EXPECT_EQ(result.status, CommandHost::ExitOk) << ::testing::PrintToString(words);
+    EXPECT_TRUE(result.output->GetErrorMessages().empty())
+        << result.output->GetErrorMessages().front();
+    auto root =
+        std::dynamic_pointer_cast<CppTools::MetaObj::MetaBool>(result.output->GetRootObject());
+    ASSERT_TRUE(root);
+    EXPECT_TRUE(root->GetValue());
+}
+
+std::vector<std::pair<std::string, std::string>> NicDeviceTest::Column(const Words& words,
+                                                                       const std::string& key,
+                                                                       const std::string& field) {
+    std::vector<std::pair<std::string, std::string>> column;
+    for (const auto& row : Rows(RunList(words))) {
+        auto value = row->GetField(field);
+        std::string text;
+        if (auto string = std::dynamic_pointer_cast<CppTools::MetaObj::MetaString>(value)) {
+            text = string->GetValue();
+        } else if (auto number = std::dynamic_pointer_cast<CppTools::MetaObj::MetaInt>(value)) {
+            text = std::to_string(number->GetValue());
+        } else if (auto flag = std::dynamic_pointer_cast<CppTools::MetaObj::MetaBool>(value)) {
+            text = flag->GetValue() ? "true" : "false";
+        }
+        column.emplace_back(Testing::Str(row, key), text);
+    }
+    return column;
+}
+
+HostSim::Json NicDeviceTest::ExportedHost() {
+    auto result = Testing::RunHostsim({"export"}, StateDirectory());
+    EXPECT_EQ(result.status, 0) << result.err;
+    return HostSim::Json::parse(result.out);
+}
+
+void NicDeviceTest::ImportHost(const HostSim::Json& profile) {
+    HostSim::ImportProfile(profile.dump());
+}
+
+void NicDeviceTest::UseDevice(const HostSim::Json& device) {
+    HostSim::Json profile = ExportedHost();
+    auto& devices = profile["nicDevices"];
+    bool replaced = false;
+    for (auto& entry : devices) {
+        if (entry["nic"] == device["nic"]) {
+            entry = device;
+            replaced = true;
+        }
+    }
+    if (!replaced) {
+        devices.push_back(device);
+    }
+    ImportHost(profile);
+}
+
+}  // namespace NicDeviceTesting
