@@ -7,7 +7,8 @@
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \
     SUBJECT(vswitch) \
-    SUBJECT(firewall)
+    SUBJECT(firewall) \
+    SUBJECT(routing)
 // clang-format on
 
 namespace HostSim {
