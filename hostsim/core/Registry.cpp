@@ -8,7 +8,9 @@
     SUBJECT(nic) \
     SUBJECT(vswitch) \
     SUBJECT(firewall) \
-    SUBJECT(routing)
+    SUBJECT(routing) \
+    SUBJECT(nameService) \
+    SUBJECT(ipsec)
 // clang-format on
 
 namespace HostSim {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hostctl/NetworkInfo.h"
+#include "hostctl/Routing.h"
 
 namespace KelmCtl::Network {
 
@@ -17,6 +18,18 @@ public:
     // made.
     std::vector<std::unique_ptr<HostCtl::Network::PortGroup>> GetAllPortGroups(
         HostCtl::Network::PortsetGetType type);
+
+    // IP services: the host-wide switches of IPv6 and of the network dumper, and the sockets
+    // of a netstack instance, appended to `connections`.
+    bool IsKelmIpv6Enabled();
+    void SetKelmIpv6Enabled(bool enabled);
+    bool GetNetDumperEnabled();
+    void GetCurrentTcpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                      const std::string& netstack);
+    void GetCurrentUdpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                      const std::string& netstack);
+    void GetCurrentIpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                     const std::string& netstack);
 };
 
 }  // namespace KelmCtl::Network
