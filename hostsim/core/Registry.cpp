@@ -9,7 +9,10 @@
     SUBJECT(nicsettings) \
     SUBJECT(nicdevices) \
     SUBJECT(vswitch) \
-    SUBJECT(firewall)
+    SUBJECT(firewall) \
+    SUBJECT(routing) \
+    SUBJECT(nameService) \
+    SUBJECT(ipsec)
 // clang-format on
 
 namespace HostSim {

@@ -1,5 +1,6 @@
-// IP addresses and networks as the host-control layer passes them. A constructor from text does
-// not report bad text: it leaves the value empty; callers test text with the static checks first.
+// IP addresses and networks as the host-control layer passes them. A constructor from text
+// throws HostCtlException for text it can't parse; callers that want their own message test the
+// text with the static checks first.
 #pragma once
 
 #include <array>
@@ -89,6 +90,10 @@ public:
 
     // An address and a prefix length of 0 to 128, "2001:db8::5/64".
     static bool IsValidAddressAndNetmask(const std::string& text);
+
+    // Routing: the mask of a prefix length, "ffff:ffff:ffff::" for 48; lengths above 128
+    // count as 128.
+    static Ipv6Address NetmaskFromNumber(unsigned int prefixLength);
 
 private:
     Ipv6Address address_;

@@ -3,6 +3,7 @@
 
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/Sriov.h"
+#include "hostctl/Routing.h"
 
 namespace KelmCtl::Network {
 
@@ -26,6 +27,17 @@ public:
     std::vector<HostCtl::Network::SriovNicVFInfo> GetSriovNicVFInfo(const std::string& name);
     void GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats, const std::string& name,
                             int vfId);
+    // IP services: the host-wide switches of IPv6 and of the network dumper, and the sockets
+    // of a netstack instance, appended to `connections`.
+    bool IsKelmIpv6Enabled();
+    void SetKelmIpv6Enabled(bool enabled);
+    bool GetNetDumperEnabled();
+    void GetCurrentTcpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                      const std::string& netstack);
+    void GetCurrentUdpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                      const std::string& netstack);
+    void GetCurrentIpKelmConnections(std::vector<HostCtl::Network::TcpIpConnection>& connections,
+                                     const std::string& netstack);
 };
 
 }  // namespace KelmCtl::Network

@@ -1,0 +1,147 @@
+#include "kelmctl/DnsConfigImpl.h"
+
+#include <algorithm>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/dns/NameServiceStore.h"
+#include "hostsim/routing/RoutingStore.h"
+
+namespace KelmCtl::Network {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using HostSim::PassOperation;
+
+void AddServer(DnsConfigImpl::Config& config, const std::string& server,
+               const std::string& netstack) {
+    if (std::find(config.servers.begin(), config.servers.end(), server) != config.servers.end()) {
+        throw HostCtlException("DNS server " + server + " is already in the list of netstack " +
+                               netstack);
+    }
+    config.servers.push_back(server);
+}
+
+void RemoveServer(DnsConfigImpl::Config& config, const std::string& server,
+                  const std::string& netstack) {
+    if (std::erase(config.servers, server) == 0) {
+        throw HostCtlException("DNS server " + server + " is not in the list of netstack " +
+                               netstack);
+    }
+}
+
+void AddDomain(DnsConfigImpl::Config& config, const std::string& domain,
+               const std::string& netstack) {
+    if (std::find(config.domains.begin(), config.domains.end(), domain) != config.domains.end()) {
+        throw HostCtlException("Search domain " + domain +
+                               " is already in the search list of netstack " + netstack);
+    }
+    config.domains.push_back(domain);
+}
+
+void RemoveDomain(DnsConfigImpl::Config& config, const std::string& domain,
+                  const std::string& netstack) {
+    if (std::erase(config.domains, domain) == 0) {
+        throw HostCtlException("Search domain " + domain +
+                               " is not in the search list of netstack " + netstack);
+    }
+}
+
+}  // namespace
+
+DnsConfigImpl::DnsConfigImpl(const std::string& netstackKey) : netstackKey_(netstackKey) {
+    PassOperation("DnsConfigImpl::DnsConfigImpl", netstackKey);
+}
+
+DnsConfigImpl::~DnsConfigImpl() = default;
+
+void DnsConfigImpl::Refresh() {
+    PassOperation("DnsConfigImpl::Refresh", netstackKey_);
+    loaded_ = false;
+    changes_.clear();
+    Loaded();
+}
+
+const DnsConfigImpl::Config& DnsConfigImpl::Loaded() {
+    if (!loaded_) {
+        HostSim::Database& database = HostSim::Store();
+        HostSim::Routing::RequireNetstack(database, netstackKey_);
+        config_ = HostSim::NameService::ReadDns(database, netstackKey_);
+        loaded_ = true;
+    }
+    return config_;
+}
+
+void DnsConfigImpl::Apply(Change change) {
+    Loaded();
+    change(config_);
+    changes_.push_back(std::move(change));
+}
+
+std::vector<std::string> DnsConfigImpl::GetNameServers() {
+    PassOperation("DnsConfigImpl::GetNameServers", netstackKey_);
+    return Loaded().servers;
+}
+
+std::string DnsConfigImpl::GetSearchDomainsString() {
+    PassOperation("DnsConfigImpl::GetSearchDomainsString", netstackKey_);
+    std::string text;
+    for (const std::string& domain : Loaded().domains) {
+        text += (text.empty() ? "" : " ") + domain;
+    }
+    return text;
+}
+
+void DnsConfigImpl::AddUserNameServer(const HostCtl::Network::IpAddress& server) {
+    PassOperation("DnsConfigImpl::AddUserNameServer", netstackKey_);
+    Apply([server = server.GetStringAddress(), netstack = netstackKey_](Config& config) {
+        AddServer(config, server, netstack);
+    });
+}
+
+void DnsConfigImpl::RemoveNameServer(const HostCtl::Network::IpAddress& server) {
+    PassOperation("DnsConfigImpl::RemoveNameServer", netstackKey_);
+    Apply([server = server.GetStringAddress(), netstack = netstackKey_](Config& config) {
+        RemoveServer(config, server, netstack);
+    });
+}
+
+void DnsConfigImpl::RemoveNameServers() {
+    PassOperation("DnsConfigImpl::RemoveNameServers", netstackKey_);
+    Apply([](Config& config) { config.servers.clear(); });
+}
+
+void DnsConfigImpl::AddUserSearchDomain(const std::string& domain) {
+    PassOperation("DnsConfigImpl::AddUserSearchDomain", netstackKey_);
+    HostSim::NameService::CheckHostName(domain, "search domain");
+    Apply(
+        [domain, netstack = netstackKey_](Config& config) { AddDomain(config, domain, netstack); });
+}
+
+void DnsConfigImpl::RemoveSearchDomain(const std::string& domain) {
+    PassOperation("DnsConfigImpl::RemoveSearchDomain", netstackKey_);
+    Apply([domain, netstack = netstackKey_](Config& config) {
+        RemoveDomain(config, domain, netstack);
+    });
+}
+
+// The changes are made again on the configuration as it stands now, so that changes saved by
+// others since this copy was read are kept, and one that no longer fits fails here.
+void DnsConfigImpl::SaveConfig() {
+    PassOperation("DnsConfigImpl::SaveConfig", netstackKey_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Routing::RequireNetstack(database, netstackKey_);
+    Config current = HostSim::NameService::ReadDns(database, netstackKey_);
+    for (const Change& change : changes_) {
+        change(current);
+    }
+    HostSim::NameService::WriteDns(database, netstackKey_, current);
+    transaction.Commit();
+    config_ = current;
+    changes_.clear();
+}
+
+}  // namespace KelmCtl::Network

@@ -1,0 +1,118 @@
+#include "hostsim/dns/NameServiceStore.h"
+
+#include "hostctl/HostCtlException.h"
+
+namespace HostSim::NameService {
+
+namespace {
+
+constexpr std::size_t kMaximumLabel = 63;
+constexpr std::size_t kMaximumName = 253;
+
+bool IsLabelCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-';
+}
+
+std::vector<std::string> Strings(const std::string& text) {
+    return Json::parse(text).get<std::vector<std::string>>();
+}
+
+// The host-wide row, made on first need.
+void EnsureRow(Database& database) {
+    database
+        .Query(
+            "INSERT OR IGNORE INTO name_service (id, ipv6_enabled, net_dumper_enabled, hosts)"
+            " VALUES (1, 1, 0, '[]')")
+        .Run();
+}
+
+}  // namespace
+
+KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack) {
+    auto row = database.Query("SELECT servers, domains FROM dns WHERE netstack = ?1");
+    row.Bind(1, netstack);
+    KelmCtl::Network::DnsConfigImpl::Config config;
+    if (row.Step()) {
+        config.servers = Strings(row.Text(0));
+        config.domains = Strings(row.Text(1));
+    }
+    return config;
+}
+
+void WriteDns(Database& database, const std::string& netstack,
+              const KelmCtl::Network::DnsConfigImpl::Config& config) {
+    database
+        .Query(
+            "INSERT INTO dns (netstack, servers, domains) VALUES (?1, ?2, ?3)"
+            " ON CONFLICT (netstack) DO UPDATE SET servers = ?2, domains = ?3")
+        .Bind(1, netstack)
+        .Bind(2, Json(config.servers).dump())
+        .Bind(3, Json(config.domains).dump())
+        .Run();
+}
+
+Json ReadHosts(Database& database) {
+    auto row = database.Query("SELECT hosts FROM name_service WHERE id = 1");
+    return row.Step() ? Json::parse(row.Text(0)) : Json::array();
+}
+
+void WriteHosts(Database& database, const Json& entries) {
+    EnsureRow(database);
+    database.Query("UPDATE name_service SET hosts = ?1 WHERE id = 1").Bind(1, entries.dump()).Run();
+}
+
+bool ReadIpv6Enabled(Database& database) {
+    auto row = database.Query("SELECT ipv6_enabled FROM name_service WHERE id = 1");
+    return !row.Step() || row.Bool(0);
+}
+
+void WriteIpv6Enabled(Database& database, bool enabled) {
+    EnsureRow(database);
+    database.Query("UPDATE name_service SET ipv6_enabled = ?1 WHERE id = 1")
+        .Bind(1, enabled ? 1 : 0)
+        .Run();
+}
+
+bool ReadNetDumperEnabled(Database& database) {
+    auto row = database.Query("SELECT net_dumper_enabled FROM name_service WHERE id = 1");
+    return row.Step() && row.Bool(0);
+}
+
+void WriteNetDumperEnabled(Database& database, bool enabled) {
+    EnsureRow(database);
+    database.Query("UPDATE name_service SET net_dumper_enabled = ?1 WHERE id = 1")
+        .Bind(1, enabled ? 1 : 0)
+        .Run();
+}
+
+void CheckHostName(const std::string& name, const char* what) {
+    auto refuse = [&name, what](const std::string& why) {
+        throw HostCtl::Lib::HostCtlException("Invalid " + std::string(what) + " '" + name +
+                                             "': " + why);
+    };
+    if (name.empty() || name.size() > kMaximumName) {
+        refuse("a name has 1 to 253 characters");
+    }
+    std::size_t start = 0;
+    while (start <= name.size()) {
+        std::size_t end = name.find('.', start);
+        if (end == std::string::npos) {
+            end = name.size();
+        }
+        const std::string label = name.substr(start, end - start);
+        if (label.empty() || label.size() > kMaximumLabel) {
+            refuse("each part between dots has 1 to 63 characters");
+        }
+        for (char c : label) {
+            if (!IsLabelCharacter(c)) {
+                refuse("only letters, digits, hyphens and dots are allowed");
+            }
+        }
+        if (label.front() == '-' || label.back() == '-') {
+            refuse("a part can't start or end with a hyphen");
+        }
+        start = end + 1;
+    }
+}
+
+}  // namespace HostSim::NameService

@@ -1,0 +1,34 @@
+// The name-service subject's tables: the resolver configuration of each netstack instance, and
+// the host-wide row with the IPv6 switch, the network dumper switch and the user's hosts file
+// entries.
+#pragma once
+
+#include <string>
+
+#include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+#include "kelmctl/DnsConfigImpl.h"
+
+namespace HostSim::NameService {
+
+// An instance without a row has no servers and no domains.
+KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack);
+void WriteDns(Database& database, const std::string& netstack,
+              const KelmCtl::Network::DnsConfigImpl::Config& config);
+
+// The hosts file entries, each {"ip", "hostname", "aliases", "comment"}.
+Json ReadHosts(Database& database);
+void WriteHosts(Database& database, const Json& entries);
+
+bool ReadIpv6Enabled(Database& database);
+void WriteIpv6Enabled(Database& database, bool enabled);
+// Whether the network dumper, which sends the host's core dumps over the network, is on.
+bool ReadNetDumperEnabled(Database& database);
+void WriteNetDumperEnabled(Database& database, bool enabled);
+
+// Throws HostCtlException, in the host's words, for text that is no host or domain name: labels
+// of letters, digits and hyphens, not starting or ending with a hyphen, of 1 to 63 characters,
+// 253 in all.
+void CheckHostName(const std::string& name, const char* what);
+
+}  // namespace HostSim::NameService

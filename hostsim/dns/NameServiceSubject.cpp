@@ -1,0 +1,131 @@
+// The name-service subject: the resolver configuration of each netstack instance, the user's
+// hosts file entries and the IPv6 switch, the "nameService" section of a profile, and its
+// default data.
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/IpAddress.h"
+#include "hostsim/core/Names.h"
+#include "hostsim/core/Subject.h"
+#include "hostsim/dns/NameServiceStore.h"
+
+namespace HostSim {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::Ipv4Address;
+using HostCtl::Network::Ipv6Address;
+
+constexpr const char* kSchemaSteps[] = {
+    "CREATE TABLE dns ("
+    " netstack TEXT PRIMARY KEY, servers TEXT NOT NULL, domains TEXT NOT NULL) WITHOUT ROWID;"
+    "CREATE TABLE name_service ("
+    " id INTEGER PRIMARY KEY CHECK (id = 1), ipv6_enabled INTEGER NOT NULL,"
+    " net_dumper_enabled INTEGER NOT NULL, hosts TEXT NOT NULL);",
+};
+
+constexpr const char* kTables[] = {"dns", "name_service"};
+
+std::string NormalAddress(const std::string& text) {
+    return text.find(':') != std::string::npos ? Ipv6Address(text).GetStringAddress()
+                                               : Ipv4Address(text).GetStringAddress();
+}
+
+// The resolver configuration is copied only for the instances a scaled host renames.
+void ImportDns(Database& database, const Json& section, const Scale& scale) {
+    std::set<std::string> keys;
+    for (const Json& dns : section.value("dns", Json::array())) {
+        const std::string key = dns.at("netstack").get<std::string>();
+        CheckObjectName(key, "netstack instance");
+        if (!keys.insert(key).second) {
+            throw HostCtlException("Netstack instance " + key +
+                                   " appears twice in the DNS configuration");
+        }
+        KelmCtl::Network::DnsConfigImpl::Config config;
+        for (const Json& server : dns.value("servers", Json::array())) {
+            config.servers.push_back(NormalAddress(server.get<std::string>()));
+        }
+        for (const Json& domain : dns.value("searchDomains", Json::array())) {
+            config.domains.push_back(domain.get<std::string>());
+            NameService::CheckHostName(config.domains.back(), "search domain");
+        }
+        for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+            const std::string target = scale.Name(key, copy);
+            if (copy == 0 || target != key) {
+                NameService::WriteDns(database, target, config);
+            }
+        }
+    }
+}
+
+// A host has one hosts file: it is not copied when the host is scaled.
+void ImportSection(Database& database, const Json& section, const Scale& scale) {
+    NameService::WriteIpv6Enabled(database, section.value("ipv6Enabled", true));
+    NameService::WriteNetDumperEnabled(database, section.value("netDumperEnabled", false));
+    ImportDns(database, section, scale);
+    Json hosts = Json::array();
+    for (const Json& entry : section.value("hosts", Json::array())) {
+        const std::string name = entry.at("hostname").get<std::string>();
+        NameService::CheckHostName(name, "host name");
+        const auto aliases = entry.value("aliases", std::vector<std::string>{});
+        for (const std::string& alias : aliases) {
+            NameService::CheckHostName(alias, "alias");
+        }
+        hosts.push_back({{"ip", NormalAddress(entry.at("ip").get<std::string>())},
+                         {"hostname", name},
+                         {"aliases", aliases},
+                         {"comment", entry.value("comment", "")}});
+    }
+    NameService::WriteHosts(database, hosts);
+}
+
+Json ExportSection(Database& database) {
+    Json dns = Json::array();
+    auto row = database.Query("SELECT netstack FROM dns ORDER BY netstack");
+    while (row.Step()) {
+        const std::string key = row.Text(0);
+        const auto config = NameService::ReadDns(database, key);
+        dns.push_back(
+            {{"netstack", key}, {"servers", config.servers}, {"searchDomains", config.domains}});
+    }
+    return {{"ipv6Enabled", NameService::ReadIpv6Enabled(database)},
+            {"netDumperEnabled", NameService::ReadNetDumperEnabled(database)},
+            {"dns", dns},
+            {"hosts", NameService::ReadHosts(database)}};
+}
+
+// Resolvers on the management network for the default instance, one on the migration network
+// for "glidex", and the hosts the administrators named by hand.
+constexpr const char kDefaultSection[] = R"json({
+  "ipv6Enabled": true,
+  "netDumperEnabled": true,
+  "dns": [
+    {"netstack": "defaultTcpipStack", "servers": ["192.0.2.53", "2001:db8:0:1::53"],
+     "searchDomains": ["mgmt.example.com", "example.com"]},
+    {"netstack": "glidex", "servers": ["198.51.100.53"],
+     "searchDomains": ["migration.example.net"]}
+  ],
+  "hosts": [
+    {"ip": "192.0.2.31", "hostname": "console.mgmt.example.com", "aliases": ["console"],
+     "comment": "management console"},
+    {"ip": "2001:db8:0:1::31", "hostname": "console6.mgmt.example.com", "aliases": [],
+     "comment": ""},
+    {"ip": "198.51.100.42", "hostname": "peer.migration.example.net",
+     "aliases": ["peer", "glidex-peer"], "comment": "migration peer"}
+  ]
+})json";
+
+}  // namespace
+
+extern const Subject nameServiceSubject;
+const Subject nameServiceSubject = {
+    .name = "nameService",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = kDefaultSection,
+    .importSection = ImportSection,
+    .exportSection = ExportSection,
+};
+
+}  // namespace HostSim

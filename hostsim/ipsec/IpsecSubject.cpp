@@ -1,0 +1,111 @@
+// The IPsec subject: the security association and policy databases, the "ipsec" section of a
+// profile, and its default data.
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Subject.h"
+#include "hostsim/ipsec/IpsecStore.h"
+
+namespace HostSim {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::IpSecSadParam;
+using HostCtl::Network::IpSecSpdParam;
+
+constexpr const char* kSchemaSteps[] = {
+    "CREATE TABLE ipsec ("
+    " position INTEGER PRIMARY KEY, kind INTEGER NOT NULL, name TEXT NOT NULL,"
+    " detail TEXT NOT NULL);",
+};
+
+constexpr const char* kTables[] = {"ipsec"};
+
+// Copies of a scaled host get their names renumbered and their SPIs moved by 0x10000 a copy.
+constexpr std::uint32_t kSpiStride = 0x10000;
+
+void ImportSection(Database& database, const Json& section, const Scale& scale) {
+    std::vector<IpSecSadParam> associations;
+    std::vector<IpSecSpdParam> policies;
+    std::set<std::string> names;
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (const Json& json : section.value("securityAssociations", Json::array())) {
+            IpSecSadParam association = Ipsec::AssociationFromJson(json);
+            association.name = scale.Name(association.name, copy);
+            association.spi += copy * kSpiStride;
+            if (association.name != Ipsec::kAutoName && !names.insert(association.name).second) {
+                throw HostCtlException("Security association " + association.name +
+                                       " appears twice");
+            }
+            associations.push_back(association);
+        }
+    }
+    names.clear();
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (const Json& json : section.value("securityPolicies", Json::array())) {
+            IpSecSpdParam policy = Ipsec::PolicyFromJson(json);
+            policy.name = scale.Name(policy.name, copy);
+            if (!policy.saName.empty() && policy.saName != Ipsec::kUnknownSa) {
+                policy.saName = scale.Name(policy.saName, copy);
+            }
+            if (!names.insert(policy.name).second) {
+                throw HostCtlException("Security policy " + policy.name + " appears twice");
+            }
+            policies.push_back(policy);
+        }
+    }
+    Ipsec::WriteAssociations(database, associations);
+    Ipsec::WritePolicies(database, policies);
+}
+
+Json ExportSection(Database& database) {
+    Json associations = Json::array();
+    for (const auto& association : Ipsec::ReadAssociations(database)) {
+        associations.push_back(Ipsec::AssociationToJson(association));
+    }
+    Json policies = Json::array();
+    for (const auto& policy : Ipsec::ReadPolicies(database)) {
+        policies.push_back(Ipsec::PolicyToJson(policy));
+    }
+    return {{"securityAssociations", associations}, {"securityPolicies", policies}};
+}
+
+// Between the management address of kelm0 and a peer on its network: one association made by
+// hand, with no time limit, one the kernel negotiated for an hour, and the policy that protects
+// the management traffic with the first.
+constexpr const char kDefaultSection[] = R"json({
+  "securityAssociations": [
+    {"name": "sa-mgmt0", "source": "2001:db8:0:1::10", "destination": "2001:db8:0:1::31",
+     "spi": "0x1000", "state": "mature", "lifetime": 0, "mode": "transport",
+     "encryptionAlgorithm": "aes128-cbc", "encryptionKey": "0x6b656c6d2d6d676d742d6b6579303031",
+     "integrityAlgorithm": "hmac-sha2-256",
+     "integrityKey": "0x6b656c6d2d6d676d742d696e746567726974792d6b65792d30303030303031"},
+    {"name": "auto", "source": "2001:db8:0:1::10", "destination": "2001:db8:0:1::42",
+     "spi": "0x2f1a", "state": "mature", "lifetime": 3600, "mode": "transport",
+     "encryptionAlgorithm": "3des-cbc", "encryptionKey": "0x6175746f2d73612d336465732d6b65792d303031303030",
+     "integrityAlgorithm": "hmac-sha1", "integrityKey": "0x6175746f2d73612d686d61632d6b6579"}
+  ],
+  "securityPolicies": [
+    {"name": "sp-mgmt0", "source": "2001:db8:0:1::10/128", "sourcePort": 0,
+     "destination": "2001:db8:0:1::31/128", "destinationPort": 443, "protocol": "tcp",
+     "direction": "out", "action": "ipsec", "mode": "transport", "saName": "sa-mgmt0"},
+    {"name": "sp-drop1", "source": "any", "sourcePort": 0,
+     "destination": "2001:db8:0:100::/56", "destinationPort": 0, "protocol": "any",
+     "direction": "in", "action": "discard", "mode": "any", "saName": ""}
+  ]
+})json";
+
+}  // namespace
+
+extern const Subject ipsecSubject;
+const Subject ipsecSubject = {
+    .name = "ipsec",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = kDefaultSection,
+    .importSection = ImportSection,
+    .exportSection = ExportSection,
+};
+
+}  // namespace HostSim
