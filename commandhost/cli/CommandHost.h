@@ -3,6 +3,7 @@
 // tests drive the same path in-process.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -13,6 +14,8 @@
 #include "cpptools/CallSpec.h"
 
 namespace CommandHost {
+
+struct BatchOptions;
 
 using RegisterFunction = void (*)(std::shared_ptr<CppTools::AutoCli::NamespaceNode>&);
 
@@ -50,6 +53,8 @@ struct GlobalOptions {
     std::string pluginDirectory;  // --plugin-dir=DIR; empty: not given
     bool help = false;            // --help
     bool version = false;         // --version
+    std::string batch;            // --batch FILE: run its lines; "-" for standard input
+    bool force = false;           // --force: a batch goes on after a failing line
     size_t next = 0;              // index of the first word after the options
     std::string error;            // a refusal of the options; empty when they are well formed
 };
@@ -81,6 +86,15 @@ public:
     // Returns the exit status.
     int Main(const std::vector<std::string>& arguments, OutputChannel& out, OutputChannel& err);
 
+    // Runs each command line of `lines` through Main, one line a command, skipping blank lines
+    // and lines that start with '#'. Stops at the first line that fails, naming it, unless
+    // `options.force`; returns the exit status of the first failure, else ExitOk.
+    int RunBatch(std::istream& lines, const BatchOptions& options, OutputChannel& out,
+                 OutputChannel& err);
+    // The same for the lines of a file, or of standard input for "-".
+    int RunBatchFile(const std::string& path, const BatchOptions& options, OutputChannel& out,
+                     OutputChannel& err);
+
     // The width that help text and wrapped tables fit in; 80 unless set.
     void SetTerminalWidth(size_t width) { terminalWidth_ = width; }
 
@@ -98,6 +112,7 @@ private:
 
     std::shared_ptr<CppTools::AutoCli::NamespaceNode> root_;
     size_t terminalWidth_ = 80;
+    bool inBatch_ = false;
 };
 
 }  // namespace CommandHost

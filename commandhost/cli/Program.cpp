@@ -1,5 +1,6 @@
 // The whole of autocli once its plug-ins are loaded: the program's options, help, running the
 // command, formatting its result, and printing it in one piece.
+#include "commandhost/cli/Batch.h"
 #include "commandhost/cli/CommandHost.h"
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Formatters.h"
@@ -15,6 +16,8 @@ constexpr std::string_view kFormatterOption = "--formatter";
 constexpr std::string_view kPluginDirectoryOption = "--plugin-dir";
 constexpr std::string_view kHelpOption = "--help";
 constexpr std::string_view kVersionOption = "--version";
+constexpr std::string_view kBatchOption = "--batch";
+constexpr std::string_view kForceOption = "--force";
 
 // Reads the value of `option` from "--option=value" or "--option value"; false when `word` is
 // not that option. `value` holds what an earlier occurrence gave, and a second one is refused.
@@ -83,18 +86,23 @@ GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
             options.help = true;
         } else if (word == kVersionOption) {
             options.version = true;
+        } else if (word == kForceOption) {
+            options.force = true;
         } else if (!ReadValueOption(arguments, index, kFormatterOption, options.formatter,
                                     options.error) &&
                    !ReadValueOption(arguments, index, kPluginDirectoryOption,
-                                    options.pluginDirectory, options.error)) {
+                                    options.pluginDirectory, options.error) &&
+                   !ReadValueOption(arguments, index, kBatchOption, options.batch, options.error)) {
             std::string name = word.substr(0, word.find('='));
             options.error =
                 "Unknown option " + QuoteValue(name) + "." +
                 DidYouMean(name,
                            {std::string(kFormatterOption), std::string(kPluginDirectoryOption),
-                            std::string(kHelpOption), std::string(kVersionOption)}) +
+                            std::string(kHelpOption), std::string(kVersionOption),
+                            std::string(kBatchOption), std::string(kForceOption)}) +
                 " Usage: autocli [--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] "
-                "network <path...> [parameters]";
+                "network <path...> [parameters], or autocli [--formatter=NAME] --batch FILE "
+                "[--force]";
         }
     }
     return options;
@@ -105,6 +113,23 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     const GlobalOptions options = ReadGlobalOptions(arguments);
     if (!options.error.empty()) {
         return Refuse(err, options.error);
+    }
+    if (inBatch_ && (!options.batch.empty() || options.force || !options.pluginDirectory.empty() ||
+                     options.version)) {
+        return Refuse(err,
+                      "The options --batch, --force, --plugin-dir and --version can't be "
+                      "given on a line of a batch.");
+    }
+    if (!options.batch.empty()) {
+        if (options.next < arguments.size() || options.help) {
+            return Refuse(err,
+                          "With --batch the command lines come from the file, one to a "
+                          "line; nothing else follows it but --force or --formatter.");
+        }
+        return RunBatchFile(options.batch, {options.force, options.formatter}, out, err);
+    }
+    if (options.force) {
+        return Refuse(err, "The option '--force' goes with '--batch'.");
     }
     if (options.version) {
         return Finish(out, err, "autocli " AUTOCLI_VERSION "\n", {}, ExitOk);
