@@ -268,4 +268,19 @@ TEST_F(NicDriverSettings, PauseParametersWithTheirResolutions) {
               (F{0, 0, 0, 0, 0, 0, 0}));
 }
 
+TEST_F(NicDriverSettings, AnEmptyHostGivesEmptyListsAndNoSwitchForVlans) {
+    HostSim::ImportProfile("{}");
+    const Words lists[] = {{"coalesce", "get"}, {"cso", "get"},       {"tso", "get"},
+                           {"sg", "get"},       {"software", "list"}, {"pauseParams", "list"}};
+    for (const auto& list : lists) {
+        Words words{"nic"};
+        words.insert(words.end(), list.begin(), list.end());
+        EXPECT_EQ(RunList(words)->GetCount(), 0u) << ::testing::PrintToString(words);
+    }
+    EXPECT_EQ(RunError({"nic", "vlan", "stats", "get", "-n", "hwnic0"}),
+              "hwnic0 is not a valid NIC connected to any virtual switch.");
+    EXPECT_EQ(RunError({"nic", "vlan", "stats", "set", "-n", "hwnic0", "-e", "false"}),
+              "hwnic0 is not a valid NIC connected to any virtual switch.");
+}
+
 }  // namespace
