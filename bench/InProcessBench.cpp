@@ -21,7 +21,7 @@ BENCHMARK(RegisterTree)->Unit(benchmark::kMicrosecond);
 
 // A state directory made by `hostsim init` with the given scale (0: the default host as it is).
 class ScaledHost {
-  public:
+public:
     explicit ScaledHost(long scale) {
         std::vector<std::string> arguments{"init"};
         if (scale > 0) {
@@ -34,7 +34,7 @@ class ScaledHost {
         HostSim::UseStateDirectory(directory_.Path());
     }
 
-  private:
+private:
     Testing::TemporaryDirectory directory_;
 };
 
@@ -52,6 +52,42 @@ void NicList(benchmark::State& state) {
     state.SetComplexityN(rows);
 }
 BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(112)->Unit(benchmark::kMicrosecond)->Complexity();
+
+// NIC device listings: one row per NIC, read with the NICs' device features in one query.
+void RunListing(benchmark::State& state, const std::vector<std::string>& line) {
+    ScaledHost host(state.range(0));
+    long rows = 0;
+    for (auto _ : state) {
+        auto result = Testing::PluginHost().Run(line);
+        auto list =
+            std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(result.output->GetRootObject());
+        rows = list ? static_cast<long>(list->GetCount()) : -1;
+    }
+    state.counters["rows"] = static_cast<double>(rows);
+    state.SetComplexityN(rows);
+}
+
+void NicQueueLoadBalancerList(benchmark::State& state) {
+    RunListing(state, {"network", "nic", "queue", "loadbalancer", "list"});
+}
+BENCHMARK(NicQueueLoadBalancerList)
+    ->Arg(0)
+    ->Arg(10)
+    ->Arg(30)
+    ->Arg(112)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity();
+
+void NicHwCapSupportedList(benchmark::State& state) {
+    RunListing(state, {"network", "nic", "hwCap", "supported", "list"});
+}
+BENCHMARK(NicHwCapSupportedList)
+    ->Arg(0)
+    ->Arg(10)
+    ->Arg(30)
+    ->Arg(112)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity();
 
 }  // namespace
 

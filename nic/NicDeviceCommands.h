@@ -6,29 +6,72 @@
 
 namespace ZanvexCli::NetworkNamespace {
 
-NETWORK_COMMAND(SriovNicList);
-NETWORK_COMMAND(VfList);
-NETWORK_COMMAND(VfStats);
+// The forms of command class these commands keep: `Command` as a virtual base or a plain one,
+// and New allocating the object alone (`new`) or with its reference counts (make_shared).
+class VirtualCommand : public virtual Command {};
 
-NETWORK_COMMAND(NicQueueCountGet);
-NETWORK_COMMAND(NicQueueCountSet);
-NETWORK_COMMAND(NicQueueFilterClassList);
-NETWORK_COMMAND(NicQueueLbSettingList);
-NETWORK_COMMAND(NicQueueLbSettingSet);
-NETWORK_COMMAND(NicQueueLbStateList);
-NETWORK_COMMAND(NicQueueLbStateSet);
-NETWORK_COMMAND(NicQueueLbPluginList);
-NETWORK_COMMAND(NicQueueLbPluginSet);
+template <class Self, class Base, bool kOneBlock>
+class FormedCommand : public Base {
+public:
+    static std::shared_ptr<Self> New() {
+        std::shared_ptr<Self> command;
+        if constexpr (kOneBlock) {
+            command = std::make_shared<Self>();
+        } else {
+            command = std::shared_ptr<Self>(new Self);
+        }
+        command->PrimeThis(command);
+        return command;
+    }
 
-NETWORK_COMMAND(NicHwCapSupportedList);
-NETWORK_COMMAND(NicHwCapActivatedList);
+    FormedCommand() { Declare::ApplyShape(*this, Self::kShape); }
+
+    static std::shared_ptr<MetaStruct> GetOutputStructure() {
+        return Declare::MakeStruct(*Self::kShape.structure);
+    }
+
+protected:
+    std::shared_ptr<InputSpec> GetInputSpecInternal() override {
+        return Declare::MakeInputSpec(Self::kShape.parameters);
+    }
+    std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
+        return Declare::MakeOutputSpec(Self::kShape);
+    }
+};
+
+#define NETWORK_COMMAND_FORM(ClassName, Base, oneBlock)                       \
+    class ClassName final : public FormedCommand<ClassName, Base, oneBlock> { \
+    public:                                                                   \
+        static const Declare::CommandShape kShape;                            \
+                                                                              \
+    protected:                                                                \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,             \
+                             const std::shared_ptr<Output>& output) override; \
+    }
+
+NETWORK_COMMAND_FORM(SriovNicList, VirtualCommand, false);
+NETWORK_COMMAND_FORM(VfList, VirtualCommand, false);
+NETWORK_COMMAND_FORM(VfStats, VirtualCommand, false);
+
+NETWORK_COMMAND_FORM(NicQueueCountGet, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueCountSet, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueFilterClassList, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbSettingList, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbSettingSet, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbStateList, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbStateSet, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbPluginList, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueLbPluginSet, VirtualCommand, true);
+
+NETWORK_COMMAND_FORM(NicHwCapSupportedList, CommandNode, false);
+NETWORK_COMMAND_FORM(NicHwCapActivatedList, CommandNode, false);
 NETWORK_COMMAND(NicDcbStatusGet);
 
-NETWORK_COMMAND(NicEepromDump);
-NETWORK_COMMAND(NicEepromChange);
-NETWORK_COMMAND(NicRegisterDump);
-NETWORK_COMMAND(NicSelfTestRun);
-NETWORK_COMMAND(NicNegotiationRestart);
+NETWORK_COMMAND_FORM(NicEepromDump, VirtualCommand, false);
+NETWORK_COMMAND_FORM(NicEepromChange, VirtualCommand, false);
+NETWORK_COMMAND_FORM(NicRegisterDump, VirtualCommand, false);
+NETWORK_COMMAND_FORM(NicSelfTestRun, VirtualCommand, false);
+NETWORK_COMMAND_FORM(NicNegotiationRestart, VirtualCommand, false);
 
 NETWORK_COMMAND(NicAttachmentAdd);
 NETWORK_COMMAND(NicAttachmentRemove);

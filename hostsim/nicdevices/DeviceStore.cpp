@@ -1,5 +1,6 @@
 #include "hostsim/nicdevices/DeviceStore.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 #include "hostsim/core/Store.h"
@@ -56,6 +57,34 @@ Listing& CurrentListing() {
 }
 
 }  // namespace
+
+std::vector<Plugin> PluginsFromText(std::string_view text) {
+    std::vector<Plugin> plugins;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        std::string_view fields[4];
+        for (std::size_t i = 0; i < 3; ++i) {
+            const std::size_t tab = std::min(line.find('\t'), line.size());
+            fields[i] = line.substr(0, tab);
+            line.remove_prefix(std::min(tab + 1, line.size()));
+        }
+        fields[3] = line;
+        plugins.push_back({std::string(fields[0]), std::string(fields[1]), std::string(fields[3]),
+                           fields[2] == "1"});
+    }
+    return plugins;
+}
+
+std::string PluginsToText(const std::vector<Plugin>& plugins) {
+    std::string text;
+    for (const Plugin& plugin : plugins) {
+        text += plugin.module + '\t' + plugin.plugin + '\t' + (plugin.active ? '1' : '0') + '\t' +
+                plugin.description + '\n';
+    }
+    return text;
+}
 
 std::vector<Device> LoadAll(Database& database) {
     std::vector<Device> devices;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hostsim/core/Database.h"
@@ -25,7 +26,7 @@ struct Device {
     std::uint32_t allowed = 0;  // bit n: balancer feature n
     std::uint32_t supported = 0;
     std::uint32_t filterClasses = 0;  // bit n: filter class n
-    std::string plugins;              // JSON array of {"module", "plugin", "description", "active"}
+    std::string plugins;              // the balancer plug-ins, in the form of PluginsToText
     bool hwCapabilities = false;
     std::uint64_t hwSupported = 0;
     std::uint64_t hwActivated = 0;
@@ -34,6 +35,18 @@ struct Device {
         diagnostics;  // JSON {"eepromMagic", "eeprom", "registers", "selfTest"}; empty: none
     std::string attachments = "[]";  // JSON array of {"branch", "vlanId"}
 };
+
+// A netqueue balancer plug-in of a NIC. Listings read the plug-ins of every NIC, so the store
+// keeps them as plain text, one line each: module, plug-in, 1 or 0 for active, description,
+// separated by tabs. Names and descriptions hold no control characters.
+struct Plugin {
+    std::string module;
+    std::string plugin;
+    std::string description;
+    bool active = false;
+};
+std::vector<Plugin> PluginsFromText(std::string_view text);
+std::string PluginsToText(const std::vector<Plugin>& plugins);
 
 // The names of the balancer features and filter classes, in the order of their bits.
 extern const char* const kFeatureNames[];

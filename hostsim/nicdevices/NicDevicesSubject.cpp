@@ -1,10 +1,12 @@
 // The NIC device subject: the nic_device table, the "nicDevices" section of a profile, and its
 // default data. It refers to the NICs of the "nics" section by name.
+#include <algorithm>
 #include <map>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/nicdevices/DeviceStore.h"
 
@@ -143,21 +145,37 @@ void NetqueueFromJson(const Json& json, Device& device) {
     }
     device.filterClasses = MaskFromNames(json.value("filterClasses", Json::array()),
                                          NicDevices::kFilterClassNames, 6, nic, "filter class");
-    Json plugins = Json::array();
+    std::vector<NicDevices::Plugin> plugins;
     std::set<std::pair<std::string, std::string>> names;
-    for (const auto& plugin : json.value("plugins", Json::array())) {
-        Json entry = {{"module", plugin.at("module").get<std::string>()},
-                      {"plugin", plugin.at("plugin").get<std::string>()},
-                      {"description", plugin.value("description", "")},
-                      {"active", plugin.value("active", false)}};
-        if (!names.emplace(entry["module"], entry["plugin"]).second) {
-            throw HostCtlException("NIC " + nic + " lists the netqueue plug-in " +
-                                   entry["module"].get<std::string>() + "/" +
-                                   entry["plugin"].get<std::string>() + " twice");
+    for (const auto& entry : json.value("plugins", Json::array())) {
+        NicDevices::Plugin plugin{entry.at("module").get<std::string>(),
+                                  entry.at("plugin").get<std::string>(),
+                                  entry.value("description", ""), entry.value("active", false)};
+        CheckObjectName(plugin.module, "netqueue balancer module");
+        CheckObjectName(plugin.plugin, "netqueue balancer plug-in");
+        if (std::any_of(plugin.description.begin(), plugin.description.end(),
+                        [](unsigned char c) { return c < 0x20 || c == 0x7f; })) {
+            throw HostCtlException("The description of netqueue balancer plug-in " + plugin.plugin +
+                                   " holds a control character");
         }
-        plugins.push_back(std::move(entry));
+        if (!names.emplace(plugin.module, plugin.plugin).second) {
+            throw HostCtlException("NIC " + nic + " lists the netqueue plug-in " + plugin.module +
+                                   "/" + plugin.plugin + " twice");
+        }
+        plugins.push_back(std::move(plugin));
     }
-    device.plugins = plugins.dump();
+    device.plugins = NicDevices::PluginsToText(plugins);
+}
+
+Json PluginsToJson(const std::string& text) {
+    Json plugins = Json::array();
+    for (const auto& plugin : NicDevices::PluginsFromText(text)) {
+        plugins.push_back({{"module", plugin.module},
+                           {"plugin", plugin.plugin},
+                           {"description", plugin.description},
+                           {"active", plugin.active}});
+    }
+    return plugins;
 }
 
 Json NetqueueToJson(const Device& device) {
@@ -170,7 +188,7 @@ Json NetqueueToJson(const Device& device) {
         {"supported", NamesFromMask(device.supported, NicDevices::kFeatureNames, 11)},
         {"allowed", NamesFromMask(device.allowed, NicDevices::kFeatureNames, 11)},
         {"filterClasses", NamesFromMask(device.filterClasses, NicDevices::kFilterClassNames, 6)},
-        {"plugins", Json::parse(device.plugins)}};
+        {"plugins", PluginsToJson(device.plugins)}};
 }
 
 Json DcbFromJson(const Json& json, const std::string& nic) {
@@ -253,8 +271,6 @@ Device DeviceFromJson(const Json& json) {
     }
     if (auto netqueue = json.find("netqueue"); netqueue != json.end()) {
         NetqueueFromJson(*netqueue, device);
-    } else {
-        device.plugins = "[]";
     }
     if (auto hw = json.find("hwCapabilities"); hw != json.end()) {
         device.hwCapabilities = true;

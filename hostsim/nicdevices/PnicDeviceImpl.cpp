@@ -36,7 +36,6 @@ Device DeviceForChange(const std::string& nic) {
         }
         Device fresh;
         fresh.nic = nic;
-        fresh.plugins = "[]";
         return fresh;
     }
     return std::move(*device);
@@ -147,16 +146,13 @@ void PnicImpl::GetNetqueueParams(HostCtl::Network::PnicNetqueueParams& params) c
     for (unsigned bit = 0; bit < HostCtl::Network::kNetqueueFilterClassCount; ++bit) {
         params.filterClasses[bit] = (device->filterClasses >> bit) & 1u;
     }
-    if (device->plugins != "[]") {
-        for (const auto& plugin : Json::parse(device->plugins)) {
-            HostCtl::Network::PnicNetqueuePluginInfo info{plugin["module"].get<std::string>(),
-                                                          plugin["plugin"].get<std::string>(),
-                                                          plugin["description"].get<std::string>()};
-            if (plugin["active"].get<bool>()) {
-                params.activePlugins.push_back(info);
-            }
-            params.plugins.push_back(std::move(info));
+    for (auto& plugin : HostSim::NicDevices::PluginsFromText(device->plugins)) {
+        HostCtl::Network::PnicNetqueuePluginInfo info{
+            std::move(plugin.module), std::move(plugin.plugin), std::move(plugin.description)};
+        if (plugin.active) {
+            params.activePlugins.push_back(info);
         }
+        params.plugins.push_back(std::move(info));
     }
 }
 
@@ -205,11 +201,11 @@ void PnicImpl::SetNetqueueParams(const HostCtl::Network::PnicNetqueueParams& par
             throw HostCtlException("Name one netqueue balancer plug-in to change on NIC " + nic);
         }
         const auto& wanted = params.activePlugins.front();
-        Json plugins = Json::parse(device.plugins);
+        auto plugins = HostSim::NicDevices::PluginsFromText(device.plugins);
         bool found = false;
         for (auto& plugin : plugins) {
-            if (plugin["module"] == wanted.moduleName && plugin["plugin"] == wanted.pluginName) {
-                plugin["active"] = params.pluginEnabled != 0;
+            if (plugin.module == wanted.moduleName && plugin.plugin == wanted.pluginName) {
+                plugin.active = params.pluginEnabled != 0;
                 found = true;
             }
         }
@@ -217,7 +213,7 @@ void PnicImpl::SetNetqueueParams(const HostCtl::Network::PnicNetqueueParams& par
             throw HostCtlException("NIC " + nic + " has no netqueue balancer plug-in " +
                                    wanted.pluginName + " of module " + wanted.moduleName);
         }
-        device.plugins = plugins.dump();
+        device.plugins = HostSim::NicDevices::PluginsToText(plugins);
     }
     HostSim::NicDevices::Save(HostSim::Store(), device);
     transaction.Commit();
