@@ -92,7 +92,7 @@ TEST_F(MainTest, GlobalOptions) {
     EXPECT_EQ(err_,
               "Unknown option '--fromatter'. Did you mean '--formatter'? Usage: autocli "
               "[--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] network <path...> "
-              "[parameters]\n");
+              "[parameters], or autocli [--formatter=NAME] --batch FILE [--force]\n");
     EXPECT_EQ(Main({"--formatter=jsno", "demo", "echo"}), CommandHost::ExitRefused);
     EXPECT_EQ(err_,
               "Unknown formatter 'jsno'. Did you mean 'json'? Formatters: table, simple, json, "
