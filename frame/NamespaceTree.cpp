@@ -5,6 +5,8 @@
 
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
+#include "ip/InterfaceCommands.h"
+#include "ip/NetstackCommands.h"
 #include "nic/NicCommands.h"
 #include "vswitch/VswitchCommands.h"
 
@@ -252,11 +254,18 @@ constexpr EntryRow kEntries[] = {
     {"network ip route", "ipv6"},
     {"network ip ipsec", "sa"},
     {"network ip ipsec", "sp"},
+    {"network ip interface", "list", &Make<IpInterfaceList>},
+    {"network ip interface", "set", &Make<IpInterfaceSet>},
     {"network ip interface", "ipv4"},
     {"network ip interface", "ipv6"},
     {"network ip interface", "tag"},
     {"network ip interface ipv4", "address"},
     {"network ip interface ipv6", "address"},
+    {"network ip netstack", "list", &Make<IpNetstackInstanceList>},
+    {"network ip netstack", "add", &Make<IpNetstackInstanceAdd>},
+    {"network ip netstack", "remove", &Make<IpNetstackInstanceRemove>},
+    {"network ip netstack", "get", &Make<IpNetstackInstanceGet>},
+    {"network ip netstack", "set", &Make<IpNetstackInstanceSet>},
     {"network multicast", "group"},
     {"network nic", "list", &Make<NicList>},
     {"network nic", "up", &Make<NicUp>},

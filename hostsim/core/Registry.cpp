@@ -7,6 +7,8 @@
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \
     SUBJECT(vswitch) \
+    SUBJECT(netstack) \
+    SUBJECT(kelmnic) \
     SUBJECT(firewall) \
     SUBJECT(routing) \
     SUBJECT(nameService) \
