@@ -2,9 +2,11 @@
 // hosts scaled up, through the same parse, check and execute path as autocli.
 #include <benchmark/benchmark.h>
 
+#include <fstream>
 #include <stdexcept>
 
 #include "frame/Registration.h"
+#include "hostsim/core/Json.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -21,7 +23,7 @@ BENCHMARK(RegisterTree)->Unit(benchmark::kMicrosecond);
 
 // A state directory made by `hostsim init` with the given scale (0: the default host as it is).
 class ScaledHost {
-  public:
+public:
     explicit ScaledHost(long scale) {
         std::vector<std::string> arguments{"init"};
         if (scale > 0) {
@@ -34,7 +36,7 @@ class ScaledHost {
         HostSim::UseStateDirectory(directory_.Path());
     }
 
-  private:
+private:
     Testing::TemporaryDirectory directory_;
 };
 
@@ -52,6 +54,58 @@ void NicList(benchmark::State& state) {
     state.SetComplexityN(rows);
 }
 BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(112)->Unit(benchmark::kMicrosecond)->Complexity();
+
+// IP services: `ip route ipv4 list` on a host whose default instance has `routes` routes, host
+// routes in the benchmarking range 198.18.0.0/15 beside the default host's own.
+class RoutedHost {
+public:
+    explicit RoutedHost(long routes) {
+        Testing::RunHostsim({"init"}, directory_.Path());
+        const auto exported = Testing::RunHostsim({"export"}, directory_.Path());
+        auto profile = HostSim::Json::parse(exported.out);
+        auto& table = profile["routing"]["netstacks"][0]["routes"];
+        for (long route = 0; route < routes; ++route) {
+            const std::uint32_t address = 0xC6120000u + static_cast<std::uint32_t>(route);
+            table.push_back({{"network", std::to_string(address >> 24) + "." +
+                                             std::to_string((address >> 16) & 0xff) + "." +
+                                             std::to_string((address >> 8) & 0xff) + "." +
+                                             std::to_string(address & 0xff) + "/32"},
+                             {"gateway", "192.0.2.254"},
+                             {"interface", "kelm0"},
+                             {"source", "MANUAL"}});
+        }
+        const std::string file = directory_.Path() + "/routed.json";
+        std::ofstream(file) << profile.dump();
+        if (Testing::RunHostsim({"import", file}, directory_.Path()).status != 0) {
+            throw std::runtime_error("hostsim import failed");
+        }
+        HostSim::UseStateDirectory(directory_.Path());
+    }
+
+private:
+    Testing::TemporaryDirectory directory_;
+};
+
+void RouteIpv4List(benchmark::State& state) {
+    RoutedHost host(state.range(0));
+    const std::vector<std::string> line{"network", "ip", "route", "ipv4", "list"};
+    long rows = 0;
+    for (auto _ : state) {
+        auto result = Testing::PluginHost().Run(line);
+        auto list =
+            std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(result.output->GetRootObject());
+        rows = list ? static_cast<long>(list->GetCount()) : -1;
+    }
+    state.counters["routes"] = static_cast<double>(rows);
+    state.SetComplexityN(rows);
+}
+BENCHMARK(RouteIpv4List)
+    ->Arg(0)
+    ->Arg(1000)
+    ->Arg(3000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
 
 }  // namespace
 

@@ -6,7 +6,10 @@
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
 #include "ip/InterfaceCommands.h"
+#include "ip/IpsecCommands.h"
+#include "ip/NameServiceCommands.h"
 #include "ip/NetstackCommands.h"
+#include "ip/RouteCommands.h"
 #include "nic/NicCommands.h"
 #include "vswitch/VswitchCommands.h"
 
@@ -240,6 +243,8 @@ constexpr EntryRow kEntries[] = {
     {"network", "port"},
     {"network", "vm"},
     {"network", "ens"},
+    {"network ip", "get", &Make<IpGet>},
+    {"network ip", "set", &Make<IpSet>},
     {"network ip", "neighbor"},
     {"network ip", "connection"},
     {"network ip", "dns"},
@@ -267,6 +272,31 @@ constexpr EntryRow kEntries[] = {
     {"network ip netstack", "get", &Make<IpNetstackInstanceGet>},
     {"network ip netstack", "set", &Make<IpNetstackInstanceSet>},
     {"network multicast", "group"},
+    {"network ip neighbor", "list", &Make<IpNeighborList>},
+    {"network ip neighbor", "remove", &Make<IpNeighborRemove>},
+    {"network ip connection", "list", &Make<IpConnectionList>},
+    {"network ip dns server", "list", &Make<IpDNSServerList>},
+    {"network ip dns server", "add", &Make<IpDNSServerAdd>},
+    {"network ip dns server", "remove", &Make<IpDNSServerRemove>},
+    {"network ip dns search", "add", &Make<IpDNSSearchAdd>},
+    {"network ip dns search", "remove", &Make<IpDNSSearchRemove>},
+    {"network ip dns search", "list", &Make<IpDNSSearchList>},
+    {"network ip route ipv4", "add", &Make<IpRouteIpv4Add>},
+    {"network ip route ipv4", "remove", &Make<IpRouteIpv4Remove>},
+    {"network ip route ipv4", "list", &Make<IpRouteIpv4List>},
+    {"network ip route ipv6", "add", &Make<IpRouteIpv6Add>},
+    {"network ip route ipv6", "remove", &Make<IpRouteIpv6Remove>},
+    {"network ip route ipv6", "list", &Make<IpRouteIpv6List>},
+    {"network ip ipsec sa", "add", &Make<IpIpsecSAAdd>},
+    {"network ip ipsec sa", "remove", &Make<IpIpsecSARemove>},
+    {"network ip ipsec sa", "list", &Make<IpIpsecSAList>},
+    {"network ip ipsec sp", "add", &Make<IpIpsecSPAdd>},
+    {"network ip ipsec sp", "remove", &Make<IpIpsecSPRemove>},
+    {"network ip ipsec sp", "list", &Make<IpIpsecSPList>},
+    {"network ip hosts", "list", &Make<IpHostsList>},
+    {"network ip hosts", "add", &Make<IpHostsAdd>},
+    {"network ip hosts", "remove", &Make<IpHostsRemove>},
+    {"network multicast group", "list", &Make<MulticastGroupList>},
     {"network nic", "list", &Make<NicList>},
     {"network nic", "up", &Make<NicUp>},
     {"network nic", "get", &Make<NicGet>},

@@ -25,7 +25,7 @@ const char* const kDefaultKelmNics = R"json([
    "ipConfig": {
      "ipv4": {"address": "192.0.2.10", "netmask": "255.255.255.0",
               "broadcast": "192.0.2.255", "gateway": "192.0.2.1"},
-     "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": true,
+     "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false,
               "gateway": "::",
               "addresses": [
                 {"address": "fe80::250:56ff:fe6b:0/64", "type": "autoconf", "status": "preferred"},

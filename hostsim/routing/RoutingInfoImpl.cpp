@@ -108,8 +108,8 @@ void AddRoute(const std::string& netstack, Route route, bool isDefault, const ch
     }
     for (const Route& existing : routes) {
         if (existing.network == route.network && existing.prefixLength == route.prefixLength) {
-            throw HostCtlException("A " + std::string(duplicate) + " to " +
-                                   PrefixText(route.network, route.prefixLength) +
+            throw HostCtlException((route.family == 4 ? "A " : "An ") + std::string(duplicate) +
+                                   " to " + PrefixText(route.network, route.prefixLength) +
                                    " already exists in netstack " + netstack + ", via " +
                                    existing.gateway);
         }

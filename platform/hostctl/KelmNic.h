@@ -66,6 +66,16 @@ public:
     virtual bool IsNetDumperInterface() const = 0;
     virtual bool IsIpv6ReadyPrimary() const = 0;
     virtual bool IsIpv6ReadySecondary() const = 0;
+
+    // IP services: the multicast groups the interface is a member of.
+    struct MulticastGroup {
+        std::string interfaceName;
+        std::string group;
+        std::string linkLayerAddress;
+        std::int32_t refCount = 0;
+    };
+    // Appends the memberships, in the order they were made.
+    virtual void GetMulticastGroups(std::vector<MulticastGroup>& groups) const;
 };
 
 // The host's Kelm interfaces as a collection.
