@@ -91,7 +91,8 @@ TEST_F(IpServicesFaultSweep, NeighborsConnectionsAndMulticast) {
                                      "NetworkInfoImpl::NetworkInfoImpl"})});
     Sweep({"ip", "neighbor", "remove", "-v", "4", "-a", "192.0.2.31"},
           {"RoutingInfoImpl::RemoveIpv4Neighbor"},
-          {.escapingOperations = {"RoutingInfoImpl::RoutingInfoImpl",
+          {.escapingOperations = {"KelmNicInfoImpl::KelmNicInfoImpl",
+                                  "RoutingInfoImpl::RoutingInfoImpl",
                                   "NetworkInfoImpl::NetworkInfoImpl"}});
     Sweep({"ip", "connection", "list"},
           {"NetworkInfoImpl::GetCurrentTcpKelmConnections",

@@ -43,7 +43,7 @@ void IpServicesTest::Change(const Words& words) {
     EXPECT_EQ(Report(words), (Outcome{{}, true})) << ::testing::PrintToString(words);
 }
 
-IpServicesTest::Outcome IpServicesTest::Report(const Words& words) {
+Outcome IpServicesTest::Report(const Words& words) {
     const auto result = Run(words);
     Outcome outcome;
     outcome.messages = result.hostMessages;
@@ -57,7 +57,7 @@ IpServicesTest::Outcome IpServicesTest::Report(const Words& words) {
     return outcome;
 }
 
-void PrintTo(const IpServicesTest::Outcome& outcome, std::ostream* out) {
+void PrintTo(const Outcome& outcome, std::ostream* out) {
     *out << ::testing::PrintToString(outcome.messages) << (outcome.trueRoot ? " true" : " no root");
 }
 

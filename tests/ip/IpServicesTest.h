@@ -8,6 +8,13 @@ namespace IpServicesTesting {
 
 using Words = std::vector<std::string>;
 
+// What a run left: its messages, and whether a true root stands beside them.
+struct Outcome {
+    Words messages;
+    bool trueRoot = false;
+    bool operator==(const Outcome&) const = default;
+};
+
 class IpServicesTest : public Testing::CommandTest {
 protected:
     // The rows of the list that `words` gives, each as the texts of `fields` (ints in decimal).
@@ -17,15 +24,9 @@ protected:
     // A change that must succeed: a true root and no message.
     void Change(const Words& words);
 
-    // What a run left: its messages, and whether a true root stands beside them.
-    struct Outcome {
-        Words messages;
-        bool trueRoot = false;
-        bool operator==(const Outcome&) const = default;
-    };
     Outcome Report(const Words& words);
 };
 
-void PrintTo(const IpServicesTest::Outcome& outcome, std::ostream* out);
+void PrintTo(const Outcome& outcome, std::ostream* out);
 
 }  // namespace IpServicesTesting

@@ -6,7 +6,7 @@
 namespace {
 
 using IpServicesTesting::Words;
-using Outcome = IpServicesTesting::IpServicesTest::Outcome;
+using Outcome = IpServicesTesting::Outcome;
 
 const Words kSaFields{"Name", "Source Address",       "Destination Address", "State",   "SPI",
                       "Mode", "Encryption Algorithm", "Integrity Algorithm", "Lifetime"};

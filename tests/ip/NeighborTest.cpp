@@ -5,7 +5,7 @@
 namespace {
 
 using IpServicesTesting::Words;
-using Outcome = IpServicesTesting::IpServicesTest::Outcome;
+using Outcome = IpServicesTesting::Outcome;
 
 const Words kNeighborFields{"Neighbor", "Mac Address", "Kelmnic", "Expiry", "State", "Type"};
 const Words kConnectionFields{"Proto", "Recv Q",   "Send Q",  "Local Address", "Foreign Address",

@@ -86,7 +86,7 @@ TEST_F(Route, TheDefaultRouteIsTheInstancesGateway) {
 }
 
 TEST_F(Route, RemovingTheDefaultRouteByAnotherGatewayChangesNothing) {
-    using Outcome = IpServicesTesting::IpServicesTest::Outcome;
+    using Outcome = IpServicesTesting::Outcome;
     EXPECT_EQ(Report({"ip", "route", "ipv4", "remove", "-n", "default", "-g", "192.0.2.77"}),
               (Outcome{{"192.0.2.77 is not a default route."}, true}));
     EXPECT_EQ(
