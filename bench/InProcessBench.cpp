@@ -4,7 +4,9 @@
 
 #include <stdexcept>
 
+#include <fstream>
 #include "frame/Registration.h"
+#include "hostsim/core/Json.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -53,9 +55,8 @@ void NicList(benchmark::State& state) {
 }
 BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(112)->Unit(benchmark::kMicrosecond)->Complexity();
 
-// NIC device listings: one row per NIC, read with the NICs' device features in one query.
-void RunListing(benchmark::State& state, const std::vector<std::string>& line) {
-    ScaledHost host(state.range(0));
+// Runs `line` in-process over and over, counting the rows of its list.
+void MeasureRows(benchmark::State& state, const std::vector<std::string>& line) {
     long rows = 0;
     for (auto _ : state) {
         auto result = Testing::PluginHost().Run(line);
@@ -65,6 +66,12 @@ void RunListing(benchmark::State& state, const std::vector<std::string>& line) {
     }
     state.counters["rows"] = static_cast<double>(rows);
     state.SetComplexityN(rows);
+}
+
+// NIC device listings: one row per NIC, read with the NICs' device features in one query.
+void RunListing(benchmark::State& state, const std::vector<std::string>& line) {
+    ScaledHost host(state.range(0));
+    MeasureRows(state, line);
 }
 
 void NicQueueLoadBalancerList(benchmark::State& state) {
@@ -87,6 +94,49 @@ BENCHMARK(NicHwCapSupportedList)
     ->Arg(30)
     ->Arg(112)
     ->Unit(benchmark::kMicrosecond)
+    ->Complexity();
+
+// IP services: `ip route ipv4 list` on a host whose default instance has `routes` routes, host
+// routes in the benchmarking range 198.18.0.0/15 beside the default host's own.
+class RoutedHost {
+public:
+    explicit RoutedHost(long routes) {
+        Testing::RunHostsim({"init"}, directory_.Path());
+        const auto exported = Testing::RunHostsim({"export"}, directory_.Path());
+        auto profile = HostSim::Json::parse(exported.out);
+        auto& table = profile["routing"]["netstacks"][0]["routes"];
+        for (long route = 0; route < routes; ++route) {
+            const std::uint32_t address = 0xC6120000u + static_cast<std::uint32_t>(route);
+            table.push_back({{"network", std::to_string(address >> 24) + "." +
+                                             std::to_string((address >> 16) & 0xff) + "." +
+                                             std::to_string((address >> 8) & 0xff) + "." +
+                                             std::to_string(address & 0xff) + "/32"},
+                             {"gateway", "192.0.2.254"},
+                             {"interface", "kelm0"},
+                             {"source", "MANUAL"}});
+        }
+        const std::string file = directory_.Path() + "/routed.json";
+        std::ofstream(file) << profile.dump();
+        if (Testing::RunHostsim({"import", file}, directory_.Path()).status != 0) {
+            throw std::runtime_error("hostsim import failed");
+        }
+        HostSim::UseStateDirectory(directory_.Path());
+    }
+
+private:
+    Testing::TemporaryDirectory directory_;
+};
+
+void RouteIpv4List(benchmark::State& state) {
+    RoutedHost host(state.range(0));
+    MeasureRows(state, {"network", "ip", "route", "ipv4", "list"});
+}
+BENCHMARK(RouteIpv4List)
+    ->Arg(0)
+    ->Arg(1000)
+    ->Arg(3000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
     ->Complexity();
 
 }  // namespace

@@ -5,6 +5,11 @@
 
 #include "firewall/FirewallCommands.h"
 #include "frame/Registration.h"
+#include "ip/InterfaceCommands.h"
+#include "ip/IpsecCommands.h"
+#include "ip/NameServiceCommands.h"
+#include "ip/NetstackCommands.h"
+#include "ip/RouteCommands.h"
 #include "nic/NicCommands.h"
 #include "nic/NicSettingsCommands.h"
 #include "nic/NicDeviceCommands.h"
@@ -240,6 +245,8 @@ constexpr EntryRow kEntries[] = {
     {"network", "port"},
     {"network", "vm"},
     {"network", "ens"},
+    {"network ip", "get", &Make<IpGet>},
+    {"network ip", "set", &Make<IpSet>},
     {"network ip", "neighbor"},
     {"network ip", "connection"},
     {"network ip", "dns"},
@@ -254,12 +261,44 @@ constexpr EntryRow kEntries[] = {
     {"network ip route", "ipv6"},
     {"network ip ipsec", "sa"},
     {"network ip ipsec", "sp"},
+    {"network ip interface", "list", &Make<IpInterfaceList>},
+    {"network ip interface", "set", &Make<IpInterfaceSet>},
     {"network ip interface", "ipv4"},
     {"network ip interface", "ipv6"},
     {"network ip interface", "tag"},
     {"network ip interface ipv4", "address"},
     {"network ip interface ipv6", "address"},
+    {"network ip netstack", "list", &Make<IpNetstackInstanceList>},
+    {"network ip netstack", "add", &Make<IpNetstackInstanceAdd>},
+    {"network ip netstack", "remove", &Make<IpNetstackInstanceRemove>},
+    {"network ip netstack", "get", &Make<IpNetstackInstanceGet>},
+    {"network ip netstack", "set", &Make<IpNetstackInstanceSet>},
     {"network multicast", "group"},
+    {"network ip neighbor", "list", &Make<IpNeighborList>},
+    {"network ip neighbor", "remove", &Make<IpNeighborRemove>},
+    {"network ip connection", "list", &Make<IpConnectionList>},
+    {"network ip dns server", "list", &Make<IpDNSServerList>},
+    {"network ip dns server", "add", &Make<IpDNSServerAdd>},
+    {"network ip dns server", "remove", &Make<IpDNSServerRemove>},
+    {"network ip dns search", "add", &Make<IpDNSSearchAdd>},
+    {"network ip dns search", "remove", &Make<IpDNSSearchRemove>},
+    {"network ip dns search", "list", &Make<IpDNSSearchList>},
+    {"network ip route ipv4", "add", &Make<IpRouteIpv4Add>},
+    {"network ip route ipv4", "remove", &Make<IpRouteIpv4Remove>},
+    {"network ip route ipv4", "list", &Make<IpRouteIpv4List>},
+    {"network ip route ipv6", "add", &Make<IpRouteIpv6Add>},
+    {"network ip route ipv6", "remove", &Make<IpRouteIpv6Remove>},
+    {"network ip route ipv6", "list", &Make<IpRouteIpv6List>},
+    {"network ip ipsec sa", "add", &Make<IpIpsecSAAdd>},
+    {"network ip ipsec sa", "remove", &Make<IpIpsecSARemove>},
+    {"network ip ipsec sa", "list", &Make<IpIpsecSAList>},
+    {"network ip ipsec sp", "add", &Make<IpIpsecSPAdd>},
+    {"network ip ipsec sp", "remove", &Make<IpIpsecSPRemove>},
+    {"network ip ipsec sp", "list", &Make<IpIpsecSPList>},
+    {"network ip hosts", "list", &Make<IpHostsList>},
+    {"network ip hosts", "add", &Make<IpHostsAdd>},
+    {"network ip hosts", "remove", &Make<IpHostsRemove>},
+    {"network multicast group", "list", &Make<MulticastGroupList>},
     {"network nic", "list", &Make<NicList>},
     {"network nic", "up", &Make<NicUp>},
     {"network nic", "get", &Make<NicGet>},

@@ -31,6 +31,9 @@ struct OperationCall {
     bool operator==(const OperationCall&) const = default;
 };
 
+// Turns a switch of the host's feature table on or off ("kelmNicDpuTransportTag").
+void SetFeature(const std::string& name, bool on);
+
 // Starts recording every host operation that passes the fault choke point.
 void StartTrace();
 // Stops recording and returns the operations in the order they were made.

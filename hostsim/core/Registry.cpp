@@ -9,6 +9,8 @@
     SUBJECT(nicsettings) \
     SUBJECT(nicdevices) \
     SUBJECT(vswitch) \
+    SUBJECT(netstack) \
+    SUBJECT(kelmnic) \
     SUBJECT(firewall) \
     SUBJECT(routing) \
     SUBJECT(nameService) \

@@ -8,6 +8,7 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dns/NameServiceStore.h"
+#include "hostsim/routing/RoutingStore.h"
 
 namespace HostSim {
 
@@ -53,6 +54,7 @@ void ImportDns(Database& database, const Json& section, const Scale& scale) {
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
             const std::string target = scale.Name(key, copy);
             if (copy == 0 || target != key) {
+                Routing::RequireNetstack(database, target);
                 NameService::WriteDns(database, target, config);
             }
         }

@@ -108,8 +108,8 @@ void AddRoute(const std::string& netstack, Route route, bool isDefault, const ch
     }
     for (const Route& existing : routes) {
         if (existing.network == route.network && existing.prefixLength == route.prefixLength) {
-            throw HostCtlException("A " + std::string(duplicate) + " to " +
-                                   PrefixText(route.network, route.prefixLength) +
+            throw HostCtlException((route.family == 4 ? "A " : "An ") + std::string(duplicate) +
+                                   " to " + PrefixText(route.network, route.prefixLength) +
                                    " already exists in netstack " + netstack + ", via " +
                                    existing.gateway);
         }
@@ -243,10 +243,22 @@ void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ip
 
 }  // namespace
 
+namespace {
+
+std::uint64_t SourceKey(std::uint32_t network, unsigned int prefixLength) {
+    return (std::uint64_t{network} << 8) | prefixLength;
+}
+
+std::uint64_t SourceKey(const Route& route) {
+    return SourceKey(Ipv4Address(route.network).GetValue(), route.prefixLength);
+}
+
+}  // namespace
+
 struct RoutingInfoImpl::Cache {
     Gateways gateways;
-    // The source of each route by its network in prefix form.
-    std::unordered_map<std::string, std::string> sources;
+    // The source of each IPv4 route by its network and prefix length (SourceKey).
+    std::unordered_map<std::uint64_t, std::string> sources;
 };
 
 // 0.0.0.0/0 and ::/0, as the default values are.
@@ -283,7 +295,7 @@ const RoutingInfoImpl::Cache& RoutingInfoImpl::Cached() {
         for (const bool system : {false, true}) {
             for (const Route& route :
                  HostSim::Routing::ReadRoutes(database, netstackKey_, 4, system)) {
-                cache->sources.emplace(PrefixText(route.network, route.prefixLength), route.source);
+                cache->sources.emplace(SourceKey(route), route.source);
             }
         }
         cache_ = std::move(cache);
@@ -329,7 +341,8 @@ std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
     if (network == DEFAULT_IPV4_ROUTE) {
         return cache.gateways.ipv4Source;
     }
-    const auto source = cache.sources.find(network.GetStringAddress());
+    const auto source =
+        cache.sources.find(SourceKey(network.GetNetwork().GetValue(), network.GetPrefixLength()));
     return source == cache.sources.end() ? HostSim::Routing::kSourceNone : source->second;
 }
 
@@ -383,7 +396,7 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
     cache_->gateways = HostSim::Routing::ReadGateways(database, netstackKey_);
     cache_->sources.reserve(routes.size());
     for (const Route& route : routes) {
-        cache_->sources.emplace(PrefixText(route.network, route.prefixLength), route.source);
+        cache_->sources.emplace(SourceKey(route), route.source);
     }
     const Cache& cache = *cache_;
     std::vector<HostCtl::Network::Ipv4Route> result;

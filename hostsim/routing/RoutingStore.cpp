@@ -169,10 +169,8 @@ std::vector<std::string> ReadNetstacks(Database& database) {
 }
 
 void RequireNetstack(Database& database, const std::string& netstack) {
-    if (!database.Query("SELECT 1 FROM routing_netstack WHERE netstack = ?1")
-             .Bind(1, netstack)
-             .Step()) {
-        throw HostCtlException("There is no netstack instance named " + netstack + " on this host");
+    if (!database.Query("SELECT 1 FROM netstack WHERE key = ?1").Bind(1, netstack).Step()) {
+        throw HostCtlException("There is no netstack instance named " + netstack);
     }
 }
 

@@ -195,6 +195,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
             const std::string target = scale.Name(key, copy);
+            Routing::RequireNetstack(database, target);
             const Tables copied = CopyTables(tables, scale, copy, ipv4Index, ipv6Index);
             if (copy == 0 || target != key) {
                 Routing::WriteGateways(database, target, gateways);

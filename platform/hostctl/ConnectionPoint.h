@@ -7,10 +7,29 @@
 
 namespace HostCtl::Network {
 
+// What an opaque network names its attachment by.
+struct OpaqueNetworkParam {
+    std::string opaqueNetworkId;
+    std::string opaqueNetworkType;
+    std::string externalId;
+};
+
 class ConnectionPoint : public virtual Lib::HostCtlObject {
   public:
     // The name of the portset (switch) the connection point belongs to.
     virtual std::string GetPortsetName() const = 0;
+
+    // Kinds of connection point for Kelm interfaces.
+    enum Kind { kNone = 0, kPortGroup = 1, kDVPort = 2, kOpaqueNetwork = 3 };
+    // The kind, kNone unless a kind of connection point says otherwise.
+    virtual int GetType() const;
+    // Whether an interface can be attached here; true unless a kind says otherwise.
+    virtual bool IsValid() const;
+    // The port group's name for a port group, else empty.
+    virtual std::string GetPortGroupName() const;
+    // The opaque network's record; one shared record of empty strings unless a kind says
+    // otherwise.
+    virtual const OpaqueNetworkParam& GetOpaqueNetworkParam() const;
 };
 
 }  // namespace HostCtl::Network

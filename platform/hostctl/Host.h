@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "hostctl/NetworkInfo.h"
 #include "hostctl/SystemInfo.h"
 
 namespace HostCtl {
@@ -11,6 +12,9 @@ class Host {
 public:
     virtual ~Host() = default;
     static std::unique_ptr<System::SystemInfo> GetSystemInfo();
+
+    // The root of the network model, as NetworkFactory::GetNetworkInfo gives it.
+    static std::unique_ptr<Network::NetworkInfo> GetNetworkInfo();
 };
 
 class HostFactory {

@@ -91,6 +91,21 @@ public:
     // An address and a prefix length of 0 to 128, "2001:db8::5/64".
     static bool IsValidAddressAndNetmask(const std::string& text);
 
+    // How an interface's address came and where it stands: the type is 0 static, 7 learnt by
+    // stateless autoconfiguration, 9 leased by DHCPv6; the status 1 preferred, 2 tentative,
+    // 3 duplicated, 5 deprecated. An address made from text is static and preferred.
+    static constexpr int kTypeStatic = 0;
+    static constexpr int kTypeAutoconf = 7;
+    static constexpr int kTypeDhcp = 9;
+    static constexpr int kStatusPreferred = 1;
+    static constexpr int kStatusTentative = 2;
+    static constexpr int kStatusDuplicated = 3;
+    static constexpr int kStatusDeprecated = 5;
+    int GetIpv6AddressType() const { return type_; }
+    int GetIpv6AddressStatus() const { return status_; }
+    void SetIpv6AddressType(int type) { type_ = type; }
+    void SetIpv6AddressStatus(int status) { status_ = status; }
+
     // Routing: the mask of a prefix length, "ffff:ffff:ffff::" for 48; lengths above 128
     // count as 128.
     static Ipv6Address NetmaskFromNumber(unsigned int prefixLength);
@@ -98,6 +113,8 @@ public:
 private:
     Ipv6Address address_;
     unsigned int prefixLength_ = 0;
+    int type_ = kTypeStatic;
+    int status_ = kStatusPreferred;
 };
 
 }  // namespace HostCtl::Network

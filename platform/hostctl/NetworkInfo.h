@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "hostctl/KelmNic.h"
+#include "hostctl/NetstackInstance.h"
 #include "hostctl/Pnic.h"
 #include "hostctl/PortGroup.h"
 #include "hostctl/VirtualSwitch.h"
@@ -18,6 +20,26 @@ public:
     virtual std::vector<std::unique_ptr<Pnic>> GetPnics(PnicGetType type) = 0;
     // Null when there is no such NIC.
     virtual std::unique_ptr<Pnic> GetPnicByName(const std::string& name, bool refresh) = 0;
+
+    // Kelm interfaces and netstack instances.
+    virtual std::unique_ptr<KelmNicInfo> GetKelmNicInfo() = 0;
+    // Every instance, configured or up, in the order they were made.
+    virtual std::vector<std::unique_ptr<NetstackInstance>> ListNetstackInstances() = 0;
+    // Null when there is no instance of that key.
+    virtual std::unique_ptr<NetstackInstance> LookupNetstackInstanceByKey(
+        const std::string& key) = 0;
+    // Adds an instance with the settings of `instance`; `configOnly`: not created in the kernel.
+    // Throws HostCtlException for a key that is taken or a setting the host refuses.
+    virtual void AddNetstackInstance(const NetstackInstance& instance, bool configOnly) = 0;
+    // `keepConfig`: only destroyed in the kernel. Throws for an unknown key, the default
+    // instance, or an instance that interfaces still use.
+    virtual void RemoveNetstackInstance(const std::string& key, bool keepConfig) = 0;
+    // NetstackInstance::kStateUp when the instance exists in the kernel.
+    virtual int GetNetstackState(const std::string& key) = 0;
+    // The keys of the instances the system defines: the default one and the dedicated ones.
+    virtual std::vector<std::string> GetPredefinedNetstackKeys() = 0;
+    // Brings the network dumper's view of the interfaces up to date.
+    virtual void RefreshNetDumper() = 0;
 };
 
 class NetworkFactory {

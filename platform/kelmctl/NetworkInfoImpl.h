@@ -27,6 +27,19 @@ public:
     std::vector<HostCtl::Network::SriovNicVFInfo> GetSriovNicVFInfo(const std::string& name);
     void GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats, const std::string& name,
                             int vfId);
+    // Kelm interfaces and netstack instances.
+    std::unique_ptr<HostCtl::Network::KelmNicInfo> GetKelmNicInfo() override;
+    std::vector<std::unique_ptr<HostCtl::Network::NetstackInstance>> ListNetstackInstances()
+        override;
+    std::unique_ptr<HostCtl::Network::NetstackInstance> LookupNetstackInstanceByKey(
+        const std::string& key) override;
+    void AddNetstackInstance(const HostCtl::Network::NetstackInstance& instance,
+                             bool configOnly) override;
+    void RemoveNetstackInstance(const std::string& key, bool keepConfig) override;
+    int GetNetstackState(const std::string& key) override;
+    std::vector<std::string> GetPredefinedNetstackKeys() override;
+    void RefreshNetDumper() override;
+
     // IP services: the host-wide switches of IPv6 and of the network dumper, and the sockets
     // of a netstack instance, appended to `connections`.
     bool IsKelmIpv6Enabled();

@@ -36,6 +36,10 @@ class PortGroupImpl : public HostCtl::Network::PortGroup {
     // Made from a record already read, by the look-ups that read many at once.
     explicit PortGroupImpl(std::unique_ptr<PortGroupRecord> record);
 
+    // As a connection point of Kelm interfaces.
+    int GetType() const override;
+    std::string GetPortGroupName() const override;
+
   private:
     std::unique_ptr<PortGroupRecord> record_;
 };

@@ -27,7 +27,7 @@ protected:
 TEST_F(PortGroups, ListShowsEachPortGroupWithItsSwitchClientsAndVlan) {
     EXPECT_EQ(Listed(),
               (Words{"Management Network@lanswitch0:1:0", "VM Network@lanswitch0:0:0",
-                     "Storage Network@storageswitch1:0:20", "Migration Network@storageswitch1:0:30",
+                     "Storage Network@storageswitch1:0:20", "Migration Network@storageswitch1:1:30",
                      "Backup Network@storageswitch1:0:4095"}));
     EXPECT_EQ(Listed({"--type=system"}), Words{"Kelm System Network@kelmSystemSwitch0:1:0"});
     EXPECT_EQ(RunError({"vswitch", "standard", "portgroup", "list", "-t", "legacy"}),
@@ -39,6 +39,7 @@ TEST_F(PortGroups, ListOfAHostWithoutPortGroupsIsEmpty) {
     for (auto& virtualSwitch : profile["vswitches"]) {
         virtualSwitch["portGroups"] = HostSim::Json::array();
     }
+    profile["kelmnics"] = HostSim::Json::array();
     ImportHost(profile);
     EXPECT_EQ(Listed(), Words{});
 }
@@ -69,9 +70,9 @@ TEST_F(PortGroups, AddRefusals) {
 }
 
 TEST_F(PortGroups, RemoveTakesAPortGroupThatIsNotInUse) {
-    Change({"portgroup", "remove", "-p", "Migration Network", "-v", "storageswitch1"});
+    Change({"portgroup", "remove", "-p", "Storage Network", "-v", "storageswitch1"});
     EXPECT_EQ(Listed(), (Words{"Management Network@lanswitch0:1:0", "VM Network@lanswitch0:0:0",
-                               "Storage Network@storageswitch1:0:20",
+                               "Migration Network@storageswitch1:1:30",
                                "Backup Network@storageswitch1:0:4095"}));
 }
 

@@ -32,7 +32,7 @@ TEST_F(StandardSwitch, ListShowsEveryOrdinarySwitchWithItsSettings) {
     EXPECT_EQ(Str(row, "Class"), "etherswitch");
     EXPECT_EQ(Int(row, "Num Ports"), 256);
     EXPECT_EQ(Int(row, "Configured Ports"), 256);
-    EXPECT_EQ(Int(row, "Used Ports"), 2);                      // its two uplinks
+    EXPECT_EQ(Int(row, "Used Ports"), 3);                      // its two uplinks and kelm1
     EXPECT_EQ(Int(SwitchRow("lanswitch0"), "Used Ports"), 3);  // and kelm0 on lanswitch0
     EXPECT_EQ(Int(row, "MTU"), 9000);
     EXPECT_EQ(Str(row, "CDP Status"), "both");

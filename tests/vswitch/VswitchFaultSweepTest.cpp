@@ -41,8 +41,20 @@ TEST_F(VswitchFaultSweep, SwitchLifecycle) {
            "VirtualSwitch::GetBeaconThreshold", "VirtualSwitch::GetBeaconRequiredBy",
            "Portset::GetUplinks", "VirtualSwitch::GetPortGroups", "PortGroup::GetName"});
     Sweep({"list", "-v", "storageswitch1"}, {"VirtualSwitchInfoImpl::GetVirtualSwitchByName"});
-    Sweep({"remove", "-v", "storageswitch1"},
-          {"PortsetImpl::IsValidVirtualSwitch", "VirtualSwitchInfoImpl::RemoveVirtualSwitch"});
+}
+
+// Every switch of the default host is in use, so removal is swept on one made for it.
+TEST_F(VswitchFaultSweep, SwitchRemoval) {
+    const std::vector<std::string> remove{"vswitch", "standard", "remove", "-v", "labswitch9"};
+    for (const char* operation :
+         {"PortsetImpl::IsValidVirtualSwitch", "VirtualSwitchInfoImpl::RemoveVirtualSwitch"}) {
+        SCOPED_TRACE(operation);
+        RunOk({"vswitch", "standard", "add", "-v", "labswitch9"});
+        HostSim::InjectFault(operation, "", "injected fault");
+        EXPECT_EQ(RunError(remove), "injected fault");
+        HostSim::ClearFaults();
+        RunOk(remove);
+    }
 }
 
 TEST_F(VswitchFaultSweep, Uplinks) {

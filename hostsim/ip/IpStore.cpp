@@ -1,0 +1,476 @@
+#include "hostsim/ip/IpStore.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Names.h"
+#include "kelmctl/KelmNicInfoImpl.h"
+
+namespace HostSim::Ip {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::IpConfig;
+using HostCtl::Network::Ipv4Address;
+using HostCtl::Network::Ipv6Address;
+using HostCtl::Network::Ipv6Network;
+using KelmCtl::Network::KelmNicRecord;
+using KelmCtl::Network::NetstackRecord;
+
+namespace {
+
+void CheckRange(long value, long low, long high, const char* what) {
+    if (value < low || value > high) {
+        throw HostCtlException(std::string(what) + " " + std::to_string(value) +
+                               " is out of range (" + std::to_string(low) + "-" +
+                               std::to_string(high) + ")");
+    }
+}
+
+void CheckOneOf(const std::string& value, const std::vector<std::string>& allowed,
+                const char* what) {
+    if (std::find(allowed.begin(), allowed.end(), value) != allowed.end()) {
+        return;
+    }
+    std::string list;
+    for (const std::string& name : allowed) {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    throw HostCtlException(std::string(what) + " " + value + " is not one of " + list);
+}
+
+struct Word {
+    int value;
+    const char* word;
+};
+constexpr Word kTypeWords[] = {
+    {Ipv6Network::kTypeStatic, "static"},
+    {Ipv6Network::kTypeAutoconf, "autoconf"},
+    {Ipv6Network::kTypeDhcp, "dhcp"},
+};
+constexpr Word kStatusWords[] = {
+    {Ipv6Network::kStatusPreferred, "preferred"},
+    {Ipv6Network::kStatusTentative, "tentative"},
+    {Ipv6Network::kStatusDuplicated, "duplicated"},
+    {Ipv6Network::kStatusDeprecated, "deprecated"},
+};
+
+// A known value as its word, any other as its number.
+template <std::size_t N>
+Json ToWord(int value, const Word (&words)[N]) {
+    for (const Word& word : words) {
+        if (word.value == value) {
+            return word.word;
+        }
+    }
+    return value;
+}
+
+template <std::size_t N>
+int FromWord(const Json& json, const Word (&words)[N], const char* what) {
+    if (json.is_number_integer()) {
+        return json.get<int>();
+    }
+    const std::string text = json.get<std::string>();
+    for (const Word& word : words) {
+        if (text == word.word) {
+            return word.value;
+        }
+    }
+    throw HostCtlException(std::string("Unknown IPv6 address ") + what + " " + text);
+}
+
+Ipv4Address Ipv4FromJson(const Json& json, const char* key) {
+    const std::string text = json.value(key, "0.0.0.0");
+    if (!Ipv4Address::IsValidAddress(text)) {
+        throw HostCtlException("Invalid IPv4 address " + text);
+    }
+    return Ipv4Address(text);
+}
+
+bool IsContiguousNetmask(std::uint32_t netmask) {
+    return netmask != 0 && std::countl_one(netmask) + std::countr_zero(netmask) == 32;
+}
+
+#define NETSTACK_COLUMNS                                                                   \
+    "key, name, up, max_connections, congestion_control, ipv6, ecn, workers, current_max_" \
+    "connections, current_ipv6"
+
+NetstackRecord ReadNetstack(const Statement& row) {
+    NetstackRecord record;
+    record.key = row.Text(0);
+    record.name = row.Text(1);
+    record.up = row.Bool(2);
+    record.maxConnections = static_cast<unsigned>(row.Int(3));
+    record.congestionControl = row.Text(4);
+    record.ipv6 = row.Bool(5);
+    record.ecn = row.Text(6);
+    record.workers = static_cast<unsigned>(row.Int(7));
+    record.currentMaxConnections = static_cast<unsigned>(row.Int(8));
+    record.currentIpv6 = row.Bool(9);
+    return record;
+}
+
+void BindNetstack(Statement& statement, const NetstackRecord& record) {
+    statement.Bind(1, record.key)
+        .Bind(2, record.name)
+        .Bind(3, static_cast<std::int64_t>(record.up))
+        .Bind(4, static_cast<std::int64_t>(record.maxConnections))
+        .Bind(5, record.congestionControl)
+        .Bind(6, static_cast<std::int64_t>(record.ipv6))
+        .Bind(7, record.ecn)
+        .Bind(8, static_cast<std::int64_t>(record.workers))
+        .Bind(9, static_cast<std::int64_t>(record.currentMaxConnections))
+        .Bind(10, static_cast<std::int64_t>(record.currentIpv6));
+}
+
+#define KELMNIC_COLUMNS                                                                      \
+    "name, netstack, system, mac, mtu, tso_mss, rx_queues, enabled, port_id, cp_type, "      \
+    "portset, portgroup, dvs_id, dvport, connection_id, opaque, tags, net_dump, ip_config, " \
+    "configured_ip_config"
+
+constexpr int kNetDumper = 1;
+constexpr int kIpv6ReadyPrimary = 2;
+constexpr int kIpv6ReadySecondary = 4;
+
+KelmNicRecord ReadKelmNic(const Statement& row) {
+    KelmNicRecord record;
+    record.name = row.Text(0);
+    record.netstack = row.Text(1);
+    record.system = row.Bool(2);
+    record.mac = row.Text(3);
+    record.mtu = static_cast<std::uint32_t>(row.Int(4));
+    record.tsoMss = static_cast<std::uint32_t>(row.Int(5));
+    record.rxQueues = static_cast<std::uint32_t>(row.Int(6));
+    record.enabled = row.Bool(7);
+    record.portId = static_cast<std::uint32_t>(row.Int(8));
+    record.connectionType = static_cast<int>(row.Int(9));
+    record.portset = row.Text(10);
+    record.portGroup = row.Text(11);
+    record.dvsId = row.Text(12);
+    record.dvPort = row.Text(13);
+    record.connectionId = static_cast<std::uint32_t>(row.Int(14));
+    if (!row.IsNull(15)) {
+        const Json opaque = Json::parse(row.Text(15));
+        record.opaque = {opaque.value("id", ""), opaque.value("type", ""),
+                         opaque.value("externalId", "")};
+    }
+    const std::string tags = row.Text(16);
+    for (std::size_t start = 0; start < tags.size();) {
+        std::size_t end = std::min(tags.find(',', start), tags.size());
+        record.tags.push_back(std::stoi(tags.substr(start, end - start)));
+        start = end + 1;
+    }
+    const int netDump = static_cast<int>(row.Int(17));
+    record.netDumper = (netDump & kNetDumper) != 0;
+    record.ipv6ReadyPrimary = (netDump & kIpv6ReadyPrimary) != 0;
+    record.ipv6ReadySecondary = (netDump & kIpv6ReadySecondary) != 0;
+    record.ipConfig = row.Text(18);
+    record.configuredIpConfig = row.Text(19);
+    return record;
+}
+
+void BindKelmNic(Statement& statement, const KelmNicRecord& record) {
+    std::string tags;
+    for (int tag : record.tags) {
+        tags += (tags.empty() ? "" : ",") + std::to_string(tag);
+    }
+    const bool hasOpaque =
+        record.connectionType == HostCtl::Network::ConnectionPoint::kOpaqueNetwork;
+    statement.Bind(1, record.name)
+        .Bind(2, record.netstack)
+        .Bind(3, static_cast<std::int64_t>(record.system))
+        .Bind(4, record.mac)
+        .Bind(5, static_cast<std::int64_t>(record.mtu))
+        .Bind(6, static_cast<std::int64_t>(record.tsoMss))
+        .Bind(7, static_cast<std::int64_t>(record.rxQueues))
+        .Bind(8, static_cast<std::int64_t>(record.enabled))
+        .Bind(9, static_cast<std::int64_t>(record.portId))
+        .Bind(10, static_cast<std::int64_t>(record.connectionType))
+        .Bind(11, record.portset)
+        .Bind(12, record.portGroup)
+        .Bind(13, record.dvsId)
+        .Bind(14, record.dvPort)
+        .Bind(15, static_cast<std::int64_t>(record.connectionId))
+        .Bind(17, tags)
+        .Bind(18, static_cast<std::int64_t>((record.netDumper ? kNetDumper : 0) |
+                                            (record.ipv6ReadyPrimary ? kIpv6ReadyPrimary : 0) |
+                                            (record.ipv6ReadySecondary ? kIpv6ReadySecondary : 0)))
+        .Bind(19, record.ipConfig)
+        .Bind(20, record.configuredIpConfig);
+    if (hasOpaque) {
+        statement.Bind(16, Json{{"id", record.opaque.opaqueNetworkId},
+                                {"type", record.opaque.opaqueNetworkType},
+                                {"externalId", record.opaque.externalId}}
+                               .dump());
+    } else {
+        statement.BindNull(16);
+    }
+}
+
+std::vector<std::string> PortGroupUsers(Database& database, const std::string& portGroup) {
+    auto query = database.Query("SELECT users FROM vswitch_portgroup WHERE name = ?1");
+    query.Bind(1, portGroup);
+    if (!query.Step()) {
+        return {};
+    }
+    return Json::parse(query.Text(0)).get<std::vector<std::string>>();
+}
+
+void WritePortGroupUsers(Database& database, const std::string& portGroup,
+                         const std::vector<std::string>& users) {
+    database.Query("UPDATE vswitch_portgroup SET users = ?1 WHERE name = ?2")
+        .Bind(1, Json(users).dump())
+        .Bind(2, portGroup)
+        .Run();
+}
+
+}  // namespace
+
+const std::vector<std::string>& PredefinedNetstackKeys() {
+    static const std::vector<std::string> keys = {kDefaultNetstack, "glidex", "mirrorlock",
+                                                  "OrbiqProvisioning"};
+    return keys;
+}
+
+const std::vector<std::string>& CongestionControlAlgorithms() {
+    static const std::vector<std::string> names = {"newreno", "cubic"};
+    return names;
+}
+
+const std::vector<std::string>& EcnStatuses() {
+    static const std::vector<std::string> names = {"disabled", "enabled", "echo-only"};
+    return names;
+}
+
+void CheckNetstackKey(const std::string& key) {
+    CheckObjectName(key, "netstack instance");
+}
+
+void CheckMaxConnections(unsigned long maxConnections) {
+    CheckRange(static_cast<long>(maxConnections), 1, kMaximumConnections, "Maximum connections");
+}
+
+void CheckCongestionControl(const std::string& name) {
+    CheckOneOf(name, CongestionControlAlgorithms(), "Congestion control algorithm");
+}
+
+void CheckEcn(const std::string& status) {
+    CheckOneOf(status, EcnStatuses(), "ECN status");
+}
+
+void CheckMtu(long mtu) {
+    CheckRange(mtu, HostCtl::Network::KelmNic::MIN_MTU, HostCtl::Network::KelmNic::MAX_MTU, "MTU");
+}
+
+Json IpConfigToJson(const IpConfig& config) {
+    Json addresses = Json::array();
+    for (const Ipv6Network& network : config.GetIpv6Network()) {
+        addresses.push_back({{"address", network.GetStringAddress()},
+                             {"type", ToWord(network.GetIpv6AddressType(), kTypeWords)},
+                             {"status", ToWord(network.GetIpv6AddressStatus(), kStatusWords)}});
+    }
+    return {{"ipv4",
+             {{"address", config.GetIpv4Address().GetStringAddress()},
+              {"netmask", config.GetIpv4Netmask().GetStringAddress()},
+              {"broadcast", config.GetIpv4Broadcast().GetStringAddress()},
+              {"gateway", config.GetIpv4Gateway().GetStringAddress()},
+              {"dhcp", config.GetUseDhcp()},
+              {"none", config.GetIpv4UseNone()},
+              {"dhcpDns", config.GetDhcpDns()}}},
+            {"ipv6",
+             {{"enabled", config.GetUseIpv6()},
+              {"dhcp", config.GetUseIpv6Dhcp()},
+              {"routerAdvertised", config.GetUseIpv6RouterAdvertised()},
+              {"dhcpDns", config.GetIpv6DhcpDns()},
+              {"gateway", config.GetIpv6Gateway().GetStringAddress()},
+              {"addresses", std::move(addresses)}}}};
+}
+
+IpConfig IpConfigFromJson(const Json& json) {
+    IpConfig config;
+    const Json ipv4 = json.value("ipv4", Json::object());
+    config.SetIpv4Address(Ipv4FromJson(ipv4, "address"));
+    config.SetIpv4Netmask(Ipv4FromJson(ipv4, "netmask"));
+    config.SetIpv4Gateway(Ipv4FromJson(ipv4, "gateway"));
+    config.SetIpv4Broadcast(Ipv4FromJson(ipv4, "broadcast"));
+    if (ipv4.value("dhcp", false)) {
+        config.SetUseDhcp(true);
+    } else if (ipv4.value("none", false)) {
+        config.SetIpv4UseNone();
+    }
+    config.SetDhcpDns(ipv4.value("dhcpDns", false));
+
+    const Json ipv6 = json.value("ipv6", Json::object());
+    config.SetUseIpv6(ipv6.value("enabled", false));
+    config.SetUseIpv6Dhcp(ipv6.value("dhcp", false));
+    config.SetUseIpv6RouterAdvertised(ipv6.value("routerAdvertised", false));
+    config.SetIpv6DhcpDns(ipv6.value("dhcpDns", false));
+    const std::string gateway = ipv6.value("gateway", "::");
+    if (!Ipv6Address::IsValidAddress(gateway)) {
+        throw HostCtlException("Invalid IPv6 gateway " + gateway);
+    }
+    config.SetIpv6Gateway(Ipv6Address(gateway));
+    std::vector<Ipv6Network> networks;
+    for (const Json& entry : ipv6.value("addresses", Json::array())) {
+        const std::string text = entry.at("address").get<std::string>();
+        if (!Ipv6Network::IsValidAddressAndNetmask(text)) {
+            throw HostCtlException("Invalid IPv6 address " + text);
+        }
+        Ipv6Network network(text);
+        network.SetIpv6AddressType(
+            FromWord(entry.value("type", Json("static")), kTypeWords, "type"));
+        network.SetIpv6AddressStatus(
+            FromWord(entry.value("status", Json("preferred")), kStatusWords, "status"));
+        networks.push_back(network);
+    }
+    config.SetIpv6Networks(std::move(networks));
+    return config;
+}
+
+IpConfig InForce(const IpConfig& configured, std::uint32_t leaseNumber) {
+    IpConfig config = configured;
+    if (config.GetUseDhcp()) {
+        // The simulated DHCP server leases from 198.51.100.0/24.
+        const bool dhcpDns = config.GetDhcpDns();
+        config.SetIpv4Address(Ipv4Address::FromValue(0xC6336400u + 100 + leaseNumber % 150));
+        config.SetIpv4Netmask(Ipv4Address("255.255.255.0"));
+        config.SetIpv4Gateway(Ipv4Address("198.51.100.1"));
+        config.SetUseDhcp(true);
+        config.SetDhcpDns(dhcpDns);
+    }
+    const std::uint32_t address = config.GetIpv4Address().GetValue();
+    const std::uint32_t netmask = config.GetIpv4Netmask().GetValue();
+    config.SetIpv4Broadcast(
+        Ipv4Address::FromValue(address == 0 || netmask == 0 ? 0 : (address | ~netmask)));
+    if (config.GetIpv4UseNone()) {
+        config.SetIpv4UseNone();
+    }
+    return config;
+}
+
+void CheckIpConfig(const IpConfig& config, const std::string& interface) {
+    if (!config.GetUseDhcp() && !config.GetIpv4UseNone() &&
+        config.GetIpv4Address().GetValue() != 0 &&
+        !IsContiguousNetmask(config.GetIpv4Netmask().GetValue())) {
+        throw HostCtlException("IPv4 netmask " + config.GetIpv4Netmask().GetStringAddress() +
+                               " of " + interface + " is not a valid netmask");
+    }
+    const auto& networks = config.GetIpv6Network();
+    for (auto it = networks.begin(); it != networks.end(); ++it) {
+        for (auto other = networks.begin(); other != it; ++other) {
+            if (other->GetAddress() == it->GetAddress()) {
+                throw HostCtlException("IPv6 address " + it->GetAddress().GetStringAddress() +
+                                       " is assigned to " + interface + " more than once");
+            }
+        }
+    }
+}
+
+std::vector<NetstackRecord> LoadNetstacks(Database& database) {
+    std::vector<NetstackRecord> records;
+    auto query = database.Query("SELECT " NETSTACK_COLUMNS " FROM netstack ORDER BY position");
+    while (query.Step()) {
+        records.push_back(ReadNetstack(query));
+    }
+    return records;
+}
+
+std::optional<NetstackRecord> LoadNetstack(Database& database, const std::string& key) {
+    auto query = database.Query("SELECT " NETSTACK_COLUMNS " FROM netstack WHERE key = ?1");
+    query.Bind(1, key);
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    return ReadNetstack(query);
+}
+
+void InsertNetstack(Database& database, const NetstackRecord& record) {
+    auto statement = database.Query("INSERT INTO netstack (" NETSTACK_COLUMNS
+                                    ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)");
+    BindNetstack(statement, record);
+    statement.Run();
+}
+
+void UpdateNetstack(Database& database, const NetstackRecord& record) {
+    auto statement = database.Query(
+        "UPDATE netstack SET name = ?2, up = ?3, max_connections = ?4, congestion_control = ?5,"
+        " ipv6 = ?6, ecn = ?7, workers = ?8, current_max_connections = ?9, current_ipv6 = ?10"
+        " WHERE key = ?1");
+    BindNetstack(statement, record);
+    statement.Run();
+}
+
+std::vector<KelmNicRecord> LoadKelmNics(Database& database, const KelmNicFilter& filter) {
+    std::vector<KelmNicRecord> records;
+    auto query = database.Query("SELECT " KELMNIC_COLUMNS
+                                " FROM kelmnic WHERE (?1 IS NULL OR system = ?1) AND (?2 IS NULL"
+                                " OR netstack = ?2) AND (?3 IS NULL OR name = ?3)"
+                                " ORDER BY position");
+    if (filter.system) {
+        query.Bind(1, static_cast<std::int64_t>(*filter.system));
+    }
+    if (filter.netstack) {
+        query.Bind(2, *filter.netstack);
+    }
+    if (filter.name) {
+        query.Bind(3, *filter.name);
+    }
+    while (query.Step()) {
+        records.push_back(ReadKelmNic(query));
+    }
+    return records;
+}
+
+std::optional<KelmNicRecord> LoadKelmNic(Database& database, const std::string& name) {
+    auto records = LoadKelmNics(database, {.name = name});
+    if (records.empty()) {
+        return std::nullopt;
+    }
+    return std::move(records.front());
+}
+
+void InsertKelmNic(Database& database, const KelmNicRecord& record) {
+    auto statement = database.Query(
+        "INSERT INTO kelmnic (" KELMNIC_COLUMNS
+        ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17,"
+        " ?18, ?19, ?20)");
+    BindKelmNic(statement, record);
+    statement.Run();
+}
+
+void UpdateKelmNic(Database& database, const KelmNicRecord& record) {
+    auto statement = database.Query(
+        "UPDATE kelmnic SET netstack = ?2, system = ?3, mac = ?4, mtu = ?5, tso_mss = ?6,"
+        " rx_queues = ?7, enabled = ?8, port_id = ?9, cp_type = ?10, portset = ?11,"
+        " portgroup = ?12, dvs_id = ?13, dvport = ?14, connection_id = ?15, opaque = ?16,"
+        " tags = ?17, net_dump = ?18, ip_config = ?19, configured_ip_config = ?20"
+        " WHERE name = ?1");
+    BindKelmNic(statement, record);
+    statement.Run();
+}
+
+void DeleteKelmNic(Database& database, const std::string& name) {
+    database.Query("DELETE FROM kelmnic WHERE name = ?1").Bind(1, name).Run();
+}
+
+void AddPortGroupUser(Database& database, const std::string& portGroup, const std::string& name) {
+    std::vector<std::string> users = PortGroupUsers(database, portGroup);
+    if (std::find(users.begin(), users.end(), name) == users.end()) {
+        users.push_back(name);
+        WritePortGroupUsers(database, portGroup, users);
+    }
+}
+
+void DropPortGroupUser(Database& database, const std::string& portGroup, const std::string& name) {
+    std::vector<std::string> users = PortGroupUsers(database, portGroup);
+    if (std::erase(users, name) != 0) {
+        WritePortGroupUsers(database, portGroup, users);
+    }
+}
+
+HostCtl::Network::KelmNicTagType TagOfName(const std::string& name) {
+    return KelmCtl::Network::KelmNicTagNameToId(name);
+}
+
+}  // namespace HostSim::Ip

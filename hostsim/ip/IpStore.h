@@ -1,0 +1,118 @@
+// The records of Kelm interfaces and netstack instances, the JSON form of IP configurations,
+// and the queries and changes of the store.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostctl/ConnectionPoint.h"
+#include "hostctl/IpConfig.h"
+#include "hostctl/KelmNic.h"
+#include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+
+namespace KelmCtl::Network {
+
+struct NetstackRecord {
+    std::string key;
+    std::string name;
+    bool up = false;
+    unsigned maxConnections = 0;
+    std::string congestionControl;
+    bool ipv6 = false;
+    std::string ecn;
+    unsigned workers = 0;
+    // The kernel's values, taken from the configuration when the instance was created there.
+    unsigned currentMaxConnections = 0;
+    bool currentIpv6 = false;
+};
+
+struct KelmNicRecord {
+    std::string name;
+    std::string netstack;
+    bool system = false;
+    std::string mac;
+    std::uint32_t mtu = 1500;
+    std::uint32_t tsoMss = 65535;
+    std::uint32_t rxQueues = 1;
+    bool enabled = true;
+    std::uint32_t portId = 0;  // 0: no port
+    // The connection point: its kind and the fields of that kind.
+    int connectionType = HostCtl::Network::ConnectionPoint::kNone;
+    std::string portset;
+    std::string portGroup;
+    std::string dvsId;
+    std::string dvPort;
+    std::uint32_t connectionId = 0;
+    HostCtl::Network::OpaqueNetworkParam opaque;
+    std::vector<HostCtl::Network::KelmNicTagType> tags;
+    bool netDumper = false;
+    bool ipv6ReadyPrimary = false;
+    bool ipv6ReadySecondary = false;
+    // The configurations in force and stored, as JSON text, parsed when asked for.
+    std::string ipConfig;
+    std::string configuredIpConfig;
+};
+
+}  // namespace KelmCtl::Network
+
+namespace HostSim::Ip {
+
+inline constexpr char kDefaultNetstack[] = "defaultTcpipStack";
+inline constexpr std::uint32_t kDefaultMtu = 1500;
+inline constexpr std::uint32_t kDefaultTsoMss = 65535;
+inline constexpr std::uint32_t kMaximumRxQueues = 1000;
+inline constexpr unsigned kMaximumConnections = 1'000'000;
+
+// The keys of the instances the system defines, the default one first.
+const std::vector<std::string>& PredefinedNetstackKeys();
+const std::vector<std::string>& CongestionControlAlgorithms();
+const std::vector<std::string>& EcnStatuses();
+
+// The host's rules for the settings of an instance; each throws HostCtlException.
+void CheckNetstackKey(const std::string& key);
+void CheckMaxConnections(unsigned long maxConnections);
+void CheckCongestionControl(const std::string& name);
+void CheckEcn(const std::string& status);
+void CheckMtu(long mtu);
+
+// IP configurations as JSON, and the text forms of IPv6 address types and statuses.
+Json IpConfigToJson(const HostCtl::Network::IpConfig& config);
+HostCtl::Network::IpConfig IpConfigFromJson(const Json& json);
+// The configuration the host puts in force for a stored one: the broadcast worked out from
+// address and netmask, and a DHCP lease in place of the static address.
+HostCtl::Network::IpConfig InForce(const HostCtl::Network::IpConfig& configured,
+                                   std::uint32_t leaseNumber);
+// Throws HostCtlException for a configuration the host can't take.
+void CheckIpConfig(const HostCtl::Network::IpConfig& config, const std::string& interface);
+
+// Netstack instances in the order they were made; one by key.
+std::vector<KelmCtl::Network::NetstackRecord> LoadNetstacks(Database& database);
+std::optional<KelmCtl::Network::NetstackRecord> LoadNetstack(Database& database,
+                                                             const std::string& key);
+void InsertNetstack(Database& database, const KelmCtl::Network::NetstackRecord& record);
+void UpdateNetstack(Database& database, const KelmCtl::Network::NetstackRecord& record);
+
+// Which interfaces a query reads.
+struct KelmNicFilter {
+    std::optional<bool> system = std::nullopt;
+    std::optional<std::string> netstack = std::nullopt;
+    std::optional<std::string> name = std::nullopt;
+};
+std::vector<KelmCtl::Network::KelmNicRecord> LoadKelmNics(Database& database,
+                                                          const KelmNicFilter& filter);
+std::optional<KelmCtl::Network::KelmNicRecord> LoadKelmNic(Database& database,
+                                                           const std::string& name);
+void InsertKelmNic(Database& database, const KelmCtl::Network::KelmNicRecord& record);
+void UpdateKelmNic(Database& database, const KelmCtl::Network::KelmNicRecord& record);
+void DeleteKelmNic(Database& database, const std::string& name);
+// Adds or drops an interface in the users of its port group.
+void AddPortGroupUser(Database& database, const std::string& portGroup, const std::string& name);
+void DropPortGroupUser(Database& database, const std::string& portGroup, const std::string& name);
+
+// The tag of a name, or 14.
+HostCtl::Network::KelmNicTagType TagOfName(const std::string& name);
+
+}  // namespace HostSim::Ip

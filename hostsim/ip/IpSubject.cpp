@@ -1,0 +1,293 @@
+// The IP subjects: the netstack table with the "netstacks" section of a profile, and the
+// kelmnic table with the "kelmnics" section.
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/MacAddress.h"
+#include "hostsim/core/Names.h"
+#include "hostsim/core/Subject.h"
+#include "hostsim/ip/IpStore.h"
+#include "hostsim/ip/IpSubject.h"
+#include "hostsim/vswitch/VswitchStore.h"
+#include "hostsim/vswitch/VswitchSubject.h"
+#include "kelmctl/KelmNicInfoImpl.h"
+
+namespace HostSim {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::ConnectionPoint;
+using KelmCtl::Network::KelmNicRecord;
+using KelmCtl::Network::NetstackRecord;
+
+constexpr const char* kNetstackSchemaSteps[] = {
+    "CREATE TABLE netstack ("
+    " position INTEGER PRIMARY KEY,"
+    " key TEXT NOT NULL UNIQUE, name TEXT NOT NULL, up INTEGER NOT NULL,"
+    " max_connections INTEGER NOT NULL, congestion_control TEXT NOT NULL,"
+    " ipv6 INTEGER NOT NULL, ecn TEXT NOT NULL, workers INTEGER NOT NULL,"
+    " current_max_connections INTEGER NOT NULL, current_ipv6 INTEGER NOT NULL)",
+};
+constexpr const char* kNetstackTables[] = {"netstack"};
+
+constexpr const char* kKelmNicSchemaSteps[] = {
+    "CREATE TABLE kelmnic ("
+    " position INTEGER PRIMARY KEY,"
+    " name TEXT NOT NULL UNIQUE, netstack TEXT NOT NULL, system INTEGER NOT NULL,"
+    " mac TEXT NOT NULL, mtu INTEGER NOT NULL, tso_mss INTEGER NOT NULL,"
+    " rx_queues INTEGER NOT NULL, enabled INTEGER NOT NULL, port_id INTEGER NOT NULL,"
+    " cp_type INTEGER NOT NULL, portset TEXT NOT NULL, portgroup TEXT NOT NULL,"
+    " dvs_id TEXT NOT NULL, dvport TEXT NOT NULL, connection_id INTEGER NOT NULL,"
+    " opaque TEXT, tags TEXT NOT NULL, net_dump INTEGER NOT NULL,"
+    " ip_config TEXT NOT NULL, configured_ip_config TEXT NOT NULL)",
+};
+constexpr const char* kKelmNicTables[] = {"kelmnic"};
+
+NetstackRecord NetstackFromJson(const Json& json) {
+    NetstackRecord record;
+    record.key = json.at("key").get<std::string>();
+    record.name = json.value("name", record.key);
+    record.up = json.value("enabled", true);
+    record.maxConnections = json.value("maxConnections", 11000u);
+    record.congestionControl = json.value("congestionControl", "newreno");
+    record.ipv6 = json.value("ipv6", true);
+    record.ecn = json.value("ecn", "enabled");
+    record.workers = json.value("workers", 2u);
+    record.currentMaxConnections =
+        record.up ? json.value("currentMaxConnections", record.maxConnections) : 0;
+    record.currentIpv6 = record.up && json.value("currentIpv6", record.ipv6);
+    Ip::CheckNetstackKey(record.key);
+    Ip::CheckNetstackKey(record.name);
+    Ip::CheckMaxConnections(record.maxConnections);
+    Ip::CheckCongestionControl(record.congestionControl);
+    Ip::CheckEcn(record.ecn);
+    return record;
+}
+
+Json NetstackToJson(const NetstackRecord& record) {
+    Json json = {{"key", record.key},
+                 {"name", record.name},
+                 {"enabled", record.up},
+                 {"maxConnections", record.maxConnections},
+                 {"congestionControl", record.congestionControl},
+                 {"ipv6", record.ipv6},
+                 {"ecn", record.ecn},
+                 {"workers", record.workers}};
+    if (record.up) {
+        json["currentMaxConnections"] = record.currentMaxConnections;
+        json["currentIpv6"] = record.currentIpv6;
+    }
+    return json;
+}
+
+void ImportNetstacks(Database& database, const Json& section, const Scale& scale) {
+    std::vector<NetstackRecord> records;
+    for (const Json& json : section) {
+        records.push_back(NetstackFromJson(json));
+    }
+    // A key that scaling keeps ("glidex") names one instance of the host, made once.
+    std::set<std::string> keys;
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (NetstackRecord record : records) {
+            const std::string key = scale.Name(record.key, copy);
+            if (copy != 0 && key == record.key) {
+                continue;
+            }
+            record.key = key;
+            if (!keys.insert(record.key).second) {
+                throw HostCtlException("The profile has more than one netstack instance named " +
+                                       record.key);
+            }
+            Ip::InsertNetstack(database, record);
+        }
+    }
+    if (!section.empty() && !keys.contains(Ip::kDefaultNetstack)) {
+        throw HostCtlException(std::string("The profile has no netstack instance ") +
+                               Ip::kDefaultNetstack);
+    }
+}
+
+Json ExportNetstacks(Database& database) {
+    Json section = Json::array();
+    for (const NetstackRecord& record : Ip::LoadNetstacks(database)) {
+        section.push_back(NetstackToJson(record));
+    }
+    return section;
+}
+
+std::vector<HostCtl::Network::KelmNicTagType> TagsFromJson(const Json& json,
+                                                           const std::string& name) {
+    std::vector<HostCtl::Network::KelmNicTagType> tags;
+    for (const Json& tagJson : json) {
+        const std::string tagName = tagJson.get<std::string>();
+        const auto tag = Ip::TagOfName(tagName);
+        if (*KelmCtl::Network::KelmNicTagIdToName(tag) == '\0') {
+            throw HostCtlException("Kelm interface " + name + " has an unknown tag " + tagName);
+        }
+        tags.push_back(tag);
+    }
+    return tags;
+}
+
+KelmNicRecord KelmNicFromJson(const Json& json) {
+    KelmNicRecord record;
+    record.name = json.at("name").get<std::string>();
+    CheckObjectName(record.name, "Kelm interface");
+    record.netstack = json.value("netstack", Ip::kDefaultNetstack);
+    record.system = json.value("system", false);
+    record.mac = json.at("mac").get<std::string>();
+    if (!HostCtl::Network::MacAddress::IsValid(record.mac)) {
+        throw HostCtlException("Kelm interface " + record.name + " has an invalid MAC address \"" +
+                               record.mac + "\"");
+    }
+    record.mac = HostCtl::Network::MacAddress(record.mac).GetStringAddress();
+    record.mtu = json.value("mtu", Ip::kDefaultMtu);
+    Ip::CheckMtu(record.mtu);
+    record.tsoMss = json.value("tsoMss", Ip::kDefaultTsoMss);
+    record.rxQueues = json.value("rxQueues", 1u);
+    record.enabled = json.value("enabled", true);
+    record.portId = json.value("portId", 0u);
+    const Json connection = json.value("connection", Json::object());
+    if (connection.contains("portGroup")) {
+        record.connectionType = ConnectionPoint::kPortGroup;
+        record.portGroup = connection.at("portGroup").get<std::string>();
+    } else if (connection.contains("opaqueNetwork")) {
+        const Json& opaque = connection.at("opaqueNetwork");
+        record.connectionType = ConnectionPoint::kOpaqueNetwork;
+        record.portset = connection.value("portset", "");
+        record.opaque = {opaque.value("id", ""), opaque.value("type", ""),
+                         opaque.value("externalId", "")};
+    } else if (!connection.empty()) {
+        throw HostCtlException("Kelm interface " + record.name +
+                               " has a connection of no known kind");
+    }
+    record.tags = TagsFromJson(json.value("tags", Json::array()), record.name);
+    const Json netDump = json.value("netDump", Json::object());
+    record.netDumper = netDump.value("dumper", false);
+    record.ipv6ReadyPrimary = netDump.value("ipv6ReadyPrimary", false);
+    record.ipv6ReadySecondary = netDump.value("ipv6ReadySecondary", false);
+    const Json ipConfig = json.value("ipConfig", Json::object());
+    try {
+        record.ipConfig = Ip::IpConfigToJson(Ip::IpConfigFromJson(ipConfig)).dump();
+        record.configuredIpConfig =
+            Ip::IpConfigToJson(Ip::IpConfigFromJson(json.value("configuredIpConfig", ipConfig)))
+                .dump();
+    } catch (const HostCtlException& e) {
+        throw HostCtlException("Kelm interface " + record.name + ": " + e.what());
+    }
+    return record;
+}
+
+Json KelmNicToJson(const KelmNicRecord& record) {
+    Json json = {{"name", record.name}, {"netstack", record.netstack}};
+    if (record.system) {
+        json["system"] = true;
+    }
+    json["mac"] = record.mac;
+    json["mtu"] = record.mtu;
+    json["tsoMss"] = record.tsoMss;
+    json["rxQueues"] = record.rxQueues;
+    json["enabled"] = record.enabled;
+    json["portId"] = record.portId;
+    if (record.connectionType == ConnectionPoint::kPortGroup) {
+        json["connection"] = {{"portGroup", record.portGroup}};
+    } else if (record.connectionType == ConnectionPoint::kOpaqueNetwork) {
+        json["connection"] = {{"portset", record.portset},
+                              {"opaqueNetwork",
+                               {{"id", record.opaque.opaqueNetworkId},
+                                {"type", record.opaque.opaqueNetworkType},
+                                {"externalId", record.opaque.externalId}}}};
+    }
+    Json tags = Json::array();
+    for (const auto tag : record.tags) {
+        tags.push_back(KelmCtl::Network::KelmNicTagIdToName(tag));
+    }
+    json["tags"] = std::move(tags);
+    json["netDump"] = {{"dumper", record.netDumper},
+                       {"ipv6ReadyPrimary", record.ipv6ReadyPrimary},
+                       {"ipv6ReadySecondary", record.ipv6ReadySecondary}};
+    json["ipConfig"] = Json::parse(record.ipConfig);
+    if (record.configuredIpConfig != record.ipConfig) {
+        json["configuredIpConfig"] = Json::parse(record.configuredIpConfig);
+    }
+    return json;
+}
+
+// Copy `copy` of an interface: its own name, MAC address and port, on the copies of its
+// netstack and port group.
+KelmNicRecord ScaledKelmNic(KelmNicRecord record, const Scale& scale, unsigned copy) {
+    record.name = scale.Name(record.name, copy);
+    record.netstack = scale.Name(record.netstack, copy);
+    record.mac = Scale::MacAddress(record.mac, copy);
+    if (record.portId != 0) {
+        record.portId += copy * 0x10000u;
+    }
+    if (record.connectionType == ConnectionPoint::kPortGroup) {
+        record.portGroup = Vswitch::PortGroupCopyName(scale, record.portGroup, copy);
+    }
+    return record;
+}
+
+// Attaches an imported interface to its port group, which must exist, and makes it one of
+// the port group's users.
+void AttachImported(Database& database, KelmNicRecord& record) {
+    if (record.connectionType != ConnectionPoint::kPortGroup) {
+        return;
+    }
+    auto group = Vswitch::LoadPortGroup(database, record.portGroup);
+    if (!group) {
+        throw HostCtlException("Kelm interface " + record.name + " is on port group " +
+                               record.portGroup + ", which the host does not have");
+    }
+    record.portset = group->switchName;
+    Ip::AddPortGroupUser(database, record.portGroup, record.name);
+}
+
+void ImportKelmNics(Database& database, const Json& section, const Scale& scale) {
+    std::vector<KelmNicRecord> records;
+    for (const Json& json : section) {
+        records.push_back(KelmNicFromJson(json));
+    }
+    std::set<std::string> names;
+    std::set<std::string> macs;
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (const KelmNicRecord& original : records) {
+            KelmNicRecord record = ScaledKelmNic(original, scale, copy);
+            if (!names.insert(record.name).second) {
+                throw HostCtlException("The profile has more than one Kelm interface named " +
+                                       record.name);
+            }
+            if (!macs.insert(record.mac).second) {
+                throw HostCtlException("The profile gives the MAC address " + record.mac +
+                                       " to more than one Kelm interface");
+            }
+            if (!Ip::LoadNetstack(database, record.netstack)) {
+                throw HostCtlException("Kelm interface " + record.name + " is in netstack " +
+                                       record.netstack + ", which the host does not have");
+            }
+            AttachImported(database, record);
+            Ip::InsertKelmNic(database, record);
+        }
+    }
+}
+
+Json ExportKelmNics(Database& database) {
+    Json section = Json::array();
+    for (const KelmNicRecord& record : Ip::LoadKelmNics(database, {})) {
+        section.push_back(KelmNicToJson(record));
+    }
+    return section;
+}
+
+}  // namespace
+
+extern const Subject netstackSubject;
+const Subject netstackSubject{"netstacks",           kNetstackSchemaSteps, kNetstackTables,
+                              Ip::kDefaultNetstacks, ImportNetstacks,      ExportNetstacks};
+
+extern const Subject kelmnicSubject;
+const Subject kelmnicSubject{"kelmnics",           kKelmNicSchemaSteps, kKelmNicTables,
+                             Ip::kDefaultKelmNics, ImportKelmNics,      ExportKelmNics};
+
+}  // namespace HostSim

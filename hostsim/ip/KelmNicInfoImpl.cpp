@@ -1,0 +1,261 @@
+// Host operations of the Kelm interfaces as a collection: look-ups, creation, removal, and
+// the names of the tags.
+#include "kelmctl/KelmNicInfoImpl.h"
+
+#include <algorithm>
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/Misc.h"
+#include "hostsim/core/Names.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/ip/KelmNicImpl.h"
+#include "hostsim/vswitch/VswitchStore.h"
+
+namespace KelmCtl::Network {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::ConnectionPoint;
+using HostCtl::Network::KelmNic;
+using HostCtl::Network::KelmNicTagType;
+using HostCtl::Network::PortsetGetType;
+using HostSim::PassOperation;
+using HostSim::Store;
+
+namespace {
+
+// The tags of the host, by number from 1.
+constexpr const char* kTagNames[] = {
+    "Management",   "Glidex",      "MirrorLockLogging", "Replica",        "ReplicaTransfer",
+    "Provisioning", "StoragePool", "StorageWitness",    "BackupTransfer", "TimeSync",
+    "FabricTcp",    "FabricRdma",  "DpuTransport",
+};
+constexpr KelmNicTagType kUnknownTag = 14;
+constexpr unsigned kMaximumInterfaces = 256;
+
+std::vector<std::unique_ptr<KelmNic>> MakeNics(std::vector<KelmNicRecord> records) {
+    std::vector<std::unique_ptr<KelmNic>> nics;
+    nics.reserve(records.size());
+    for (KelmNicRecord& record : records) {
+        nics.push_back(std::make_unique<KelmNicImpl>(std::move(record)));
+    }
+    return nics;
+}
+
+std::optional<bool> SystemOf(PortsetGetType type) {
+    return type == HostCtl::Network::PortsetGetSystem;
+}
+
+// The first name kelmN that no interface has.
+std::string FreeName(const std::vector<KelmNicRecord>& nics) {
+    std::set<std::string> taken;
+    for (const KelmNicRecord& nic : nics) {
+        taken.insert(nic.name);
+    }
+    for (unsigned number = 0; number < kMaximumInterfaces; ++number) {
+        std::string name = "kelm" + std::to_string(number);
+        if (!taken.contains(name)) {
+            return name;
+        }
+    }
+    throw HostCtlException("The host has no free Kelm interface name");
+}
+
+// The first address of the host's own range 00:50:56:6b:xx:yy that no interface has.
+std::string FreeMac(const std::vector<KelmNicRecord>& nics) {
+    std::set<std::string> taken;
+    for (const KelmNicRecord& nic : nics) {
+        taken.insert(nic.mac);
+    }
+    for (unsigned number = 0; number <= 0xffff; ++number) {
+        std::string mac =
+            HostCtl::Misc::StrPrintf("00:50:56:6b:%02x:%02x", number >> 8, number & 0xff);
+        if (!taken.contains(mac)) {
+            return mac;
+        }
+    }
+    throw HostCtlException("The host has no free MAC address for a Kelm interface");
+}
+
+void RequireNetstack(HostSim::Database& database, const std::string& key) {
+    if (!HostSim::Ip::LoadNetstack(database, key)) {
+        throw HostCtlException("There is no netstack instance named " + key);
+    }
+}
+
+// Fills the connection fields of a new interface from the connection point, once the host
+// knows it and no other interface is attached there.
+void Attach(HostSim::Database& database, const ConnectionPoint& point,
+            const std::vector<KelmNicRecord>& nics, KelmNicRecord& record) {
+    if (point.GetType() != ConnectionPoint::kPortGroup) {
+        throw HostCtlException("A Kelm interface can only be attached to a port group or a DVPort");
+    }
+    const std::string portGroup = point.GetPortGroupName();
+    auto group = HostSim::Vswitch::LoadPortGroup(database, portGroup);
+    if (!group) {
+        throw HostCtlException("There is no port group named " + portGroup);
+    }
+    for (const KelmNicRecord& nic : nics) {
+        if (nic.connectionType == ConnectionPoint::kPortGroup && nic.portGroup == portGroup) {
+            throw HostCtlException("Port group " + portGroup + " has the Kelm interface " +
+                                   nic.name + " already");
+        }
+    }
+    record.connectionType = ConnectionPoint::kPortGroup;
+    record.portset = group->switchName;
+    record.portGroup = portGroup;
+}
+
+bool IsAt(const KelmNicRecord& nic, const ConnectionPoint& point) {
+    return point.GetType() == ConnectionPoint::kPortGroup &&
+           nic.connectionType == ConnectionPoint::kPortGroup &&
+           nic.portGroup == point.GetPortGroupName();
+}
+
+std::string Describe(const ConnectionPoint& point) {
+    return "port group " + point.GetPortGroupName();
+}
+
+}  // namespace
+
+KelmNicTagType KelmNicTagNameToId(const std::string& name) {
+    for (std::size_t i = 0; i < std::size(kTagNames); ++i) {
+        if (name == kTagNames[i]) {
+            return static_cast<KelmNicTagType>(i + 1);
+        }
+    }
+    return kUnknownTag;
+}
+
+const char* KelmNicTagIdToName(KelmNicTagType tag) {
+    if (tag < 1 || tag > static_cast<KelmNicTagType>(std::size(kTagNames))) {
+        return "";
+    }
+    return kTagNames[tag - 1];
+}
+
+// Opens the host's store, so that a host that can't be reached fails here.
+KelmNicInfoImpl::KelmNicInfoImpl() {
+    PassOperation("KelmNicInfoImpl::KelmNicInfoImpl");
+    Store();
+}
+
+KelmNicInfoImpl::~KelmNicInfoImpl() = default;
+
+std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNics(PortsetGetType type) {
+    PassOperation("KelmNicInfo::GetKelmNics");
+    return MakeNics(HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type)}));
+}
+
+std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByInstanceKey(
+    const std::string& key, PortsetGetType type) {
+    PassOperation("KelmNicInfoImpl::GetKelmNicsByInstanceKey", key);
+    return MakeNics(
+        HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .netstack = key}));
+}
+
+std::unique_ptr<KelmNic> KelmNicInfoImpl::GetKelmNicByInterface(const std::string& name, bool,
+                                                                PortsetGetType type) {
+    PassOperation("KelmNicInfoImpl::GetKelmNicByInterface", name);
+    auto records = HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .name = name});
+    if (records.empty()) {
+        return nullptr;
+    }
+    return std::make_unique<KelmNicImpl>(std::move(records.front()));
+}
+
+std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByTag(KelmNicTagType tag) {
+    PassOperation("KelmNicInfoImpl::GetKelmNicsByTag", KelmNicTagIdToName(tag));
+    auto records = HostSim::Ip::LoadKelmNics(Store(), {});
+    std::erase_if(records, [tag](const KelmNicRecord& record) {
+        return std::find(record.tags.begin(), record.tags.end(), tag) == record.tags.end();
+    });
+    return MakeNics(std::move(records));
+}
+
+void KelmNicInfoImpl::GetKelmNicNamesByInstanceKey(std::vector<std::string>& names,
+                                                   const std::string& key, PortsetGetType type) {
+    PassOperation("KelmNicInfoImpl::GetKelmNicNamesByInstanceKey", key);
+    for (const KelmNicRecord& record :
+         HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .netstack = key})) {
+        names.push_back(record.name);
+    }
+}
+
+std::unique_ptr<KelmNic> KelmNicInfoImpl::AddKelmNic(
+    const ConnectionPoint& connectionPoint, const std::string& netstackKey,
+    const HostCtl::Network::IpConfig& ipConfig, const HostCtl::Network::MacAddress& mac,
+    unsigned flags, unsigned mtu, unsigned numRxQueue, const std::string& name, bool system) {
+    PassOperation("KelmNicInfoImpl::AddKelmNic", name);
+    if (flags != 0 || system) {
+        throw HostCtlException("System Kelm interfaces are made by the host only");
+    }
+    if (mtu != 0) {
+        HostSim::Ip::CheckMtu(static_cast<long>(mtu));
+    }
+    if (numRxQueue > HostSim::Ip::kMaximumRxQueues) {
+        throw HostCtlException("RX queue count " + std::to_string(numRxQueue) +
+                               " is out of range (1-" +
+                               std::to_string(HostSim::Ip::kMaximumRxQueues) + ")");
+    }
+    if (!name.empty()) {
+        HostSim::CheckObjectName(name, "Kelm interface");
+    }
+    HostSim::Ip::CheckIpConfig(ipConfig, name);
+
+    HostSim::Database& database = Store();
+    HostSim::WriteTransaction transaction(database);
+    RequireNetstack(database, netstackKey);
+    const auto nics = HostSim::Ip::LoadKelmNics(database, {});
+    KelmNicRecord record;
+    Attach(database, connectionPoint, nics, record);
+    record.name = name.empty() ? FreeName(nics) : name;
+    record.netstack = netstackKey;
+    const std::string macText = mac.GetStringAddress();
+    if (mac == HostCtl::Network::MacAddress()) {
+        record.mac = FreeMac(nics);
+    } else if ((mac.GetBytes()[0] & 1) != 0) {
+        throw HostCtlException("MAC address " + macText + " is not a unicast address");
+    } else {
+        record.mac = macText;
+    }
+    std::uint32_t portId = 0;
+    for (const KelmNicRecord& nic : nics) {
+        if (nic.name == record.name) {
+            throw HostCtlException("Kelm interface " + record.name + " already exists");
+        }
+        if (nic.mac == record.mac) {
+            throw HostCtlException("MAC address " + record.mac + " is in use by " + nic.name);
+        }
+        portId = std::max(portId, nic.portId);
+    }
+    record.portId = std::max(portId, 33554431u) + 1;
+    record.mtu = mtu != 0 ? mtu : HostSim::Ip::kDefaultMtu;
+    record.rxQueues = numRxQueue != 0 ? numRxQueue : 1;
+    record.configuredIpConfig = HostSim::Ip::IpConfigToJson(ipConfig).dump();
+    record.ipConfig =
+        HostSim::Ip::IpConfigToJson(HostSim::Ip::InForce(ipConfig, record.portId)).dump();
+    HostSim::Ip::InsertKelmNic(database, record);
+    HostSim::Ip::AddPortGroupUser(database, record.portGroup, record.name);
+    transaction.Commit();
+    return std::make_unique<KelmNicImpl>(std::move(record));
+}
+
+void KelmNicInfoImpl::RemoveKelmNic(const ConnectionPoint& connectionPoint,
+                                    const std::string& netstackKey) {
+    PassOperation("KelmNicInfoImpl::RemoveKelmNic", netstackKey);
+    HostSim::Database& database = Store();
+    HostSim::WriteTransaction transaction(database);
+    for (const KelmNicRecord& nic : HostSim::Ip::LoadKelmNics(database, {.system = false})) {
+        if (nic.netstack == netstackKey && IsAt(nic, connectionPoint)) {
+            HostSim::Ip::RemoveKelmNicRow(database, nic);
+            transaction.Commit();
+            return;
+        }
+    }
+    throw HostCtlException("There is no Kelm interface of netstack " + netstackKey + " on " +
+                           Describe(connectionPoint));
+}
+
+}  // namespace KelmCtl::Network

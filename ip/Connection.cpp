@@ -1,0 +1,148 @@
+// `network ip connection list`: the TCP, UDP and raw IP sockets of a netstack instance, with
+// the world that owns each.
+#include <string_view>
+
+#include "hostctl/HostCtlException.h"
+#include "hostctl/Misc.h"
+#include "ip/RouteCommands.h"
+#include "kelmctl/NetworkInfoImpl.h"
+#include "kelmctl/ResourceInfoImpl.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+
+constexpr char kNetstackParameter[] = "netstack";
+constexpr char kTypeParameter[] = "type";
+constexpr char kDefaultNetstack[] = "defaultTcpipStack";
+constexpr char kAll[] = "all";
+constexpr char kTcp[] = "tcp";
+constexpr char kUdp[] = "udp";
+constexpr char kIp[] = "ip";
+constexpr char kIpv6Format[] = "[%s]:%u";
+constexpr char kIpv4Format[] = "%s:%u";
+constexpr char kFailed[] = "Unable to get connection list: ";
+
+constexpr char kProto[] = "Proto";
+constexpr char kRecvQ[] = "Recv Q";
+constexpr char kSendQ[] = "Send Q";
+constexpr char kLocalAddress[] = "Local Address";
+constexpr char kForeignAddress[] = "Foreign Address";
+constexpr char kState[] = "State";
+constexpr char kWorldId[] = "World ID";
+constexpr char kCcAlgo[] = "CC Algo";
+constexpr char kWorldName[] = "World Name";
+constexpr char kStructName[] = "IpConnection";
+
+// Texts of the TCP states by the record's index.
+constexpr const char* kStates[] = {"CLOSED",      "LISTEN",     "SYN_SENT",   "RCVD",
+                                   "ESTABLISHED", "CLOSE_WAIT", "FIN_WAIT_1", "CLOSING",
+                                   "LAST_ACK",    "FIN_WAIT_2", "TIME_WAIT"};
+
+constexpr Declare::Choice kTypes[] = {{"ip"}, {"tcp"}, {"udp"}, {"all"}};
+
+constexpr Declare::Parameter kParameters[] = {
+    {kNetstackParameter, "N", Declare::Type::String, false,
+     "The network stack instance; if unspecified, use the default netstack instance"},
+    {kTypeParameter,
+     "t",
+     Declare::Type::String,
+     false,
+     "Connection type: %ENUM%",
+     false,
+     0,
+     0,
+     {},
+     kTypes},
+};
+
+constexpr Field kFields[] = {
+    {kProto, FieldType::String},
+    {kRecvQ, FieldType::Int},
+    {kSendQ, FieldType::Int},
+    {kLocalAddress, FieldType::String},
+    {kForeignAddress, FieldType::String},
+    {kState, FieldType::String},
+    {kWorldId, FieldType::Int},
+    {kCcAlgo, FieldType::String},
+    {kWorldName, FieldType::String},
+};
+constexpr Declare::StructShape kConnection = {kStructName, kFields};
+
+constexpr Declare::OutputParameter kOutputParameters[] = {
+    {"fields:IpConnection",
+     "Proto,Recv Q,Send Q,Local Address,Foreign Address,State,World ID,CC Algo,World Name"},
+};
+
+std::string Endpoint(const std::string& address, std::uint16_t port) {
+    return HostCtl::Misc::StrPrintf(
+        address.find(':') != std::string::npos ? kIpv6Format : kIpv4Format, address.c_str(),
+        static_cast<unsigned>(port));
+}
+
+void Collect(MetaList& list, std::string_view protocol, const std::string& key) {
+    KelmCtl::Network::NetworkInfoImpl networkInfo;
+    KelmCtl::Resource::ResourceInfoImpl resources;
+    std::vector<HostCtl::Network::TcpIpConnection> connections;
+    if (protocol == kTcp) {
+        networkInfo.GetCurrentTcpKelmConnections(connections, key);
+    } else if (protocol == kUdp) {
+        networkInfo.GetCurrentUdpKelmConnections(connections, key);
+    } else {
+        networkInfo.GetCurrentIpKelmConnections(connections, key);
+    }
+    for (const auto& connection : connections) {
+        auto row = MetaStruct::New(kStructName);
+        row->SetField(kProto, std::string(protocol));
+        row->SetField(kRecvQ, static_cast<long>(connection.recvQueue));
+        row->SetField(kSendQ, static_cast<long>(connection.sendQueue));
+        row->SetField(kLocalAddress, Endpoint(connection.localAddress, connection.localPort));
+        row->SetField(kForeignAddress, Endpoint(connection.foreignAddress, connection.foreignPort));
+        row->SetField(kState,
+                      connection.state < std::size(kStates) ? kStates[connection.state] : "");
+        row->SetField(kCcAlgo, connection.ccAlgorithm);
+        row->SetField(kWorldId, static_cast<long>(connection.worldId));
+        row->SetField(kWorldName, resources.GetWorldName(connection.worldId));
+        list.Add(row);
+    }
+}
+
+}  // namespace
+
+const Declare::CommandShape IpConnectionList::kShape = {
+    .description = "List active TCP/IP connections",
+    .formatter = "table",
+    .outputParameters = kOutputParameters,
+    .parameters = kParameters,
+    .root = Declare::Root::List,
+    .structure = &kConnection,
+};
+
+void IpConnectionList::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                       const std::shared_ptr<Output>& output) {
+    try {
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        std::string selector = kAll;
+        const std::string& netstack = input->GetParameter(kNetstackParameter);
+        const std::string key = netstack.empty() ? kDefaultNetstack : netstack;
+        if (input->HasParameter(kTypeParameter)) {
+            selector = input->GetParameter(kTypeParameter);
+        }
+        if (selector == kAll || selector == kTcp) {
+            Collect(*list, kTcp, key);
+        }
+        if (selector == kAll || selector == kUdp) {
+            Collect(*list, kUdp, key);
+        }
+        if (selector == kAll || selector == kIp) {
+            Collect(*list, kIp, key);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(kFailed + std::string(e.what()));
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

@@ -1,0 +1,64 @@
+// `network ip get|set`: the host-wide IP setting, whether IPv6 is on.
+#include "hostctl/HostCtlException.h"
+#include "ip/NameServiceCommands.h"
+#include "kelmctl/NetworkInfoImpl.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+
+constexpr char kIpv6EnabledParameter[] = "ipv6-enabled";
+constexpr char kIpv6Enabled[] = "IPv6 Enabled";
+
+constexpr Declare::Parameter kSetParameters[] = {
+    {kIpv6EnabledParameter, "e", Declare::Type::Bool, false,
+     "Enable or disable IPv6 (Reboot Required)"},
+};
+
+constexpr Field kFields[] = {
+    {kIpv6Enabled, FieldType::Bool},
+};
+constexpr Declare::StructShape kIpInfo = {"IPInfo", kFields};
+
+}  // namespace
+
+const Declare::CommandShape IpGet::kShape = {
+    .description = "Get global IP settings",
+    .formatter = "simple",
+    .root = Declare::Root::Struct,
+    .structure = &kIpInfo,
+};
+
+const Declare::CommandShape IpSet::kShape = {
+    .description = "Update global IP settings",
+    .parameters = kSetParameters,
+    .root = Declare::Root::Bool,
+};
+
+void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+    try {
+        KelmCtl::Network::NetworkInfoImpl networkInfo;
+        auto result = GetOutputStructure();
+        result->SetField(kIpv6Enabled, MetaBool::New(networkInfo.IsKelmIpv6Enabled()));
+        output->SetRootObject(result);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void IpSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                            const std::shared_ptr<Output>& output) {
+    try {
+        KelmCtl::Network::NetworkInfoImpl networkInfo;
+        if (input->HasParameter(kIpv6EnabledParameter)) {
+            networkInfo.SetKelmIpv6Enabled(input->GetParameterBool(kIpv6EnabledParameter));
+        }
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace

@@ -1,0 +1,180 @@
+// `network ip route ipv4 add|remove|list`: the IPv4 routes of a netstack instance. The network
+// "default" stands for the default route, whose removal clears the instance's default gateway.
+#include "hostctl/HostCtlException.h"
+#include "ip/RouteCommands.h"
+#include "kelmctl/RoutingInfoImpl.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+using HostCtl::Network::Ipv4Address;
+using HostCtl::Network::Ipv4Network;
+using KelmCtl::Network::RoutingInfoImpl;
+
+constexpr char kNetworkParameter[] = "network";
+constexpr char kGatewayParameter[] = "gateway";
+constexpr char kNetstackParameter[] = "netstack";
+constexpr char kTypeParameter[] = "type";
+constexpr char kNetstackDescription[] =
+    "The network stack instance; if unspecified, use the default netstack instance";
+constexpr char kDefaultNetstack[] = "defaultTcpipStack";
+constexpr char kDefaultNetwork[] = "default";
+constexpr char kSystemType[] = "system";
+constexpr char kAnyAddress[] = "0.0.0.0";
+constexpr char kNotDefaultRoute[] = " is not a default route.";
+constexpr char kInvalidType[] = "Invalid type value, should be 'system'.";
+constexpr char kInvalidNetstack[] = "Invalid netstack value, should be 'defaultTcpipStack'.";
+
+constexpr char kNetwork[] = "Network";
+constexpr char kNetmask[] = "Netmask";
+constexpr char kGateway[] = "Gateway";
+constexpr char kInterface[] = "Interface";
+constexpr char kSource[] = "Source";
+
+constexpr Declare::Parameter kAddParameters[] = {
+    {kNetworkParameter, "n", Declare::Type::String, true,
+     "The Ipv4 address and prefix length of the network to add the route to. Specify 'default' "
+     "to indicate the default network."},
+    {kGatewayParameter, "g", Declare::Type::String, true,
+     "The Ipv4 address of the gateway through which a route to be added."},
+    {kNetstackParameter, "N", Declare::Type::String, false, kNetstackDescription},
+};
+
+constexpr Declare::Parameter kRemoveParameters[] = {
+    {kNetworkParameter, "n", Declare::Type::String, true,
+     "The Ipv4 address and prefix length of the network to remove the route from. Specify "
+     "'default' to indicate the default network."},
+    {kGatewayParameter, "g", Declare::Type::String, true,
+     "The Ipv4 address of the gateway through which a route to be removed"},
+    {kNetstackParameter, "N", Declare::Type::String, false, kNetstackDescription},
+};
+
+constexpr Declare::Parameter kListParameters[] = {
+    {kNetstackParameter, "N", Declare::Type::String, false, kNetstackDescription},
+    {kTypeParameter, "t", Declare::Type::String, false,
+     "List IPv4 routes with given type(e.g. system)."},
+};
+
+constexpr Field kFields[] = {
+    {kNetwork, FieldType::String},   {kNetmask, FieldType::String}, {kGateway, FieldType::String},
+    {kInterface, FieldType::String}, {kSource, FieldType::String},
+};
+constexpr Declare::StructShape kRoute = {"Ipv4Route", kFields};
+
+constexpr Declare::OutputParameter kListOutputParameters[] = {
+    {"fields:Ipv4Route", "Network,Netmask,Gateway,Interface,Source"},
+};
+
+// The instance named by `netstack`, or the default one.
+void ApplyNetstack(const Input& input, RoutingInfoImpl& routing) {
+    const std::string& netstack = input.GetParameter(kNetstackParameter);
+    if (!netstack.empty()) {
+        routing.SetNetstackInstanceKey(netstack);
+    }
+}
+
+Ipv4Network ReadNetwork(const Input& input) {
+    const std::string& network = input.GetParameter(kNetworkParameter);
+    return network == kDefaultNetwork ? RoutingInfoImpl::DEFAULT_IPV4_ROUTE : Ipv4Network(network);
+}
+
+}  // namespace
+
+const Declare::CommandShape IpRouteIpv4Add::kShape = {
+    .description = "Add IPv4 route to the Kelm.",
+    .parameters = kAddParameters,
+    .root = Declare::Root::Bool,
+};
+
+const Declare::CommandShape IpRouteIpv4Remove::kShape = {
+    .description = "Remove IPv4 route",
+    .parameters = kRemoveParameters,
+    .root = Declare::Root::Bool,
+};
+
+const Declare::CommandShape IpRouteIpv4List::kShape = {
+    .description = "List configured IPv4 routes",
+    .formatter = "table",
+    .outputParameters = kListOutputParameters,
+    .parameters = kListParameters,
+    .root = Declare::Root::List,
+    .structure = &kRoute,
+};
+
+void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                     const std::shared_ptr<Output>& output) {
+    try {
+        RoutingInfoImpl routing(kDefaultNetstack);
+        ApplyNetstack(*input, routing);
+        const Ipv4Address gateway(input->GetParameter(kGatewayParameter));
+        const Ipv4Network network = ReadNetwork(*input);
+        routing.AddKelmRoute(network, gateway);
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void IpRouteIpv4Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    try {
+        RoutingInfoImpl routing(kDefaultNetstack);
+        ApplyNetstack(*input, routing);
+        const Ipv4Address gateway(input->GetParameter(kGatewayParameter));
+        const Ipv4Network network = ReadNetwork(*input);
+        if (network == RoutingInfoImpl::DEFAULT_IPV4_ROUTE) {
+            if (gateway == routing.GetKelmDefaultGateway() ||
+                gateway == routing.GetKelmConfigDefaultGateway()) {
+                routing.SetKelmDefaultGateway(Ipv4Address(kAnyAddress), false);
+            } else {
+                output->AddErrorMessage(gateway.GetStringAddress() + kNotDefaultRoute);
+            }
+        } else {
+            routing.RemoveKelmRoute(network, gateway);
+        }
+        output->SetRootObject(MetaBool::New(true));
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+void IpRouteIpv4List::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                      const std::shared_ptr<Output>& output) {
+    try {
+        RoutingInfoImpl routing(kDefaultNetstack);
+        ApplyNetstack(*input, routing);
+        auto type = HostCtl::Network::PortsetGetNormal;
+        if (input->HasParameter(kTypeParameter)) {
+            if (input->GetParameter(kTypeParameter) != kSystemType) {
+                output->AddErrorMessage(kInvalidType);
+                return;
+            }
+            if (routing.GetNetstackInstanceKey() != kDefaultNetstack) {
+                output->AddErrorMessage(kInvalidNetstack);
+                return;
+            }
+            type = HostCtl::Network::PortsetGetSystem;
+        }
+        const auto routes = routing.GetCurrentKelmRoutes(type);
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        list->Reserve(routes.size());
+        for (const auto& route : routes) {
+            auto row = GetOutputStructure();
+            row->SetField(kNetmask, route.network.GetNetmask().GetStringAddress());
+            row->SetField(kInterface, route.interfaceName);
+            row->SetField(kNetwork, route.network == RoutingInfoImpl::DEFAULT_IPV4_ROUTE
+                                        ? std::string(kDefaultNetwork)
+                                        : route.network.GetNetwork().GetStringAddress());
+            row->SetField(kGateway, route.gateway.GetStringAddress());
+            row->SetField(kSource, routing.GetDefaultGatewaySource(route.network));
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output->AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace ZanvexCli::NetworkNamespace
