@@ -138,7 +138,16 @@ void FillNewSubject(Database& database, const Subject& subject) {
         return;
     }
     Json profile = DefaultProfile();
-    ImportSection(database, subject, profile, Scale(profile, origin->copies));
+    // The default data may name objects the older host lacks (NICs that came with this build);
+    // the subject then starts empty rather than leave the host unusable.
+    database.Execute("SAVEPOINT new_subject");
+    try {
+        ImportSection(database, subject, profile, Scale(profile, origin->copies));
+        database.Execute("RELEASE new_subject");
+    } catch (const HostCtlException&) {
+        database.Execute("ROLLBACK TO new_subject");
+        database.Execute("RELEASE new_subject");
+    }
 }
 
 }  // namespace HostSim

@@ -27,7 +27,8 @@ void ResetHost(Database& database);
 Json ExportHost(Database& database);
 
 // Fills a subject that a newer build added to a host made from the built-in default
-// profile with its default data, at the host's scale.
+// profile with its default data, at the host's scale; where the host can't take that data, the
+// subject stays empty.
 void FillNewSubject(Database& database, const Subject& subject);
 
 }  // namespace HostSim
