@@ -309,13 +309,17 @@ TEST_F(StoreTest, WritersGetTheStoreInTheOrderTheyCame) {
             }
             close(release[0]);
             close(release[1]);
-            std::this_thread::sleep_for(std::chrono::milliseconds(150 * i));
-            KelmCtl::Network::PnicImpl("hwnic" + std::to_string(i)).SetLinkState(false);
+            // The store is opened first, so that only the change waits in turn; its place in the
+            // order is written while it holds the store.
+            HostSim::Database& store = HostSim::Store();
+            std::this_thread::sleep_for(std::chrono::milliseconds(250 * i));
+            HostSim::WriteTransaction change(store);
             std::ofstream(order, std::ios::app) << i;
+            change.Commit();
             return 0;
         },
         [&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(150 * (kWriters + 1)));
+            std::this_thread::sleep_for(std::chrono::milliseconds(250 * (kWriters + 1)));
             close(release[1]);
         });
     close(release[0]);
