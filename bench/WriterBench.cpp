@@ -6,12 +6,14 @@
 //   Makes the default host in STATE-DIR (a fresh temporary one when not given), starts WRITERS
 //   processes together, each bringing a NIC of the host down and up CHANGES times, and prints
 //   the median, 99th percentile and longest time of a change, the failed changes with their
-//   first message, and the wall time of the whole.
+//   first message, and the wall time of the whole. For the slowest change it also gives the
+//   changes that ended while it waited (the queue ahead of it) and the mean time those took.
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -26,8 +28,18 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What a writer reports through its pipe: the time of each change in microseconds, negative
-// for a change that failed, and then the first failure's message.
+double Microseconds(Clock::time_point time) {
+    return std::chrono::duration<double, std::micro>(time.time_since_epoch()).count();
+}
+
+struct Change {
+    double start;
+    double end;
+};
+
+// What a writer reports through its pipe: for each change, when it started and ended (in
+// microseconds of the system-wide monotonic clock), the end negative for a change that failed;
+// and then the first failure's message.
 void RunWriter(int writer, int changes, int startPipe, int reportPipe) {
     char go = 0;
     if (read(startPipe, &go, 1) != 1) {
@@ -37,7 +49,7 @@ void RunWriter(int writer, int changes, int startPipe, int reportPipe) {
     std::vector<double> times;
     std::string failure;
     for (int change = 0; change < changes; ++change) {
-        auto start = Clock::now();
+        double start = Microseconds(Clock::now());
         bool failed = false;
         try {
             KelmCtl::Network::PnicImpl(nic).SetLinkState(change % 2 == 1);
@@ -47,8 +59,9 @@ void RunWriter(int writer, int changes, int startPipe, int reportPipe) {
                 failure = error.what();
             }
         }
-        double micros = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
-        times.push_back(failed ? -micros : micros);
+        double end = Microseconds(Clock::now());
+        times.push_back(start);
+        times.push_back(failed ? -end : end);
     }
     std::string report(reinterpret_cast<const char*>(times.data()), times.size() * sizeof(double));
     report += failure;
@@ -121,23 +134,23 @@ int main(int argc, char** argv) {
     if (write(start[1], go.data(), go.size()) != static_cast<ssize_t>(go.size())) {
         return 1;
     }
-    std::vector<double> times;
+    std::vector<Change> changesMade;
     int failed = 0;
     std::string firstFailure;
+    constexpr std::size_t kRecord = 2 * sizeof(double);
     for (int descriptor : reports) {
         std::string report = ReadAll(descriptor);
         close(descriptor);
         const std::size_t count =
-            std::min(report.size() / sizeof(double), static_cast<std::size_t>(changes));
+            std::min(report.size() / kRecord, static_cast<std::size_t>(changes));
         for (std::size_t i = 0; i < count; ++i) {
-            double micros = 0;
-            std::copy_n(report.data() + i * sizeof(double), sizeof(double),
-                        reinterpret_cast<char*>(&micros));
-            failed += micros < 0 ? 1 : 0;
-            times.push_back(micros < 0 ? -micros : micros);
+            double record[2];
+            std::copy_n(report.data() + i * kRecord, kRecord, reinterpret_cast<char*>(record));
+            failed += record[1] < 0 ? 1 : 0;
+            changesMade.push_back({record[0], std::abs(record[1])});
         }
-        if (firstFailure.empty() && report.size() > count * sizeof(double)) {
-            firstFailure = report.substr(count * sizeof(double));
+        if (firstFailure.empty() && report.size() > count * kRecord) {
+            firstFailure = report.substr(count * kRecord);
         }
     }
     for (pid_t child : children) {
@@ -147,16 +160,32 @@ int main(int argc, char** argv) {
     if (argc <= 3) {
         std::filesystem::remove_all(directory);
     }
-    if (times.empty()) {
+    if (changesMade.empty()) {
         std::fprintf(stderr, "no writer reported\n");
         return 1;
     }
+    std::vector<double> times;
+    std::vector<double> ends;
+    for (const Change& change : changesMade) {
+        times.push_back(change.end - change.start);
+        ends.push_back(change.end);
+    }
+    std::sort(ends.begin(), ends.end());
+    const Change& slowest = *std::max_element(
+        changesMade.begin(), changesMade.end(),
+        [](const Change& a, const Change& b) { return a.end - a.start < b.end - b.start; });
+    const auto ahead = std::lower_bound(ends.begin(), ends.end(), slowest.end) -
+                       std::upper_bound(ends.begin(), ends.end(), slowest.start);
     std::sort(times.begin(), times.end());
     std::printf(
         "%d writers x %d changes: %zu changes timed, %d failed; p50 %.1f ms, p99 %.1f ms, "
         "max %.1f ms; wall %.2f s\n",
         writers, changes, times.size(), failed, Percentile(times, 0.5) / 1000,
         Percentile(times, 0.99) / 1000, times.back() / 1000, wall);
+    std::printf(
+        "slowest change: %ld changes ended while it waited, %.2f ms each\n",
+        static_cast<long>(ahead),
+        ahead > 0 ? (slowest.end - slowest.start) / 1000 / static_cast<double>(ahead) : 0.0);
     if (!firstFailure.empty()) {
         std::printf("first failure: %s\n", firstFailure.c_str());
     }

@@ -1,6 +1,12 @@
 #include "hostsim/core/Database.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -14,6 +20,49 @@ namespace {
 // How long a writer waits for another process's write lock before giving up.
 constexpr int kBusyTimeoutMs = 30000;
 constexpr const char* kAccessFailed = "Unable to access the host state database";
+
+// The write queue's lock file: bytes 0-7 hold the last ticket given, and byte 0 is locked while
+// a ticket is taken; the writer with ticket t holds byte kFirstSlot + t.
+constexpr off_t kFirstSlot = 64;
+
+// An SQLite URI that reads `path` alone as an unchanging file.
+std::string FileOnlyUri(const std::string& path) {
+    std::string uri = "file:";
+    for (char c : path) {
+        if (c == '%' || c == '?' || c == '#') {
+            constexpr char kHex[] = "0123456789ABCDEF";
+            uri.push_back('%');
+            uri.push_back(kHex[static_cast<unsigned char>(c) >> 4]);
+            uri.push_back(kHex[static_cast<unsigned char>(c) & 0xf]);
+        } else {
+            uri.push_back(c);
+        }
+    }
+    return uri + "?immutable=1";
+}
+
+// Sets (F_WRLCK) or clears (F_UNLCK) an open file description's lock of one byte; waits for a
+// lock another holds when `wait` is set.
+bool LockByte(int file, short type, off_t byte, bool wait) {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = byte;
+    lock.l_len = 1;
+    for (;;) {
+        if (fcntl(file, wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock) == 0) {
+            return true;
+        }
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+
+std::string ParentDirectory(const std::string& path) {
+    std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
 }  // namespace
 
 Statement::Statement(Database& database, sqlite3_stmt* statement)
@@ -78,7 +127,7 @@ bool Statement::IsNull(int column) const {
     return sqlite3_column_type(statement_, column) == SQLITE_NULL;
 }
 
-Database::Database(const std::string& path) : path_(path) {
+Database::Database(const std::string& path, Access access) : path_(path) {
     // Set once, before SQLite's initialisation, which the first open does; the SQLite linked in
     // here is this library's own. A command reads a handful of pages: the page cache allocates
     // them as they are read, rather than make and touch room for twenty up front. And no
@@ -90,8 +139,13 @@ Database::Database(const std::string& path) : path_(path) {
     }();
     static_cast<void>(configured);
     int status =
-        sqlite3_open_v2(path.c_str(), &connection_,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+        access == Access::ReadWrite
+            ? sqlite3_open_v2(path.c_str(), &connection_,
+                              SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
+                              nullptr)
+            : sqlite3_open_v2(FileOnlyUri(path).c_str(), &connection_,
+                              SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX,
+                              nullptr);
     if (status != SQLITE_OK) {
         std::string reason =
             connection_ != nullptr ? sqlite3_errmsg(connection_) : sqlite3_errstr(status);
@@ -117,6 +171,9 @@ Database::~Database() {
         sqlite3_finalize(statement);
     }
     sqlite3_close(connection_);
+    if (queueFile_ >= 0) {
+        close(queueFile_);
+    }
 }
 
 void Database::Abandon() noexcept {
@@ -200,13 +257,79 @@ void Database::Check(int status, const char* what) const {
     }
 }
 
+bool DirectoryIsWritable(const std::string& directory) {
+    return faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+void Database::CheckWritable() const {
+    if (sqlite3_db_readonly(connection_, "main") != 1) {
+        return;
+    }
+    std::string directory = ParentDirectory(path_);
+    if (!DirectoryIsWritable(directory)) {
+        throw HostCtlException("The host can't be changed: its state directory " + directory +
+                               " is read-only");
+    }
+    throw HostCtlException("The host can't be changed: its state database " + path_ +
+                           " is read-only");
+}
+
+void Database::EnterWriteQueue() {
+    const std::string queuePath = path_ + "-lock";
+    if (queueFile_ < 0) {
+        struct stat file {};
+        mode_t mode = stat(path_.c_str(), &file) == 0 ? (file.st_mode & 0666) : 0644;
+        queueFile_ = open(queuePath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
+        if (queueFile_ < 0) {
+            throw HostCtlException("Unable to open the host's write queue " + queuePath + ": " +
+                                   std::strerror(errno));
+        }
+    }
+    // Take the next ticket, and hold this writer's byte before the next writer can take one.
+    std::int64_t last = 0;
+    bool queued = LockByte(queueFile_, F_WRLCK, 0, true);
+    if (queued) {
+        if (pread(queueFile_, &last, sizeof last, 0) != static_cast<ssize_t>(sizeof last)) {
+            last = 0;
+        }
+        ticket_ = last + 1;
+        queued = pwrite(queueFile_, &ticket_, sizeof ticket_, 0) ==
+                     static_cast<ssize_t>(sizeof ticket_) &&
+                 LockByte(queueFile_, F_WRLCK, kFirstSlot + ticket_, false);
+        LockByte(queueFile_, F_UNLCK, 0, false);
+    }
+    // Then wait for the writer ahead to finish, or end.
+    if (!queued || !LockByte(queueFile_, F_WRLCK, kFirstSlot + ticket_ - 1, true)) {
+        int error = errno;
+        LeaveWriteQueue();
+        throw HostCtlException("Unable to queue for the host's write lock " + queuePath + ": " +
+                               std::strerror(error));
+    }
+    LockByte(queueFile_, F_UNLCK, kFirstSlot + ticket_ - 1, false);
+}
+
+void Database::LeaveWriteQueue() noexcept {
+    if (ticket_ != 0) {
+        LockByte(queueFile_, F_UNLCK, kFirstSlot + ticket_, false);
+        ticket_ = 0;
+    }
+}
+
 WriteTransaction::WriteTransaction(Database& database) : database_(database) {
-    database_.Execute("BEGIN IMMEDIATE");
+    database_.CheckWritable();
+    database_.EnterWriteQueue();
+    try {
+        database_.Execute("BEGIN IMMEDIATE");
+    } catch (...) {
+        database_.LeaveWriteQueue();
+        throw;
+    }
 }
 
 WriteTransaction::~WriteTransaction() {
     if (open_) {
         database_.Rollback();
+        database_.LeaveWriteQueue();
     }
 }
 
@@ -214,6 +337,7 @@ void WriteTransaction::Commit() {
     database_.Execute("COMMIT");
     open_ = false;
     database_.written_ = true;
+    database_.LeaveWriteQueue();
 }
 
 }  // namespace HostSim

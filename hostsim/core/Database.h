@@ -48,8 +48,18 @@ private:
 
 class Database {
 public:
-    // Opens (and creates when missing) the database file.
-    explicit Database(const std::string& path);
+    enum class Access {
+        // Reads and writes; the file is made when missing.
+        ReadWrite,
+        // Reads the file alone, taken to be unchanging: no lock is taken and nothing is made
+        // beside it (no -wal, -shm or -journal), which SQLite would do even to read a file in
+        // WAL mode. For a look at a file before it is trusted, and for a store in a directory
+        // nobody can write.
+        FileOnly,
+    };
+
+    // Opens the database file.
+    explicit Database(const std::string& path, Access access = Access::ReadWrite);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -84,15 +94,33 @@ public:
 private:
     friend class WriteTransaction;
 
+    // Throws HostCtlException naming what keeps the host from being changed, when the
+    // connection can only read.
+    void CheckWritable() const;
+    // Writers queue for the store in the order they come, on a lock file beside it, before
+    // they take SQLite's write lock: SQLite lets waiting writers poll with growing sleeps, so
+    // one could wait many times as long as the writers ahead of it, or give up. Each writer
+    // takes a ticket and holds a lock on a byte of its own while it is queued or writing, and
+    // waits for the byte of the writer just ahead; the kernel frees a writer's byte when it
+    // ends, even killed, so the queue moves on.
+    void EnterWriteQueue();
+    void LeaveWriteQueue() noexcept;
+
     std::string path_;
     sqlite3* connection_ = nullptr;
     bool written_ = false;
     std::map<const char*, sqlite3_stmt*> statements_;
+    int queueFile_ = -1;
+    std::int64_t ticket_ = 0;
 };
 
+// Whether this process may make files in `directory`: false on a read-only file system too.
+bool DirectoryIsWritable(const std::string& directory);
+
 // One change of the host: BEGIN IMMEDIATE takes the write lock before anything is read, so a
-// read followed by a write never has to wait out another writer's lock mid-way. Rolled back
-// unless Commit is called.
+// read followed by a write never has to wait out another writer's lock mid-way. Writers queue
+// for it in turn (see Database::EnterWriteQueue). Rolled back unless Commit is called. Throws
+// HostCtlException naming the read-only directory or file when the host can only be read.
 class WriteTransaction {
 public:
     explicit WriteTransaction(Database& database);

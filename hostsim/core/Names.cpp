@@ -8,6 +8,19 @@ namespace HostSim {
 
 using HostCtl::Lib::HostCtlException;
 
+namespace {
+
+bool HoldsControlCharacters(const std::string& name) {
+    auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    return std::any_of(name.begin(), name.end(), isControl);
+}
+
+bool IsOnlyBlanks(const std::string& name) {
+    return name.find_first_not_of(' ') == std::string::npos;
+}
+
+}  // namespace
+
 void CheckObjectName(const std::string& name, const char* what) {
     if (name.empty()) {
         throw HostCtlException(std::string("A ") + what + " name must not be empty");
@@ -17,13 +30,28 @@ void CheckObjectName(const std::string& name, const char* what) {
                                std::to_string(kMaximumNameLength) + " bytes");
     }
     // The name is not repeated here: a control character in it would break the message too.
-    auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
-    if (std::any_of(name.begin(), name.end(), isControl)) {
+    if (HoldsControlCharacters(name)) {
         throw HostCtlException(std::string("A ") + what + " name must not hold control characters");
     }
-    if (name.find_first_not_of(' ') == std::string::npos) {
+    if (IsOnlyBlanks(name)) {
         throw HostCtlException(std::string("A ") + what + " name must not be only blanks");
     }
+}
+
+std::string NameProblem(const std::string& name) {
+    if (name.empty()) {
+        return "is empty";
+    }
+    if (name.size() > kMaximumNameLength) {
+        return "is longer than " + std::to_string(kMaximumNameLength) + " bytes";
+    }
+    if (HoldsControlCharacters(name)) {
+        return "holds control characters";
+    }
+    if (IsOnlyBlanks(name)) {
+        return "is only blanks";
+    }
+    return {};
 }
 
 }  // namespace HostSim

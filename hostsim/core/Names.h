@@ -13,4 +13,8 @@ inline constexpr std::size_t kMaximumNameLength = 127;
 // only blanks.
 void CheckObjectName(const std::string& name, const char* what);
 
+// What CheckObjectName refuses in `name`, as the end of a sentence about it ("holds control
+// characters"); empty for a name the host can store.
+std::string NameProblem(const std::string& name);
+
 }  // namespace HostSim

@@ -125,20 +125,41 @@ std::map<std::string, std::int64_t> ReadSubjectVersions(Database& database) {
     return versions;
 }
 
-bool SubjectsAreCurrent(Database& database) {
+[[noreturn]] void RefuseNewerSubject(const Database& database, const std::string& subject,
+                                     std::int64_t version, bool known) {
+    throw HostCtlException(
+        "The host state database " + database.Path() + " was written by a newer host (" + subject +
+        " schema version " + std::to_string(version) +
+        (known ? "" : ", a subject this host does not know") + "); it is left as it is");
+}
+
+// Whether every subject's tables are current. A subject of a version above what this build
+// knows, or one it does not know at all, was made by a newer host: refused.
+bool CheckSubjects(Database& database) {
     auto versions = ReadSubjectVersions(database);
+    bool current = true;
     for (const Subject* subject : Subjects()) {
         auto found = versions.find(subject->name);
-        if (found == versions.end() ||
-            found->second != static_cast<std::int64_t>(subject->schemaSteps.size())) {
-            return false;
+        auto latest = static_cast<std::int64_t>(subject->schemaSteps.size());
+        if (found == versions.end()) {
+            current = false;
+            continue;
         }
+        if (found->second > latest) {
+            RefuseNewerSubject(database, found->first, found->second, true);
+        }
+        current = current && found->second == latest;
+        versions.erase(found);
     }
-    return true;
+    if (!versions.empty()) {
+        RefuseNewerSubject(database, versions.begin()->first, versions.begin()->second, false);
+    }
+    return current;
 }
 
 // Reads the header, and whether every subject's tables are current, in one read transaction, so
-// that another process making the host meanwhile is seen whole or not at all.
+// that another process making the host meanwhile is seen whole or not at all. Throws for a
+// store this build can't use.
 struct StoreState {
     StoreHeader header;
     bool current = false;
@@ -149,7 +170,8 @@ StoreState ReadState(Database& database) {
     try {
         StoreState state;
         state.header = ReadHeaderIn(database);
-        state.current = state.header.IsCurrent() && SubjectsAreCurrent(database);
+        CheckHeader(database, state.header);
+        state.current = state.header.IsCurrent() && CheckSubjects(database);
         database.Execute("COMMIT");
         return state;
     } catch (const HostCtlException&) {
@@ -166,10 +188,7 @@ void MigrateSubjects(Database& database, bool hostExists) {
         std::int64_t version = versions.count(subject->name) ? versions[subject->name] : 0;
         auto latest = static_cast<std::int64_t>(subject->schemaSteps.size());
         if (version > latest) {
-            throw HostCtlException("The host state database " + database.Path() +
-                                   " was written by a newer host (" + subject->name +
-                                   " schema version " + std::to_string(version) +
-                                   "); it is left as it is");
+            RefuseNewerSubject(database, subject->name, version, true);
         }
         for (std::int64_t step = version; step < latest; ++step) {
             database.Execute(subject->schemaSteps[static_cast<std::size_t>(step)]);
@@ -195,7 +214,6 @@ void PrepareStore(Database& database) {
     if (current) {
         return;
     }
-    CheckHeader(database, header);
     if (header.IsFresh()) {
         database.UseWriteAheadLog();
     }
@@ -214,6 +232,31 @@ void PrepareStore(Database& database) {
     transaction.Commit();
 }
 
+bool FileExists(const std::string& path) {
+    struct stat file {};
+    return stat(path.c_str(), &file) == 0;
+}
+
+// A store in a directory that can't be written, read from its file alone: nobody can write
+// beside it, so the file is the whole store and stays as it is. It can be read, not changed.
+std::unique_ptr<Database> ReadOnlyStore(std::unique_ptr<Database> probe, const StoreState& state,
+                                        const std::string& directory) {
+    const std::string log = probe->Path() + "-wal";
+    struct stat file {};
+    if (stat(log.c_str(), &file) == 0 && file.st_size > 0) {
+        throw HostCtlException("The host state database " + probe->Path() +
+                               " has changes in its log that can't be read without its -shm file, "
+                               "which the read-only directory " +
+                               directory + " can't hold; it is left as it is");
+    }
+    if (state.header.IsFresh() || !state.current) {
+        throw HostCtlException("The host state database " + probe->Path() +
+                               " needs to be brought up to date, which its read-only directory " +
+                               directory + " does not allow; it is left as it is");
+    }
+    return probe;
+}
+
 std::unique_ptr<Database> OpenStore(const std::string& directory) {
     if (directory.empty()) {
         throw HostCtlException(
@@ -229,7 +272,23 @@ std::unique_ptr<Database> OpenStore(const std::string& directory) {
         throw HostCtlException("Unable to create the host state directory " + directory + ": " +
                                error.message());
     }
-    auto database = std::make_unique<Database>(DatabasePath(directory));
+    const std::string path = DatabasePath(directory);
+    struct stat file {};
+    const bool exists = stat(path.c_str(), &file) == 0;
+    if (exists && file.st_size > 0 && (!FileExists(path + "-wal") || !FileExists(path + "-shm"))) {
+        // SQLite would make the side files it lacks to read a store in WAL mode, even one it then
+        // refuses: look at the file alone first. Stores this build made have both files, so this
+        // is for a store copied, made elsewhere, or not ours.
+        auto probe = std::make_unique<Database>(path, Database::Access::FileOnly);
+        StoreState state = ReadState(*probe);
+        if (!DirectoryIsWritable(directory)) {
+            return ReadOnlyStore(std::move(probe), state, directory);
+        }
+    } else if (!exists && !DirectoryIsWritable(directory)) {
+        throw HostCtlException("There is no host state database in " + directory +
+                               ", and the directory is read-only, so none can be made there");
+    }
+    auto database = std::make_unique<Database>(path);
     PrepareStore(*database);
     return database;
 }

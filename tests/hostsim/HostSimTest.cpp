@@ -61,7 +61,8 @@ std::vector<std::string> AllNicNames() {
     return Names(KelmCtl::Network::NetworkInfoImpl().GetPnics(HostCtl::Network::PnicGetAll));
 }
 
-std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work) {
+std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work,
+                                const std::function<void()>& whileRunning) {
     std::vector<pid_t> children;
     for (int i = 0; i < count; ++i) {
         pid_t child = fork();
@@ -75,6 +76,9 @@ std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work) 
             _exit(status);
         }
         children.push_back(child);
+    }
+    if (whileRunning) {
+        whileRunning();
     }
     std::vector<int> statuses;
     for (pid_t child : children) {

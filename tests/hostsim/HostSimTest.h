@@ -42,8 +42,10 @@ private:
 std::vector<std::string> Names(const std::vector<std::unique_ptr<HostCtl::Network::Pnic>>& pnics);
 std::vector<std::string> AllNicNames();
 
-// Runs `work(i)` for i in [0, count) in child processes at once; returns their exit statuses.
-std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work);
+// Runs `work(i)` for i in [0, count) in child processes at once, and `whileRunning` in this
+// process once they are started; returns their exit statuses.
+std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work,
+                                const std::function<void()>& whileRunning = {});
 
 // The bytes of a file.
 std::string FileBytes(const std::string& path);

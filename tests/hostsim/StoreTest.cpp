@@ -3,11 +3,18 @@
 #include <sqlite3.h>
 #include <csignal>
 
+#include <unistd.h>
+
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <thread>
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
 
@@ -108,24 +115,110 @@ TEST_F(StoreTest, ProcessesRacingOnAFreshDirectoryMakeTheHostOnce) {
     EXPECT_EQ(AllNicNames(), kDefaultNics);
 }
 
-TEST_F(StoreTest, ADatabaseThatIsNoDatabaseIsRefusedAndLeftAlone) {
-    std::ofstream(DatabaseFile()) << "these are not the bytes of a database, not at all\n";
-    ExpectRefused("can't be read");
+// A store this build can't use is refused, named, and left exactly as it is: nothing is
+// written in it or beside it (SQLite would make -wal and -shm files to read one in WAL mode).
+TEST_F(StoreTest, AStoreThatCantBeUsedIsRefusedAndNothingIsWrittenBesideIt) {
+    struct Case {
+        const char* name;
+        std::function<void(const std::string& file)> make;
+        const char* words;
+    };
+    auto truncate = [](std::size_t size) {
+        return [size](const std::string& file) { std::filesystem::resize_file(file, size); };
+    };
+    const std::vector<Case> cases{
+        {"no database",
+         [](const std::string& file) { std::ofstream(file) << "not the bytes of a database\n"; },
+         "can't be read"},
+        {"another program's",
+         [](const std::string& file) {
+             std::filesystem::remove(file);
+             Sql(file, "CREATE TABLE inventory (item TEXT); INSERT INTO inventory VALUES ('x')");
+         },
+         "is not a host state database"},
+        {"truncated to its first page", truncate(4096), "can't be read"},
+        {"truncated in the middle", truncate(20000), "can't be read"},
+        {"newer store version",
+         [](const std::string& file) { Sql(file, "PRAGMA user_version = 99"); },
+         "was written by a newer host (schema version 99, this host knows up to 1)"},
+        {"newer subject version",
+         [](const std::string& file) { Sql(file, "UPDATE subject_schema SET version = 50"); },
+         "was written by a newer host (nics schema version 50)"},
+        {"unknown subject",
+         [](const std::string& file) {
+             Sql(file, "INSERT INTO subject_schema (subject, version) VALUES ('lacp', 2)");
+         },
+         "was written by a newer host (lacp schema version 2, a subject this host does not know)"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        Testing::TemporaryDirectory state;
+        HostSim::UseStateDirectory(state.Path());
+        ASSERT_EQ(Testing::RunHostsim({"init"}, state.Path()).status, 0);
+        const std::string file = state.Path() + "/host.db";
+        test.make(file);
+        for (const char* side : {"-wal", "-shm", "-lock"}) {
+            std::filesystem::remove(file + side);
+        }
+        std::string before = FileBytes(file);
+        try {
+            AllNicNames();
+            ADD_FAILURE() << "the store was opened";
+        } catch (const HostCtlException& error) {
+            EXPECT_THAT(error.what(), HasSubstr(test.words));
+            EXPECT_THAT(error.what(), HasSubstr(file + " "));
+            EXPECT_THAT(error.what(), HasSubstr("it is left as it is"));
+        }
+        auto exported = Testing::RunHostsim({"export"}, state.Path());
+        EXPECT_EQ(exported.status, 1);
+        EXPECT_THAT(exported.err, HasSubstr(test.words));
+        EXPECT_EQ(FileBytes(file), before);
+        for (const char* side : {"-wal", "-shm", "-journal", "-lock"}) {
+            EXPECT_FALSE(std::filesystem::exists(file + side)) << side;
+        }
+    }
+    HostSim::UseStateDirectory(Directory());
 }
 
-TEST_F(StoreTest, AnotherProgramsDatabaseIsRefusedAndLeftAlone) {
-    Sql(DatabaseFile(), "CREATE TABLE inventory (item TEXT); INSERT INTO inventory VALUES ('x')");
-    ExpectRefused("is not a host state database");
-}
-
-TEST_F(StoreTest, ADatabaseOfANewerHostIsRefusedAndLeftAlone) {
-    AllNicNames();
-    Sql(DatabaseFile(), "PRAGMA user_version = 99");
-    Reconnect();
-    ExpectRefused("newer host");
-
-    Sql(DatabaseFile(), "PRAGMA user_version = 1; UPDATE subject_schema SET version = 50");
-    ExpectRefused("newer host");
+// A good store in a directory this process can't write is read from its file alone; a change
+// is refused naming the directory. Root may write anywhere, so the check runs in a child that
+// takes the identity of "nobody" when the tests run as root.
+TEST_F(StoreTest, AStoreInAReadOnlyDirectoryCanBeReadButNotChanged) {
+    std::filesystem::path store = std::filesystem::path(Directory()) / "readonly";
+    std::filesystem::create_directory(store);
+    ASSERT_EQ(Testing::RunHostsim({"init", "--scale=2"}, store.string()).status, 0);
+    for (const char* side : {"-wal", "-shm", "-lock"}) {
+        std::filesystem::remove(store.string() + "/host.db" + side);
+    }
+    std::filesystem::permissions(Directory(), std::filesystem::perms(0755));
+    std::filesystem::permissions(store, std::filesystem::perms(0555));
+    std::filesystem::permissions(store / "host.db", std::filesystem::perms(0644));
+    auto statuses = RunInProcesses(1, [&](int) {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
+            return 77;
+        }
+        HostSim::UseStateDirectory(store.string());
+        if (AllNicNames().size() != 18u ||
+            HostSim::ExportHost(HostSim::Store())["nics"].size() != 18u) {
+            return 1;
+        }
+        try {
+            KelmCtl::Network::PnicImpl("hwnic0").SetLinkState(false);
+            return 2;
+        } catch (const HostCtlException& error) {
+            return std::string(error.what()) == "The host can't be changed: its state directory " +
+                                                    store.string() + " is read-only"
+                       ? 0
+                       : 3;
+        }
+    });
+    std::filesystem::permissions(store, std::filesystem::perms(0755));
+    if (statuses[0] == 77) {
+        GTEST_SKIP() << "this process can't take another user's identity";
+    }
+    EXPECT_EQ(statuses[0], 0);
+    EXPECT_FALSE(std::filesystem::exists(store / "host.db-wal"));
+    EXPECT_FALSE(std::filesystem::exists(store / "host.db-shm"));
 }
 
 TEST_F(StoreTest, AStateDirectoryThatCantBeMadeIsReported) {
@@ -194,6 +287,59 @@ TEST_F(StoreTest, ManyProcessesChangingLinkStateLoseNothing) {
             EXPECT_FALSE(KelmCtl::Network::PnicImpl(name).GetAdminStatus()) << name;
         }
     }
+}
+
+// Writers get the store in the order they asked for it: each of these waits behind a writer
+// that holds it, and they start a while apart.
+TEST_F(StoreTest, WritersGetTheStoreInTheOrderTheyCame) {
+    AllNicNames();
+    const std::string order = Directory() + "/order";
+    int release[2];
+    ASSERT_EQ(pipe(release), 0);
+    constexpr int kWriters = 5;
+    auto statuses = RunInProcesses(
+        kWriters + 1,
+        [&](int i) {
+            if (i == 0) {
+                HostSim::WriteTransaction holder(HostSim::Store());
+                std::ofstream(order, std::ios::app) << "0";
+                char byte = 0;
+                close(release[1]);
+                return read(release[0], &byte, 1) >= 0 ? 0 : 1;
+            }
+            close(release[0]);
+            close(release[1]);
+            // The store is opened first, so that only the change waits in turn; its place in the
+            // order is written while it holds the store.
+            HostSim::Database& store = HostSim::Store();
+            std::this_thread::sleep_for(std::chrono::milliseconds(250 * i));
+            HostSim::WriteTransaction change(store);
+            std::ofstream(order, std::ios::app) << i;
+            change.Commit();
+            return 0;
+        },
+        [&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(250 * (kWriters + 1)));
+            close(release[1]);
+        });
+    close(release[0]);
+    for (int status : statuses) {
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(FileBytes(order), "012345");
+}
+
+// A writer killed while it holds its turn holds up nobody.
+TEST_F(StoreTest, AWriterKilledInItsTurnFreesTheQueue) {
+    AllNicNames();
+    auto statuses = RunInProcesses(1, [&](int) {
+        HostSim::WriteTransaction transaction(HostSim::Store());
+        raise(SIGKILL);
+        return 0;
+    });
+    EXPECT_EQ(statuses[0], 128 + SIGKILL);
+    KelmCtl::Network::PnicImpl("hwnic3").SetLinkState(false);
+    EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic3").GetAdminStatus());
 }
 
 }  // namespace
