@@ -9,7 +9,8 @@
     SUBJECT(vswitch) \
     SUBJECT(netstack) \
     SUBJECT(kelmnic) \
-    SUBJECT(firewall)
+    SUBJECT(firewall) \
+    SUBJECT(routing)
 // clang-format on
 
 namespace HostSim {

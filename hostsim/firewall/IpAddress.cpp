@@ -3,8 +3,11 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
+
+#include "hostctl/HostCtlException.h"
 
 namespace HostCtl::Network {
 namespace {
@@ -45,9 +48,19 @@ std::optional<std::pair<std::string, unsigned int>> SplitPrefix(const std::strin
     return std::make_pair(text.substr(0, slash), length);
 }
 
+[[noreturn]] void Refuse(const std::string& text, const char* what) {
+    throw HostCtl::Lib::HostCtlException("'" + text + "' is not a valid " + what);
+}
+
 }  // namespace
 
-Ipv4Address::Ipv4Address(const std::string& text) : value_(ParseIpv4(text).value_or(0)) {}
+Ipv4Address::Ipv4Address(const std::string& text) {
+    const auto value = ParseIpv4(text);
+    if (!value) {
+        Refuse(text, "IPv4 address");
+    }
+    value_ = *value;
+}
 
 Ipv4Address Ipv4Address::FromValue(std::uint32_t value) {
     Ipv4Address address;
@@ -68,9 +81,11 @@ bool Ipv4Address::IsValidAddress(const std::string& text) {
 }
 
 Ipv6Address::Ipv6Address(const std::string& text) {
-    if (auto bytes = ParseIpv6(text)) {
-        bytes_ = *bytes;
+    const auto bytes = ParseIpv6(text);
+    if (!bytes) {
+        Refuse(text, "IPv6 address");
     }
+    bytes_ = *bytes;
 }
 
 std::string Ipv6Address::GetStringAddress() const {
@@ -86,7 +101,7 @@ bool Ipv6Address::IsValidAddress(const std::string& text) {
 Ipv4Network::Ipv4Network(const std::string& text) {
     const auto parts = SplitPrefix(text, kIpv4Bits);
     if (!parts || !Ipv4Address::IsValidAddress(parts->first)) {
-        return;
+        Refuse(text, "IPv4 network: expected an address and a prefix length, 192.0.2.0/24");
     }
     network_ = Ipv4Address(parts->first);
     prefixLength_ = parts->second;
@@ -106,7 +121,7 @@ bool Ipv4Network::IsValidAddressAndNetmask(const std::string& text) {
 Ipv6Network::Ipv6Network(const std::string& text) {
     const auto parts = SplitPrefix(text, kIpv6Bits);
     if (!parts || !Ipv6Address::IsValidAddress(parts->first)) {
-        return;
+        Refuse(text, "IPv6 network: expected an address and a prefix length, 2001:db8::/32");
     }
     address_ = Ipv6Address(parts->first);
     prefixLength_ = parts->second;
@@ -119,6 +134,16 @@ std::string Ipv6Network::GetStringAddress() const {
 bool Ipv6Network::IsValidAddressAndNetmask(const std::string& text) {
     const auto parts = SplitPrefix(text, kIpv6Bits);
     return parts && Ipv6Address::IsValidAddress(parts->first);
+}
+
+Ipv6Address Ipv6Network::NetmaskFromNumber(unsigned int prefixLength) {
+    std::array<std::uint8_t, 16> bytes{};
+    for (unsigned int bit = 0; bit < std::min(prefixLength, kIpv6Bits); ++bit) {
+        bytes[bit / 8] |= static_cast<std::uint8_t>(0x80u >> (bit % 8));
+    }
+    char text[INET6_ADDRSTRLEN];
+    inet_ntop(AF_INET6, bytes.data(), text, sizeof text);
+    return Ipv6Address(text);
 }
 
 }  // namespace HostCtl::Network

@@ -1,5 +1,6 @@
-// IP addresses and networks as the host-control layer passes them. A constructor from text does
-// not report bad text: it leaves the value empty; callers test text with the static checks first.
+// IP addresses and networks as the host-control layer passes them. A constructor from text
+// throws HostCtlException for text it can't parse; callers that want their own message test the
+// text with the static checks first.
 #pragma once
 
 #include <array>
@@ -104,6 +105,10 @@ public:
     int GetIpv6AddressStatus() const { return status_; }
     void SetIpv6AddressType(int type) { type_ = type; }
     void SetIpv6AddressStatus(int status) { status_ = status; }
+
+    // Routing: the mask of a prefix length, "ffff:ffff:ffff::" for 48; lengths above 128
+    // count as 128.
+    static Ipv6Address NetmaskFromNumber(unsigned int prefixLength);
 
 private:
     Ipv6Address address_;

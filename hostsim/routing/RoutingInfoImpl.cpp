@@ -1,0 +1,485 @@
+#include "kelmctl/RoutingInfoImpl.h"
+
+#include <unordered_map>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Operation.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/routing/RoutingStore.h"
+
+namespace KelmCtl::Network {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+using HostCtl::Network::Ipv4Address;
+using HostCtl::Network::Ipv4Network;
+using HostCtl::Network::Ipv6Address;
+using HostCtl::Network::Ipv6Network;
+using HostCtl::Network::PortsetGetType;
+using HostSim::PassOperation;
+using HostSim::Routing::Gateways;
+using HostSim::Routing::Route;
+
+constexpr const char kNeighbors[] = "neighbors";
+constexpr const char kDefaultNetstack[] = "defaultTcpipStack";
+
+std::string PrefixText(const std::string& network, unsigned int prefixLength) {
+    return network + "/" + std::to_string(prefixLength);
+}
+
+std::uint32_t Ipv4Mask(unsigned int prefixLength) {
+    return prefixLength == 0 ? 0 : ~std::uint32_t{0} << (32 - prefixLength);
+}
+
+bool Ipv6PrefixMatches(const Ipv6Address& address, const Ipv6Address& network,
+                       unsigned int prefixLength) {
+    const auto& a = address.GetBytes();
+    const auto& n = network.GetBytes();
+    for (unsigned int bit = 0; bit < prefixLength && bit < 128; ++bit) {
+        const auto mask = static_cast<std::uint8_t>(0x80u >> (bit % 8));
+        if ((a[bit / 8] & mask) != (n[bit / 8] & mask)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The interface of the directly reached network that holds `gateway`; empty when none does.
+std::string ReachingInterface(const std::vector<Route>& routes, const Ipv4Address& gateway) {
+    for (const Route& route : routes) {
+        if (route.gateway == "0.0.0.0" && (gateway.GetValue() & Ipv4Mask(route.prefixLength)) ==
+                                              Ipv4Address(route.network).GetValue()) {
+            return route.interfaceName;
+        }
+    }
+    return {};
+}
+
+std::string ReachingInterface(const std::vector<Route>& routes, const Ipv6Address& gateway) {
+    for (const Route& route : routes) {
+        if (route.gateway == "::" &&
+            Ipv6PrefixMatches(gateway, Ipv6Address(route.network), route.prefixLength)) {
+            return route.interfaceName;
+        }
+    }
+    return {};
+}
+
+template <class Address>
+std::string RequireReachable(const std::vector<Route>& routes, const Address& gateway,
+                             const std::string& netstack) {
+    const std::string text = gateway.GetStringAddress();
+    if (text == "0.0.0.0" || text == "::") {
+        throw HostCtlException("Gateway " + text + " is not an address a route can go through");
+    }
+    std::string interfaceName = ReachingInterface(routes, gateway);
+    if (interfaceName.empty()) {
+        throw HostCtlException("Gateway " + text + " is unreachable: no interface of netstack " +
+                               netstack + " is on its network");
+    }
+    return interfaceName;
+}
+
+// Adds a route of either family, or sets the default gateway for the default route.
+void AddRoute(const std::string& netstack, Route route, bool isDefault, const char* duplicate) {
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Routing::RequireNetstack(database, netstack);
+    const auto routes = HostSim::Routing::ReadRoutes(database, netstack, route.family, false);
+    const std::string interfaceName =
+        route.family == 4 ? RequireReachable(routes, Ipv4Address(route.gateway), netstack)
+                          : RequireReachable(routes, Ipv6Address(route.gateway), netstack);
+    if (isDefault) {
+        Gateways gateways = HostSim::Routing::ReadGateways(database, netstack);
+        std::string& inForce = route.family == 4 ? gateways.ipv4 : gateways.ipv6;
+        if (inForce == route.gateway) {
+            throw HostCtlException(std::string("The default ") + duplicate + " via " +
+                                   route.gateway + " already exists in netstack " + netstack);
+        }
+        inForce = route.gateway;
+        (route.family == 4 ? gateways.ipv4Config : gateways.ipv6Config) = route.gateway;
+        if (route.family == 4) {
+            gateways.ipv4Source = HostSim::Routing::kSourceManual;
+        }
+        HostSim::Routing::WriteGateways(database, netstack, gateways);
+        transaction.Commit();
+        return;
+    }
+    for (const Route& existing : routes) {
+        if (existing.network == route.network && existing.prefixLength == route.prefixLength) {
+            throw HostCtlException("A " + std::string(duplicate) + " to " +
+                                   PrefixText(route.network, route.prefixLength) +
+                                   " already exists in netstack " + netstack + ", via " +
+                                   existing.gateway);
+        }
+    }
+    route.interfaceName = interfaceName;
+    route.source = HostSim::Routing::kSourceManual;
+    HostSim::Routing::InsertRoute(database, netstack, route);
+    transaction.Commit();
+}
+
+void RemoveRoute(const std::string& netstack, const Route& route, bool isDefault) {
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Routing::RequireNetstack(database, netstack);
+    const std::string missing = "There is no route to " +
+                                (isDefault ? std::string("the default network")
+                                           : PrefixText(route.network, route.prefixLength)) +
+                                " via " + route.gateway + " in netstack " + netstack;
+    if (isDefault) {
+        Gateways gateways = HostSim::Routing::ReadGateways(database, netstack);
+        const bool ipv4 = route.family == 4;
+        if ((ipv4 ? gateways.ipv4 : gateways.ipv6) != route.gateway &&
+            (ipv4 ? gateways.ipv4Config : gateways.ipv6Config) != route.gateway) {
+            throw HostCtlException(missing);
+        }
+        if (ipv4) {
+            gateways.ipv4 = gateways.ipv4Config = "0.0.0.0";
+            gateways.ipv4Source = HostSim::Routing::kSourceNone;
+        } else {
+            gateways.ipv6 = gateways.ipv6Config = "::";
+        }
+        HostSim::Routing::WriteGateways(database, netstack, gateways);
+        transaction.Commit();
+        return;
+    }
+    for (const Route& existing :
+         HostSim::Routing::ReadRoutes(database, netstack, route.family, false)) {
+        if (existing.network != route.network || existing.prefixLength != route.prefixLength ||
+            existing.gateway != route.gateway) {
+            continue;
+        }
+        if (existing.gateway == "0.0.0.0" || existing.gateway == "::") {
+            throw HostCtlException("The route to " + PrefixText(route.network, route.prefixLength) +
+                                   " is the network of interface " + existing.interfaceName +
+                                   " and goes with its address");
+        }
+        HostSim::Routing::DeleteRoute(database, netstack, route);
+        transaction.Commit();
+        return;
+    }
+    throw HostCtlException(missing);
+}
+
+void SetGateway(const std::string& netstack, int family, const std::string& gateway,
+                bool fromDhcp) {
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Routing::RequireNetstack(database, netstack);
+    Gateways gateways = HostSim::Routing::ReadGateways(database, netstack);
+    const bool none = gateway == "0.0.0.0" || gateway == "::";
+    if (!none) {
+        const auto routes = HostSim::Routing::ReadRoutes(database, netstack, family, false);
+        if (family == 4) {
+            RequireReachable(routes, Ipv4Address(gateway), netstack);
+        } else {
+            RequireReachable(routes, Ipv6Address(gateway), netstack);
+        }
+    }
+    if (family == 4) {
+        gateways.ipv4 = gateway;
+        gateways.ipv4Config = fromDhcp ? "0.0.0.0" : gateway;
+        gateways.ipv4Source = none       ? HostSim::Routing::kSourceNone
+                              : fromDhcp ? HostSim::Routing::kSourceDhcp
+                                         : HostSim::Routing::kSourceManual;
+    } else {
+        gateways.ipv6 = gateways.ipv6Config = gateway;
+    }
+    HostSim::Routing::WriteGateways(database, netstack, gateways);
+    transaction.Commit();
+}
+
+Route RouteOf(int family, const std::string& network, unsigned int prefixLength,
+              const std::string& gateway) {
+    Route route;
+    route.family = family;
+    route.network = network;
+    route.prefixLength = prefixLength;
+    route.gateway = gateway;
+    return route;
+}
+
+template <class Neighbor>
+bool SameNeighbor(const Neighbor& entry, const Neighbor& wanted) {
+    return entry.address == wanted.address &&
+           (wanted.interfaceName.empty() || entry.interfaceName == wanted.interfaceName);
+}
+
+template <class Neighbor>
+void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ipv6) {
+    HostSim::Database& database = HostSim::Store();
+    HostSim::WriteTransaction transaction(database);
+    HostSim::Routing::RequireNetstack(database, netstack);
+    HostSim::Json kept = HostSim::Json::array();
+    bool removed = false;
+    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstack, kNeighbors)) {
+        bool match = false;
+        if (HostSim::Routing::IsIpv6Neighbor(neighbor) == ipv6 &&
+            !HostSim::Routing::IsSystemNeighbor(neighbor)) {
+            if constexpr (std::is_same_v<Neighbor, HostCtl::Network::Ipv4Neighbor>) {
+                match = SameNeighbor(HostSim::Routing::Ipv4NeighborFromJson(neighbor), wanted);
+            } else {
+                match = SameNeighbor(HostSim::Routing::Ipv6NeighborFromJson(neighbor), wanted);
+            }
+        }
+        removed = removed || match;
+        if (!match) {
+            kept.push_back(neighbor);
+        }
+    }
+    if (!removed) {
+        throw HostCtlException(std::string("There is no ") + (ipv6 ? "IPv6" : "IPv4") +
+                               " neighbor " + wanted.address.GetStringAddress() +
+                               (wanted.interfaceName.empty()
+                                    ? std::string()
+                                    : " on interface " + wanted.interfaceName) +
+                               " in netstack " + netstack);
+    }
+    HostSim::Routing::WriteTable(database, netstack, kNeighbors, kept);
+    transaction.Commit();
+}
+
+}  // namespace
+
+struct RoutingInfoImpl::Cache {
+    Gateways gateways;
+    // The source of each route by its network in prefix form.
+    std::unordered_map<std::string, std::string> sources;
+};
+
+// 0.0.0.0/0 and ::/0, as the default values are.
+const Ipv4Network RoutingInfoImpl::DEFAULT_IPV4_ROUTE{};
+const Ipv6Network RoutingInfoImpl::DEFAULT_IPV6_ROUTE{};
+
+RoutingInfoImpl::RoutingInfoImpl(const std::string& netstackKey) : netstackKey_(netstackKey) {
+    PassOperation("RoutingInfoImpl::RoutingInfoImpl", netstackKey);
+}
+
+RoutingInfoImpl::~RoutingInfoImpl() = default;
+
+void RoutingInfoImpl::SetNetstackInstanceKey(const std::string& netstackKey) {
+    netstackKey_ = netstackKey;
+    cache_.reset();
+}
+
+const std::string& RoutingInfoImpl::GetNetstackInstanceKey() const {
+    return netstackKey_;
+}
+
+void RoutingInfoImpl::Refresh() {
+    PassOperation("RoutingInfoImpl::Refresh", netstackKey_);
+    cache_.reset();
+    Cached();
+}
+
+const RoutingInfoImpl::Cache& RoutingInfoImpl::Cached() {
+    if (!cache_) {
+        HostSim::Database& database = HostSim::Store();
+        HostSim::Routing::RequireNetstack(database, netstackKey_);
+        auto cache = std::make_unique<Cache>();
+        cache->gateways = HostSim::Routing::ReadGateways(database, netstackKey_);
+        for (const bool system : {false, true}) {
+            for (const Route& route :
+                 HostSim::Routing::ReadRoutes(database, netstackKey_, 4, system)) {
+                cache->sources.emplace(PrefixText(route.network, route.prefixLength), route.source);
+            }
+        }
+        cache_ = std::move(cache);
+    }
+    return *cache_;
+}
+
+Ipv4Address RoutingInfoImpl::GetKelmDefaultGateway() {
+    PassOperation("RoutingInfoImpl::GetKelmDefaultGateway", netstackKey_);
+    return Ipv4Address(Cached().gateways.ipv4);
+}
+
+Ipv4Address RoutingInfoImpl::GetKelmConfigDefaultGateway() {
+    PassOperation("RoutingInfoImpl::GetKelmConfigDefaultGateway", netstackKey_);
+    return Ipv4Address(Cached().gateways.ipv4Config);
+}
+
+Ipv6Address RoutingInfoImpl::GetIpv6KelmDefaultGateway() {
+    PassOperation("RoutingInfoImpl::GetIpv6KelmDefaultGateway", netstackKey_);
+    return Ipv6Address(Cached().gateways.ipv6);
+}
+
+Ipv6Address RoutingInfoImpl::GetIpv6KelmConfigDefaultGateway() {
+    PassOperation("RoutingInfoImpl::GetIpv6KelmConfigDefaultGateway", netstackKey_);
+    return Ipv6Address(Cached().gateways.ipv6Config);
+}
+
+void RoutingInfoImpl::SetKelmDefaultGateway(Ipv4Address gateway, bool fromDhcp) {
+    PassOperation("RoutingInfoImpl::SetKelmDefaultGateway", netstackKey_);
+    cache_.reset();
+    SetGateway(netstackKey_, 4, gateway.GetStringAddress(), fromDhcp);
+}
+
+void RoutingInfoImpl::SetIpv6KelmDefaultGateway(Ipv6Address gateway) {
+    PassOperation("RoutingInfoImpl::SetIpv6KelmDefaultGateway", netstackKey_);
+    cache_.reset();
+    SetGateway(netstackKey_, 6, gateway.GetStringAddress(), false);
+}
+
+std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
+    PassOperation("RoutingInfoImpl::GetDefaultGatewaySource", netstackKey_);
+    const Cache& cache = Cached();
+    if (network == DEFAULT_IPV4_ROUTE) {
+        return cache.gateways.ipv4Source;
+    }
+    const auto source = cache.sources.find(network.GetStringAddress());
+    return source == cache.sources.end() ? HostSim::Routing::kSourceNone : source->second;
+}
+
+void RoutingInfoImpl::AddKelmRoute(Ipv4Network network, Ipv4Address gateway) {
+    PassOperation("RoutingInfoImpl::AddKelmRoute", netstackKey_);
+    cache_.reset();
+    HostSim::Routing::CheckNetwork(network);
+    AddRoute(netstackKey_,
+             RouteOf(4, network.GetNetwork().GetStringAddress(), network.GetPrefixLength(),
+                     gateway.GetStringAddress()),
+             network == DEFAULT_IPV4_ROUTE, "route");
+}
+
+void RoutingInfoImpl::RemoveKelmRoute(Ipv4Network network, Ipv4Address gateway) {
+    PassOperation("RoutingInfoImpl::RemoveKelmRoute", netstackKey_);
+    cache_.reset();
+    RemoveRoute(netstackKey_,
+                RouteOf(4, network.GetNetwork().GetStringAddress(), network.GetPrefixLength(),
+                        gateway.GetStringAddress()),
+                network == DEFAULT_IPV4_ROUTE);
+}
+
+void RoutingInfoImpl::AddIpv6KelmRoute(Ipv6Network network, Ipv6Address gateway) {
+    PassOperation("RoutingInfoImpl::AddIpv6KelmRoute", netstackKey_);
+    cache_.reset();
+    HostSim::Routing::CheckNetwork(network);
+    AddRoute(netstackKey_,
+             RouteOf(6, network.GetAddress().GetStringAddress(), network.GetNetmask(),
+                     gateway.GetStringAddress()),
+             network == DEFAULT_IPV6_ROUTE, "IPv6 route");
+}
+
+void RoutingInfoImpl::RemoveIpv6KelmRoute(Ipv6Network network, Ipv6Address gateway) {
+    PassOperation("RoutingInfoImpl::RemoveIpv6KelmRoute", netstackKey_);
+    cache_.reset();
+    RemoveRoute(netstackKey_,
+                RouteOf(6, network.GetAddress().GetStringAddress(), network.GetNetmask(),
+                        gateway.GetStringAddress()),
+                network == DEFAULT_IPV6_ROUTE);
+}
+
+std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
+    PortsetGetType type) {
+    PassOperation("RoutingInfoImpl::GetCurrentKelmRoutes", netstackKey_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::Routing::RequireNetstack(database, netstackKey_);
+    const bool system = type == HostCtl::Network::PortsetGetSystem;
+    const auto routes = HostSim::Routing::ReadRoutes(database, netstackKey_, 4, system);
+    // The listing renews the copy, so that the sources of its rows need no further reads.
+    cache_ = std::make_unique<Cache>();
+    cache_->gateways = HostSim::Routing::ReadGateways(database, netstackKey_);
+    cache_->sources.reserve(routes.size());
+    for (const Route& route : routes) {
+        cache_->sources.emplace(PrefixText(route.network, route.prefixLength), route.source);
+    }
+    const Cache& cache = *cache_;
+    std::vector<HostCtl::Network::Ipv4Route> result;
+    result.reserve(routes.size() + 1);
+    if (!system && cache.gateways.ipv4 != "0.0.0.0") {
+        const Ipv4Address gateway(cache.gateways.ipv4);
+        result.push_back({DEFAULT_IPV4_ROUTE, gateway, ReachingInterface(routes, gateway)});
+    }
+    for (const Route& route : routes) {
+        result.push_back({Ipv4Network(PrefixText(route.network, route.prefixLength)),
+                          Ipv4Address(route.gateway), route.interfaceName});
+    }
+    return result;
+}
+
+std::vector<HostCtl::Network::Ipv6Route> RoutingInfoImpl::GetCurrentIpv6KelmRoutes(
+    PortsetGetType type) {
+    PassOperation("RoutingInfoImpl::GetCurrentIpv6KelmRoutes", netstackKey_);
+    cache_.reset();
+    const Cache& cache = Cached();
+    const bool system = type == HostCtl::Network::PortsetGetSystem;
+    const auto routes = HostSim::Routing::ReadRoutes(HostSim::Store(), netstackKey_, 6, system);
+    std::vector<HostCtl::Network::Ipv6Route> result;
+    result.reserve(routes.size() + 1);
+    if (!system && cache.gateways.ipv6 != "::") {
+        const Ipv6Address gateway(cache.gateways.ipv6);
+        result.push_back({DEFAULT_IPV6_ROUTE, gateway, ReachingInterface(routes, gateway)});
+    }
+    for (const Route& route : routes) {
+        result.push_back({Ipv6Network(PrefixText(route.network, route.prefixLength)),
+                          Ipv6Address(route.gateway), route.interfaceName});
+    }
+    return result;
+}
+
+void RoutingInfoImpl::GetCurrentIpv4KelmNeighbors(
+    std::vector<HostCtl::Network::Ipv4Neighbor>& neighbors, const std::string& interfaceName,
+    PortsetGetType type) {
+    PassOperation("RoutingInfoImpl::GetCurrentIpv4KelmNeighbors", netstackKey_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::Routing::RequireNetstack(database, netstackKey_);
+    const bool system = type == HostCtl::Network::PortsetGetSystem;
+    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
+        if (HostSim::Routing::IsIpv6Neighbor(neighbor) ||
+            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
+            continue;
+        }
+        auto record = HostSim::Routing::Ipv4NeighborFromJson(neighbor);
+        if (interfaceName.empty() || record.interfaceName == interfaceName) {
+            neighbors.push_back(std::move(record));
+        }
+    }
+}
+
+void RoutingInfoImpl::GetCurrentIpv6KelmNeighbors(
+    std::vector<HostCtl::Network::Ipv6Neighbor>& neighbors, const std::string& interfaceName,
+    PortsetGetType type) {
+    PassOperation("RoutingInfoImpl::GetCurrentIpv6KelmNeighbors", netstackKey_);
+    HostSim::Database& database = HostSim::Store();
+    HostSim::Routing::RequireNetstack(database, netstackKey_);
+    const bool system = type == HostCtl::Network::PortsetGetSystem;
+    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
+        if (!HostSim::Routing::IsIpv6Neighbor(neighbor) ||
+            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
+            continue;
+        }
+        auto record = HostSim::Routing::Ipv6NeighborFromJson(neighbor);
+        if (interfaceName.empty() || record.interfaceName == interfaceName) {
+            neighbors.push_back(std::move(record));
+        }
+    }
+}
+
+std::string RoutingInfoImpl::GetIpv4NeighborType(HostCtl::Network::Ipv4Neighbor neighbor) {
+    PassOperation("RoutingInfoImpl::GetIpv4NeighborType", netstackKey_);
+    return HostSim::Routing::NeighborTypeWord(neighbor.flags, false);
+}
+
+std::string RoutingInfoImpl::GetIpv6NeighborState(HostCtl::Network::Ipv6Neighbor neighbor) {
+    PassOperation("RoutingInfoImpl::GetIpv6NeighborState", netstackKey_);
+    return HostSim::Routing::Ipv6StateWord(neighbor.state);
+}
+
+std::string RoutingInfoImpl::GetIpv6NeighborType(HostCtl::Network::Ipv6Neighbor neighbor) {
+    PassOperation("RoutingInfoImpl::GetIpv6NeighborType", netstackKey_);
+    return HostSim::Routing::NeighborTypeWord(neighbor.flags, true);
+}
+
+void RoutingInfoImpl::RemoveIpv4Neighbor(HostCtl::Network::Ipv4Neighbor neighbor) {
+    PassOperation("RoutingInfoImpl::RemoveIpv4Neighbor", netstackKey_);
+    RemoveNeighbor(netstackKey_, neighbor, false);
+}
+
+void RoutingInfoImpl::RemoveIpv6Neighbor(HostCtl::Network::Ipv6Neighbor neighbor) {
+    PassOperation("RoutingInfoImpl::RemoveIpv6Neighbor", netstackKey_);
+    RemoveNeighbor(netstackKey_, neighbor, true);
+}
+
+}  // namespace KelmCtl::Network

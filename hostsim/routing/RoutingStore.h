@@ -1,0 +1,88 @@
+// The routing subject's records and the queries and changes of its tables: routes, default
+// gateways, neighbour tables, sockets and multicast memberships, per netstack instance.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "hostctl/IpAddress.h"
+#include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+
+namespace HostSim::Routing {
+
+inline constexpr const char kSourceManual[] = "MANUAL";
+inline constexpr const char kSourceDhcp[] = "DHCP";
+inline constexpr const char kSourceNone[] = "N/A";
+
+struct Route {
+    int family = 4;       // 4 or 6
+    bool system = false;  // a route of the host's system interfaces
+    std::string network;  // the network address, canonical text
+    unsigned int prefixLength = 0;
+    std::string gateway;  // 0.0.0.0 or :: for a network reached directly
+    std::string interfaceName;
+    std::string source;  // kSourceManual or kSourceDhcp
+};
+
+struct Gateways {
+    std::string ipv4 = "0.0.0.0";        // in force
+    std::string ipv4Config = "0.0.0.0";  // configured
+    std::string ipv4Source = kSourceNone;
+    std::string ipv6 = "::";
+    std::string ipv6Config = "::";
+};
+
+// The routes of an instance of one family and kind, in the order they were made.
+std::vector<Route> ReadRoutes(Database& database, const std::string& netstack, int family,
+                              bool system);
+// Every route of every instance, in the order they were made, with their instance.
+std::vector<std::pair<std::string, Route>> ReadAllRoutes(Database& database);
+void InsertRoute(Database& database, const std::string& netstack, const Route& route);
+// Whether a route to the network and prefix existed.
+bool DeleteRoute(Database& database, const std::string& netstack, const Route& route);
+
+Gateways ReadGateways(Database& database, const std::string& netstack);
+void WriteGateways(Database& database, const std::string& netstack, const Gateways& gateways);
+
+// The nested tables of an instance, each a JSON array in the form of the profile: "neighbors",
+// "connections", "multicast". An instance without a row has empty ones.
+Json ReadTable(Database& database, const std::string& netstack, const char* table);
+void WriteTable(Database& database, const std::string& netstack, const char* table,
+                const Json& rows);
+// Every instance that has a row of this subject, in key order.
+std::vector<std::string> ReadNetstacks(Database& database);
+
+// A route of a profile, {"network": "192.0.2.0/24", "gateway", "interface", "source",
+// "system"}, checked: a network with no bits beyond its prefix, a gateway of the same family.
+Route RouteFromJson(const Json& route);
+Json RouteToJson(const Route& route);
+// Throws HostCtlException when the network in prefix form has bits set beyond its prefix.
+void CheckNetwork(const HostCtl::Network::Ipv4Network& network);
+void CheckNetwork(const HostCtl::Network::Ipv6Network& network);
+
+// Throws HostCtlException when the host has no netstack instance of that key.
+void RequireNetstack(Database& database, const std::string& netstack);
+
+}  // namespace HostSim::Routing
+
+#include "hostctl/Routing.h"
+
+namespace HostSim::Routing {
+
+// A neighbour entry of the "neighbors" table: {"address", "mac", "interface", "expiry",
+// "type": "dynamic", "static" or (IPv6) "router", "state" (IPv6: "incomplete", "reachable",
+// "stale", "delay", "probe"), "system"}. The address tells the family.
+bool IsIpv6Neighbor(const Json& neighbor);
+bool IsSystemNeighbor(const Json& neighbor);
+HostCtl::Network::Ipv4Neighbor Ipv4NeighborFromJson(const Json& neighbor);
+HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor);
+// The entry checked and in its normal form; throws HostCtlException naming what is wrong.
+Json NormalNeighbor(const Json& neighbor);
+
+// The display words of neighbour states and types.
+std::string Ipv6StateWord(std::uint32_t state);
+std::string NeighborTypeWord(std::uint32_t flags, bool ipv6);
+
+}  // namespace HostSim::Routing
