@@ -17,6 +17,17 @@ public:
     // made.
     std::vector<std::unique_ptr<HostCtl::Network::PortGroup>> GetAllPortGroups(
         HostCtl::Network::PortsetGetType type);
+
+    // ENS contexts.
+    std::uint32_t GetEnsMaxLcores() override;
+    bool SetEnsMaxLcores(std::uint32_t count) override;
+    std::vector<std::uint64_t> GetEnsLcores() override;
+    bool CreateEnsLcore(std::uint64_t id) override;
+    bool DestroyEnsLcore(std::uint64_t id) override;
+    std::string GetEnsLcoreSwitch(std::uint64_t id) override;
+    std::int32_t GetEnsLcoreAffinity(std::uint64_t id) override;
+    bool SetEnsLcoreSwitch(const std::string& switchName, std::uint64_t id) override;
+    bool SetEnsLcoreAffinity(std::int32_t affinity, std::uint64_t id) override;
 };
 
 }  // namespace KelmCtl::Network
