@@ -7,6 +7,9 @@
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \
     SUBJECT(vswitch) \
+    SUBJECT(dvs) \
+    SUBJECT(ens) \
+    SUBJECT(ports) \
     SUBJECT(netstack) \
     SUBJECT(kelmnic) \
     SUBJECT(firewall) \

@@ -12,6 +12,7 @@
 namespace HostCtl::Network {
 
 class PortGroup;
+class Port;
 
 // Which portsets a listing or look-up means: the ordinary ones, or the host's own.
 enum PortsetGetType {
@@ -32,6 +33,10 @@ class Portset : public virtual Lib::HostCtlObject {
     // The uplinks attached, in the order they were attached. `activeOnly` limits them to those
     // the teaming policy makes active.
     virtual std::vector<std::string> GetUplinks(bool activeOnly) const = 0;
+
+    // Ports of every kind of switch.
+    // The ports of the portset, in the order of their ids.
+    virtual std::vector<std::unique_ptr<Port>> GetPorts() const;
 };
 
 class VirtualSwitch : public virtual Portset {

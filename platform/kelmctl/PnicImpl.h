@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hostctl/Pnic.h"
+#include "hostctl/Port.h"
 
 namespace KelmCtl::Network {
 
@@ -37,6 +38,10 @@ public:
     void GetPnicInfo(HostCtl::Network::PnicInfo& info) const override;
     void GetPauseParams(HostCtl::Network::PnicPauseParams& params) const override;
     void GetPnicDriverInfo(HostCtl::Network::PnicDriverInfo& info) const override;
+
+    // Ports of switches.
+    // The NIC's port on the switch it serves as an uplink; throws when it serves none.
+    std::unique_ptr<HostCtl::Network::Port> GetPort() const;
 
 private:
     std::unique_ptr<Record> record_;
