@@ -254,6 +254,8 @@ constexpr EntryRow kEntries[] = {
     {"network ip route", "ipv6"},
     {"network ip ipsec", "sa"},
     {"network ip ipsec", "sp"},
+    {"network ip interface", "add", &Make<IpInterfaceAdd>},
+    {"network ip interface", "remove", &Make<IpInterfaceRemove>},
     {"network ip interface", "list", &Make<IpInterfaceList>},
     {"network ip interface", "set", &Make<IpInterfaceSet>},
     {"network ip interface", "ipv4"},
