@@ -1,9 +1,11 @@
 // `network ip interface list` and `network ip interface set`: every Kelm interface with its
 // attachment, limits and state; enabling one and changing its MTU.
+#include "hostctl/DVSwitch.h"
 #include "hostctl/HostCtlException.h"
 #include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
+#include "kelmctl/VirtualSwitchInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -34,6 +36,7 @@ constexpr char kPortId[] = "Port ID";
 constexpr char kNotApplicable[] = "N/A";
 constexpr long kNoConnection = -1;
 
+constexpr char kNoOds[] = "Unable to access the associated ODS";
 constexpr char kUnknownConnectionPoint[] =
     "Unknown ConnectionPoint type found in list of Kelm network interfaces.";
 constexpr char kNoInterface[] = "Unable to find an interface with name ";
@@ -107,10 +110,24 @@ void SetAttachment(const HostCtl::Network::KelmNic& nic, MetaStruct& row, Output
     row.SetField(kPortgroup,
                  type == ConnectionPoint::kPortGroup ? point->GetPortGroupName() : kNotApplicable);
     row.SetField(kNetstackInstance, nic.GetNetstackInstanceKey());
-    row.SetField(kOdsName, kNotApplicable);
-    row.SetField(kOdsUuid, kNotApplicable);
-    row.SetField(kOdsPort, kNotApplicable);
-    row.SetField(kOdsConnection, kNoConnection);
+    if (type == ConnectionPoint::kDVPort) {
+        const HostCtl::Network::DVPortParam param = point->GetDVPortParam();
+        row.SetField(kOdsName, kNotApplicable);
+        KelmCtl::Network::VirtualSwitchInfoImpl switches;
+        if (auto dvs = switches.GetDVSwitchByName(point->GetPortsetName())) {
+            row.SetField(kOdsName, dvs->GetDvsName());
+        } else {
+            output.AddErrorMessage(kNoOds);
+        }
+        row.SetField(kOdsUuid, param.dvsId);
+        row.SetField(kOdsPort, param.dvPortId);
+        row.SetField(kOdsConnection, static_cast<long>(param.connectionId));
+    } else {
+        row.SetField(kOdsName, kNotApplicable);
+        row.SetField(kOdsUuid, kNotApplicable);
+        row.SetField(kOdsPort, kNotApplicable);
+        row.SetField(kOdsConnection, kNoConnection);
+    }
     if (type == ConnectionPoint::kOpaqueNetwork) {
         const HostCtl::Network::OpaqueNetworkParam& opaque = point->GetOpaqueNetworkParam();
         row.SetField(kOpaqueNetworkId, opaque.opaqueNetworkId);

@@ -9,6 +9,9 @@
     SUBJECT(nicsettings) \
     SUBJECT(nicdevices) \
     SUBJECT(vswitch) \
+    SUBJECT(dvs) \
+    SUBJECT(ens) \
+    SUBJECT(ports) \
     SUBJECT(netstack) \
     SUBJECT(kelmnic) \
     SUBJECT(firewall) \

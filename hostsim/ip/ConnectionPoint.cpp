@@ -1,9 +1,11 @@
-// What every connection point answers unless its kind says otherwise, and the port group as a
-// connection point of Kelm interfaces.
+// What every connection point answers unless its kind says otherwise, and port groups and
+// DVPorts as connection points of Kelm interfaces.
 #include "hostctl/ConnectionPoint.h"
 
+#include "hostctl/DVSwitch.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/vswitch/VswitchStore.h"
+#include "kelmctl/DVPortImpl.h"
 #include "kelmctl/PortGroupImpl.h"
 
 namespace HostCtl::Network {
@@ -12,12 +14,11 @@ int ConnectionPoint::GetType() const {
     return kNone;
 }
 
-bool ConnectionPoint::IsValid() const {
-    HostSim::PassOperation("ConnectionPoint::IsValid");
-    return true;
+std::string ConnectionPoint::GetPortGroupName() const {
+    return {};
 }
 
-std::string ConnectionPoint::GetPortGroupName() const {
+DVPortParam ConnectionPoint::GetDVPortParam() const {
     return {};
 }
 
@@ -38,6 +39,11 @@ int PortGroupImpl::GetType() const {
 std::string PortGroupImpl::GetPortGroupName() const {
     HostSim::PassOperation("ConnectionPoint::GetPortGroupName", record_->name);
     return record_->name;
+}
+
+int DVPortImpl::GetType() const {
+    HostSim::PassOperation("ConnectionPoint::GetType", param_.dvPortId);
+    return kDVPort;
 }
 
 }  // namespace KelmCtl::Network

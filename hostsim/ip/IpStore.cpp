@@ -5,6 +5,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Names.h"
+#include "hostsim/dvs/DvsStore.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
 namespace HostSim::Ip {
@@ -467,6 +468,47 @@ void DropPortGroupUser(Database& database, const std::string& portGroup, const s
     if (std::erase(users, name) != 0) {
         WritePortGroupUsers(database, portGroup, users);
     }
+}
+
+namespace {
+
+// Changes the clients of a DVPort with `change` and writes the switch's ports back.
+template <class Change>
+void ChangeDVPort(Database& database, const std::string& dvsId, const std::string& dvPort,
+                  Change change) {
+    auto record = Dvs::LoadSwitchById(database, dvsId);
+    if (!record) {
+        return;
+    }
+    Json dvports = Json::array();
+    for (KelmCtl::Network::DVPortRecord& port : record->dvports) {
+        if (port.id == dvPort) {
+            change(port.clients);
+            port.inUse = !port.clients.empty();
+        }
+        dvports.push_back(Dvs::DVPortToJson(port));
+    }
+    database.Query("UPDATE dvs SET dvports = ?1 WHERE id = ?2")
+        .Bind(1, dvports.dump())
+        .Bind(2, dvsId)
+        .Run();
+}
+
+}  // namespace
+
+void AddDVPortClient(Database& database, const std::string& dvsId, const std::string& dvPort,
+                     const std::string& name) {
+    ChangeDVPort(database, dvsId, dvPort, [&name](std::vector<std::string>& clients) {
+        if (std::find(clients.begin(), clients.end(), name) == clients.end()) {
+            clients.push_back(name);
+        }
+    });
+}
+
+void DropDVPortClient(Database& database, const std::string& dvsId, const std::string& dvPort,
+                      const std::string& name) {
+    ChangeDVPort(database, dvsId, dvPort,
+                 [&name](std::vector<std::string>& clients) { std::erase(clients, name); });
 }
 
 HostCtl::Network::KelmNicTagType TagOfName(const std::string& name) {

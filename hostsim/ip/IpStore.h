@@ -111,6 +111,11 @@ void DeleteKelmNic(Database& database, const std::string& name);
 // Adds or drops an interface in the users of its port group.
 void AddPortGroupUser(Database& database, const std::string& portGroup, const std::string& name);
 void DropPortGroupUser(Database& database, const std::string& portGroup, const std::string& name);
+// Marks a DVPort in use by an interface, or free of it again.
+void AddDVPortClient(Database& database, const std::string& dvsId, const std::string& dvPort,
+                     const std::string& name);
+void DropDVPortClient(Database& database, const std::string& dvsId, const std::string& dvPort,
+                      const std::string& name);
 
 // The tag of a name, or 14.
 HostCtl::Network::KelmNicTagType TagOfName(const std::string& name);

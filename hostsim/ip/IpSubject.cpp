@@ -1,11 +1,13 @@
 // The IP subjects: the netstack table with the "netstacks" section of a profile, and the
 // kelmnic table with the "kelmnics" section.
+#include <algorithm>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
+#include "hostsim/dvs/DvsStore.h"
 #include "hostsim/ip/IpStore.h"
 #include "hostsim/ip/IpSubject.h"
 #include "hostsim/vswitch/VswitchStore.h"
@@ -152,6 +154,11 @@ KelmNicRecord KelmNicFromJson(const Json& json) {
     if (connection.contains("portGroup")) {
         record.connectionType = ConnectionPoint::kPortGroup;
         record.portGroup = connection.at("portGroup").get<std::string>();
+    } else if (connection.contains("dvs")) {
+        record.connectionType = ConnectionPoint::kDVPort;
+        record.portset = connection.at("dvs").get<std::string>();
+        record.dvPort = connection.at("dvPort").get<std::string>();
+        record.connectionId = connection.value("connectionId", 0u);
     } else if (connection.contains("opaqueNetwork")) {
         const Json& opaque = connection.at("opaqueNetwork");
         record.connectionType = ConnectionPoint::kOpaqueNetwork;
@@ -192,6 +199,10 @@ Json KelmNicToJson(const KelmNicRecord& record) {
     json["portId"] = record.portId;
     if (record.connectionType == ConnectionPoint::kPortGroup) {
         json["connection"] = {{"portGroup", record.portGroup}};
+    } else if (record.connectionType == ConnectionPoint::kDVPort) {
+        json["connection"] = {{"dvs", record.portset},
+                              {"dvPort", record.dvPort},
+                              {"connectionId", record.connectionId}};
     } else if (record.connectionType == ConnectionPoint::kOpaqueNetwork) {
         json["connection"] = {{"portset", record.portset},
                               {"opaqueNetwork",
@@ -225,13 +236,34 @@ KelmNicRecord ScaledKelmNic(KelmNicRecord record, const Scale& scale, unsigned c
     }
     if (record.connectionType == ConnectionPoint::kPortGroup) {
         record.portGroup = Vswitch::PortGroupCopyName(scale, record.portGroup, copy);
+    } else if (record.connectionType == ConnectionPoint::kDVPort) {
+        record.portset = scale.Name(record.portset, copy);
     }
     return record;
 }
 
-// Attaches an imported interface to its port group, which must exist, and makes it one of
-// the port group's users.
+// Attaches an imported interface to its DVPort, which must exist, and makes it the port's
+// client.
+void AttachImportedToDVPort(Database& database, KelmNicRecord& record) {
+    auto dvs = Dvs::LoadSwitch(database, record.portset);
+    const bool hasPort =
+        dvs && std::any_of(dvs->dvports.begin(), dvs->dvports.end(),
+                           [&record](const auto& port) { return port.id == record.dvPort; });
+    if (!hasPort) {
+        throw HostCtlException("Kelm interface " + record.name + " is on DVPort " + record.dvPort +
+                               " of " + record.portset + ", which the host does not have");
+    }
+    record.dvsId = dvs->id;
+    Ip::AddDVPortClient(database, record.dvsId, record.dvPort, record.name);
+}
+
+// Attaches an imported interface to its port group or DVPort, which must exist, and makes it
+// one of its users.
 void AttachImported(Database& database, KelmNicRecord& record) {
+    if (record.connectionType == ConnectionPoint::kDVPort) {
+        AttachImportedToDVPort(database, record);
+        return;
+    }
     if (record.connectionType != ConnectionPoint::kPortGroup) {
         return;
     }

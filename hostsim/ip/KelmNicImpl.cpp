@@ -238,11 +238,27 @@ KelmNicConnectionPoint::KelmNicConnectionPoint(const KelmNicRecord& record)
       type_(record.connectionType),
       portset_(record.portset),
       portGroup_(record.portGroup),
+      dvsId_(record.dvsId),
+      dvPort_(record.dvPort),
+      connectionId_(record.connectionId),
       opaque_(record.opaque) {}
 
 std::string KelmNicConnectionPoint::GetPortsetName() const {
     PassOperation("ConnectionPoint::GetPortsetName", interface_);
     return portset_;
+}
+
+bool KelmNicConnectionPoint::IsValid() const {
+    PassOperation("ConnectionPoint::IsValid", interface_);
+    return true;
+}
+
+HostCtl::Network::DVPortParam KelmNicConnectionPoint::GetDVPortParam() const {
+    PassOperation("ConnectionPoint::GetDVPortParam", interface_);
+    if (type_ != kDVPort) {
+        return ConnectionPoint::GetDVPortParam();
+    }
+    return {dvsId_, dvPort_, connectionId_};
 }
 
 int KelmNicConnectionPoint::GetType() const {
@@ -271,6 +287,8 @@ void RemoveKelmNicRow(Database& database, const KelmCtl::Network::KelmNicRecord&
     DeleteKelmNic(database, record.name);
     if (record.connectionType == HostCtl::Network::ConnectionPoint::kPortGroup) {
         DropPortGroupUser(database, record.portGroup, record.name);
+    } else if (record.connectionType == HostCtl::Network::ConnectionPoint::kDVPort) {
+        DropDVPortClient(database, record.dvsId, record.dvPort, record.name);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "hostctl/DVSwitch.h"
 #include "hostctl/KelmNic.h"
 #include "hostsim/ip/IpStore.h"
 
@@ -48,8 +49,11 @@ class KelmNicConnectionPoint : public HostCtl::Network::ConnectionPoint {
 public:
     explicit KelmNicConnectionPoint(const KelmNicRecord& record);
     std::string GetPortsetName() const override;
+    // An interface's connection point is one the host has.
+    bool IsValid() const override;
     int GetType() const override;
     std::string GetPortGroupName() const override;
+    HostCtl::Network::DVPortParam GetDVPortParam() const override;
     const HostCtl::Network::OpaqueNetworkParam& GetOpaqueNetworkParam() const override;
 
 private:
@@ -57,6 +61,9 @@ private:
     int type_;
     std::string portset_;
     std::string portGroup_;
+    std::string dvsId_;
+    std::string dvPort_;
+    std::uint32_t connectionId_;
     HostCtl::Network::OpaqueNetworkParam opaque_;
 };
 

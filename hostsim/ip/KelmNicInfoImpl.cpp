@@ -10,6 +10,7 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/dvs/DvsStore.h"
 #include "hostsim/ip/KelmNicImpl.h"
 #include "hostsim/vswitch/VswitchStore.h"
 
@@ -84,14 +85,9 @@ void RequireNetstack(HostSim::Database& database, const std::string& key) {
     }
 }
 
-// Fills the connection fields of a new interface from the connection point, once the host
-// knows it and no other interface is attached there.
-void Attach(HostSim::Database& database, const ConnectionPoint& point,
-            const std::vector<KelmNicRecord>& nics, KelmNicRecord& record) {
-    if (point.GetType() != ConnectionPoint::kPortGroup) {
-        throw HostCtlException("A Kelm interface can only be attached to a port group or a DVPort");
-    }
-    const std::string portGroup = point.GetPortGroupName();
+// Fills the connection fields of a new interface on a port group.
+void AttachToPortGroup(HostSim::Database& database, const std::string& portGroup,
+                       const std::vector<KelmNicRecord>& nics, KelmNicRecord& record) {
     auto group = HostSim::Vswitch::LoadPortGroup(database, portGroup);
     if (!group) {
         throw HostCtlException("There is no port group named " + portGroup);
@@ -107,13 +103,66 @@ void Attach(HostSim::Database& database, const ConnectionPoint& point,
     record.portGroup = portGroup;
 }
 
+// Fills the connection fields of a new interface on a DVPort that nothing uses.
+void AttachToDVPort(HostSim::Database& database, const HostCtl::Network::DVPortParam& param,
+                    KelmNicRecord& record) {
+    auto dvs = HostSim::Dvs::LoadSwitchById(database, param.dvsId);
+    if (!dvs) {
+        throw HostCtlException("There is no distributed switch with id " + param.dvsId);
+    }
+    const auto port =
+        std::find_if(dvs->dvports.begin(), dvs->dvports.end(),
+                     [&param](const DVPortRecord& held) { return held.id == param.dvPortId; });
+    if (port == dvs->dvports.end()) {
+        throw HostCtlException("There is no DVPort " + param.dvPortId + " on " + dvs->name);
+    }
+    if (port->inUse) {
+        throw HostCtlException(
+            "DVPort " + param.dvPortId + " of " + dvs->name + " is in use by " +
+            (port->clients.empty() ? std::string("another port") : port->clients.front()));
+    }
+    record.connectionType = ConnectionPoint::kDVPort;
+    record.portset = dvs->name;
+    record.dvsId = param.dvsId;
+    record.dvPort = param.dvPortId;
+    record.connectionId = param.connectionId;
+}
+
+void Attach(HostSim::Database& database, const ConnectionPoint& point,
+            const std::vector<KelmNicRecord>& nics, KelmNicRecord& record) {
+    switch (point.GetType()) {
+        case ConnectionPoint::kPortGroup:
+            AttachToPortGroup(database, point.GetPortGroupName(), nics, record);
+            return;
+        case ConnectionPoint::kDVPort:
+            AttachToDVPort(database, point.GetDVPortParam(), record);
+            return;
+        default:
+            throw HostCtlException(
+                "A Kelm interface can only be attached to a port group or a DVPort");
+    }
+}
+
 bool IsAt(const KelmNicRecord& nic, const ConnectionPoint& point) {
-    return point.GetType() == ConnectionPoint::kPortGroup &&
-           nic.connectionType == ConnectionPoint::kPortGroup &&
-           nic.portGroup == point.GetPortGroupName();
+    const int type = point.GetType();
+    if (type != nic.connectionType) {
+        return false;
+    }
+    if (type == ConnectionPoint::kPortGroup) {
+        return nic.portGroup == point.GetPortGroupName();
+    }
+    if (type == ConnectionPoint::kDVPort) {
+        const HostCtl::Network::DVPortParam param = point.GetDVPortParam();
+        return nic.dvsId == param.dvsId && nic.dvPort == param.dvPortId;
+    }
+    return false;
 }
 
 std::string Describe(const ConnectionPoint& point) {
+    if (point.GetType() == ConnectionPoint::kDVPort) {
+        const HostCtl::Network::DVPortParam param = point.GetDVPortParam();
+        return "DVPort " + param.dvPortId + " of the distributed switch with id " + param.dvsId;
+    }
     return "port group " + point.GetPortGroupName();
 }
 
@@ -237,7 +286,11 @@ std::unique_ptr<KelmNic> KelmNicInfoImpl::AddKelmNic(
     record.ipConfig =
         HostSim::Ip::IpConfigToJson(HostSim::Ip::InForce(ipConfig, record.portId)).dump();
     HostSim::Ip::InsertKelmNic(database, record);
-    HostSim::Ip::AddPortGroupUser(database, record.portGroup, record.name);
+    if (record.connectionType == ConnectionPoint::kPortGroup) {
+        HostSim::Ip::AddPortGroupUser(database, record.portGroup, record.name);
+    } else {
+        HostSim::Ip::AddDVPortClient(database, record.dvsId, record.dvPort, record.name);
+    }
     transaction.Commit();
     return std::make_unique<KelmNicImpl>(std::move(record));
 }

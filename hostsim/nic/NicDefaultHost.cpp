@@ -1,6 +1,7 @@
 // The NICs of the built-in default host: six on PCI (copper and fibre, 1, 10 and 25 Gb/s, one
-// administratively down, one without a cable, one backed by a DPU) and one pseudo NIC of each
-// descriptor kind.
+// administratively down, one without a cable, one backed by a DPU), one pseudo NIC of each
+// descriptor kind, and two more 25 Gb/s PCI NICs, hwnic9 and hwnic10, the uplinks of the
+// distributed switch.
 #include "hostsim/nic/NicStore.h"
 
 namespace HostSim::Nic {
@@ -186,6 +187,46 @@ const char* const kDefaultSection = R"json([
     "pause": {"supported": true, "autoNegotiation": false, "rxPause": false, "txPause": true,
               "rxResolution": 0, "txResolution": 0},
     "driverInfo": {"version": "2.0.1", "firmwareVersion": "2.0", "busInfo": "phydev-0"}
+  },
+  {
+    "name": "hwnic9",
+    "pci": {"address": "0000:d8:00.0", "vendor": "Zanvex Networks",
+            "device": "ZX2520 25GbE SFP28 Dual Port Adapter"},
+    "driver": "zxnet", "adminUp": true, "cableConnected": true,
+    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:09", "mtu": 9000,
+    "linkInfo": {
+      "supportedPorts": [5, 4, 9],
+      "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 24}, {"speed": 25000, "duplex": 1, "media": 14}],
+      "supportsAutoNegotiation": true,
+      "advertisedLinkModes": [{"speed": 25000, "duplex": 1, "media": 14}],
+      "advertisedAutoNegotiation": true, "port": 9, "phyAddress": 0, "transceiver": 7,
+      "autoNegotiation": true, "supportsWakeOn": false, "supportedWakeOn": [],
+      "wakeOn": [], "supportsMessageLevel": true, "messageLevel": 4099, "virtualAddress": ""
+    },
+    "pause": {"supported": true, "autoNegotiation": false, "rxPause": true, "txPause": true,
+              "rxResolution": 0, "txResolution": 0},
+    "driverInfo": {"version": "2.20.1.3", "firmwareVersion": "22.31.1014",
+                   "busInfo": "0000:d8:00.0"}
+  },
+  {
+    "name": "hwnic10",
+    "pci": {"address": "0000:d8:00.1", "vendor": "Zanvex Networks",
+            "device": "ZX2520 25GbE SFP28 Dual Port Adapter"},
+    "driver": "zxnet", "adminUp": true, "cableConnected": true,
+    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:0a", "mtu": 9000,
+    "linkInfo": {
+      "supportedPorts": [5, 4, 9],
+      "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 24}, {"speed": 25000, "duplex": 1, "media": 14}],
+      "supportsAutoNegotiation": true,
+      "advertisedLinkModes": [{"speed": 25000, "duplex": 1, "media": 14}],
+      "advertisedAutoNegotiation": true, "port": 9, "phyAddress": 0, "transceiver": 7,
+      "autoNegotiation": true, "supportsWakeOn": false, "supportedWakeOn": [],
+      "wakeOn": [], "supportsMessageLevel": true, "messageLevel": 4099, "virtualAddress": ""
+    },
+    "pause": {"supported": true, "autoNegotiation": false, "rxPause": true, "txPause": true,
+              "rxResolution": 0, "txResolution": 0},
+    "driverInfo": {"version": "2.20.1.3", "firmwareVersion": "22.31.1014",
+                   "busInfo": "0000:d8:00.1"}
   }
 ])json";
 

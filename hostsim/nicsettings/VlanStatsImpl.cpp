@@ -83,17 +83,3 @@ void Portset::SetVlanStatsEnabled(const std::string& nic, bool enabled) {
 }
 
 }  // namespace HostCtl::Network
-
-namespace KelmCtl::Network {
-
-std::vector<std::unique_ptr<HostCtl::Network::Portset>> VirtualSwitchInfoImpl::GetAllSwitches() {
-    HostSim::PassOperation("VirtualSwitchInfoImpl::GetAllSwitches");
-    std::vector<std::unique_ptr<HostCtl::Network::Portset>> switches;
-    for (auto& record : HostSim::Vswitch::LoadSwitches(HostSim::Store(), std::nullopt)) {
-        switches.push_back(
-            std::make_unique<HostSim::Vswitch::VirtualSwitchImpl>(std::move(record)));
-    }
-    return switches;
-}
-
-}  // namespace KelmCtl::Network

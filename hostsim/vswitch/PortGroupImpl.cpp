@@ -71,6 +71,11 @@ std::string PortGroupImpl::GetPortsetName() const {
     return record_->switchName;
 }
 
+bool PortGroupImpl::IsValid() const {
+    PassOperation("ConnectionPoint::IsValid", record_->name);
+    return HostSim::Vswitch::LoadPortGroup(Store(), record_->name).has_value();
+}
+
 std::uint32_t PortGroupImpl::GetActiveClients() const {
     PassOperation("PortGroup::GetActiveClients", record_->name);
     return static_cast<std::uint32_t>(record_->users.size());

@@ -6,6 +6,7 @@
 #include "hostctl/NetworkInfo.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/dvs/DvsStore.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/vswitch/VswitchRules.h"
 #include "kelmctl/PortGroupImpl.h"
@@ -187,6 +188,9 @@ void VirtualSwitchImpl::AddUplink(const std::string& nicName, bool) {
     owner.Bind(1, nicName);
     if (owner.Step()) {
         throw HostCtlException("NIC " + nicName + " is already an uplink of " + owner.Text(0));
+    }
+    if (auto distributed = Dvs::SwitchOfUplink(database, nicName)) {
+        throw HostCtlException("NIC " + nicName + " is already an uplink of " + *distributed);
     }
     InsertUplink(database, record_.name, nicName);
     transaction.Commit();

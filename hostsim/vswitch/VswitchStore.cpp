@@ -3,6 +3,7 @@
 #include <map>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/dvs/DvsStore.h"
 
 namespace HostSim::Vswitch {
 
@@ -378,6 +379,9 @@ std::vector<std::string> UplinkNicNames(Database& database) {
     auto query = database.Query("SELECT nic FROM vswitch_uplink ORDER BY position");
     while (query.Step()) {
         names.push_back(query.Text(0));
+    }
+    for (std::string& name : Dvs::UplinkNicNames(database)) {
+        names.push_back(std::move(name));
     }
     return names;
 }

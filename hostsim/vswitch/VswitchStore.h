@@ -98,7 +98,7 @@ std::vector<KelmCtl::Network::PortGroupRecord> LoadPortGroupsOf(Database& databa
 std::optional<KelmCtl::Network::PortGroupRecord> LoadPortGroup(Database& database,
                                                                const std::string& name);
 
-// The names of all NICs that some switch uses as an uplink.
+// The names of all NICs that some switch, standard or distributed, uses as an uplink.
 std::vector<std::string> UplinkNicNames(Database& database);
 
 // Rows as the profile and the host operations write them.

@@ -7,6 +7,9 @@
 
 namespace HostCtl::Network {
 
+// hostctl/DVSwitch.h
+struct DVPortParam;
+
 // What an opaque network names its attachment by.
 struct OpaqueNetworkParam {
     std::string opaqueNetworkId;
@@ -15,18 +18,22 @@ struct OpaqueNetworkParam {
 };
 
 class ConnectionPoint : public virtual Lib::HostCtlObject {
-  public:
+public:
     // The name of the portset (switch) the connection point belongs to.
     virtual std::string GetPortsetName() const = 0;
+
+    // Ports of distributed switches.
+    // False for a connection point that can't be used: one the host doesn't have.
+    virtual bool IsValid() const = 0;
 
     // Kinds of connection point for Kelm interfaces.
     enum Kind { kNone = 0, kPortGroup = 1, kDVPort = 2, kOpaqueNetwork = 3 };
     // The kind, kNone unless a kind of connection point says otherwise.
     virtual int GetType() const;
-    // Whether an interface can be attached here; true unless a kind says otherwise.
-    virtual bool IsValid() const;
     // The port group's name for a port group, else empty.
     virtual std::string GetPortGroupName() const;
+    // The port's record for a DVPort, else an empty one.
+    virtual DVPortParam GetDVPortParam() const;
     // The opaque network's record; one shared record of empty strings unless a kind says
     // otherwise.
     virtual const OpaqueNetworkParam& GetOpaqueNetworkParam() const;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "hostctl/DVSwitch.h"
 #include "hostctl/KelmNic.h"
 #include "hostctl/NetstackInstance.h"
 #include "hostctl/Pnic.h"
@@ -20,6 +21,21 @@ public:
     virtual std::vector<std::unique_ptr<Pnic>> GetPnics(PnicGetType type) = 0;
     // Null when there is no such NIC.
     virtual std::unique_ptr<Pnic> GetPnicByName(const std::string& name, bool refresh) = 0;
+
+    // ENS contexts (lcores). A refusal of the host is a false, not an exception.
+    virtual std::uint32_t GetEnsMaxLcores() = 0;
+    virtual bool SetEnsMaxLcores(std::uint32_t count) = 0;
+    // In the order they are shown.
+    virtual std::vector<std::uint64_t> GetEnsLcores() = 0;
+    virtual bool CreateEnsLcore(std::uint64_t id) = 0;
+    virtual bool DestroyEnsLcore(std::uint64_t id) = 0;
+    // "null" when the context serves no switch; throws for an unknown context.
+    virtual std::string GetEnsLcoreSwitch(std::uint64_t id) = 0;
+    // The NUMA node, -1 for none; throws for an unknown context.
+    virtual std::int32_t GetEnsLcoreAffinity(std::uint64_t id) = 0;
+    // "null" takes the context off its switch.
+    virtual bool SetEnsLcoreSwitch(const std::string& switchName, std::uint64_t id) = 0;
+    virtual bool SetEnsLcoreAffinity(std::int32_t affinity, std::uint64_t id) = 0;
 
     // Kelm interfaces and netstack instances.
     virtual std::unique_ptr<KelmNicInfo> GetKelmNicInfo() = 0;
@@ -50,6 +66,13 @@ public:
                                                                PortsetGetType type);
     // Null when there is no port group of that name.
     static std::unique_ptr<PortGroup> GetPortGroupByName(const std::string& name);
+
+    // Distributed switches.
+    // For a name the host doesn't know, a switch that is no DVSwitchImpl and whose every
+    // operation throws HostCtlException saying so: never null.
+    static std::unique_ptr<DVSwitch> GetDVSwitchByName(const std::string& name);
+    // Null when the switch or the port doesn't exist.
+    static std::unique_ptr<DVPort> GetDVPort(const DVPortParam& param);
 };
 
 }  // namespace HostCtl::Network

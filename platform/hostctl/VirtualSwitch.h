@@ -13,6 +13,7 @@
 namespace HostCtl::Network {
 
 class PortGroup;
+class Port;
 
 // Which portsets a listing or look-up means: the ordinary ones, or the host's own.
 enum PortsetGetType {
@@ -39,6 +40,9 @@ class Portset : public virtual Lib::HostCtlObject {
     // portset.
     std::vector<PnicVlanStats*> GetVlanStats(const std::string& nic) const;
     void SetVlanStatsEnabled(const std::string& nic, bool enabled);
+    // Ports of every kind of switch.
+    // The ports of the portset, in the order of their ids.
+    virtual std::vector<std::unique_ptr<Port>> GetPorts() const;
 };
 
 class VirtualSwitch : public virtual Portset {

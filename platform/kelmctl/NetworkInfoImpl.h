@@ -27,6 +27,17 @@ public:
     std::vector<HostCtl::Network::SriovNicVFInfo> GetSriovNicVFInfo(const std::string& name);
     void GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats, const std::string& name,
                             int vfId);
+    // ENS contexts.
+    std::uint32_t GetEnsMaxLcores() override;
+    bool SetEnsMaxLcores(std::uint32_t count) override;
+    std::vector<std::uint64_t> GetEnsLcores() override;
+    bool CreateEnsLcore(std::uint64_t id) override;
+    bool DestroyEnsLcore(std::uint64_t id) override;
+    std::string GetEnsLcoreSwitch(std::uint64_t id) override;
+    std::int32_t GetEnsLcoreAffinity(std::uint64_t id) override;
+    bool SetEnsLcoreSwitch(const std::string& switchName, std::uint64_t id) override;
+    bool SetEnsLcoreAffinity(std::int32_t affinity, std::uint64_t id) override;
+
     // Kelm interfaces and netstack instances.
     std::unique_ptr<HostCtl::Network::KelmNicInfo> GetKelmNicInfo() override;
     std::vector<std::unique_ptr<HostCtl::Network::NetstackInstance>> ListNetstackInstances()

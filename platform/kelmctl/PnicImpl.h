@@ -6,6 +6,7 @@
 #include <string>
 
 #include "hostctl/Pnic.h"
+#include "hostctl/Port.h"
 
 namespace KelmCtl::Network {
 
@@ -69,6 +70,9 @@ public:
     void AddAttachment(const std::string& branch, std::uint16_t vlanId) override;
     void RemoveAttachment(const std::string& branch) override;
     std::vector<HostCtl::Network::PnicAttachment> GetAttachments() const override;
+    // Ports of switches.
+    // The NIC's port on the switch it serves as an uplink; throws when it serves none.
+    std::unique_ptr<HostCtl::Network::Port> GetPort() const;
 
 private:
     std::unique_ptr<Record> record_;

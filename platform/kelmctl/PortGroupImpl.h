@@ -18,6 +18,8 @@ class PortGroupImpl : public HostCtl::Network::PortGroup {
 
     std::string GetName() const override;
     std::string GetPortsetName() const override;
+    // Whether the port group still exists on the host.
+    bool IsValid() const override;
     std::uint32_t GetActiveClients() const override;
     std::uint16_t GetVlanId() const override;
     void SetVlanId(int vlanId) override;

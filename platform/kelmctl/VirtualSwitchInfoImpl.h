@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "hostctl/DVSwitch.h"
 #include "hostctl/NetworkPolicy.h"
 #include "hostctl/VirtualSwitch.h"
 
@@ -29,8 +30,19 @@ class VirtualSwitchInfoImpl {
     // Throws when there is no such switch, or one of its port groups is in use.
     void RemoveVirtualSwitch(const std::string& name);
 
-    // Every portset of the host, ordinary and system, in the order they were made.
+    // Distributed switches and every kind of switch.
+    // The distributed switches of the host's own make, in the order they were made.
+    std::vector<std::unique_ptr<HostCtl::Network::DVSwitch>> GetDVSwitches();
+    // The distributed switches that an outside controller manages, in the order they were made.
+    std::vector<std::unique_ptr<HostCtl::Network::DVSwitch>> GetOpaqueDVSwitches();
+    // Null when there is no distributed switch of that name.
+    std::unique_ptr<HostCtl::Network::DVSwitch> GetDVSwitchByName(const std::string& name);
+    // The ordinary standard switches, then the distributed ones, then the opaque ones.
     std::vector<std::unique_ptr<HostCtl::Network::Portset>> GetAllSwitches();
+    // The kind of the switch of that name; false for a name the host doesn't know.
+    bool IsLegacySwitch(const std::string& name);
+    bool IsDVSwitch(const std::string& name);
+    bool IsOpaqueSwitch(const std::string& name);
 };
 
 }  // namespace KelmCtl::Network

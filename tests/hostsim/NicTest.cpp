@@ -38,9 +38,9 @@ TEST_F(NicTest, ALookUpByNameGivesTheNicOrNull) {
     EXPECT_EQ(pnic->GetMtu(), 9000u);
     EXPECT_EQ(info.GetPnicByName("hwnic99", true), nullptr);
     EXPECT_EQ(info.GetPnicByName("", false), nullptr);
-    EXPECT_TRUE(PnicImpl::IsValidPnic("hwnic8"));
-    EXPECT_FALSE(PnicImpl::IsValidPnic("hwnic9"));
-    EXPECT_THROW(PnicImpl("hwnic9"), HostCtlException);
+    EXPECT_TRUE(PnicImpl::IsValidPnic("hwnic10"));
+    EXPECT_FALSE(PnicImpl::IsValidPnic("hwnic11"));
+    EXPECT_THROW(PnicImpl("hwnic11"), HostCtlException);
 }
 
 TEST_F(NicTest, ANicOnPciHasAPciDeviceAndAPseudoNicADescriptor) {

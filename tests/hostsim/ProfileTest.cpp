@@ -55,7 +55,7 @@ TEST_F(ProfileTest, AProfileFillsOutWhatItLeavesOut) {
 TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
     InitHost({"--scale=3"});
     auto names = AllNicNames();
-    ASSERT_EQ(names.size(), 27u);
+    ASSERT_EQ(names.size(), 33u);
     for (std::size_t i = 0; i < names.size(); ++i) {
         EXPECT_EQ(names[i], "hwnic" + std::to_string(i));
     }
@@ -67,12 +67,12 @@ TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
             addresses.insert(nic["pci"]["address"].get<std::string>());
         }
     }
-    EXPECT_EQ(macs.size(), 27u);
-    EXPECT_EQ(addresses.size(), 18u);
-    EXPECT_EQ(nics[20]["pci"]["address"], "0002:3b:00.0");
-    EXPECT_EQ(nics[20]["mac"], "00:50:56:a1:02:02");
-    EXPECT_EQ(nics[20]["driverInfo"]["busInfo"], "0002:3b:00.0");
-    EXPECT_EQ(nics[23]["dpuId"], nics[5]["dpuId"]);
+    EXPECT_EQ(macs.size(), 33u);
+    EXPECT_EQ(addresses.size(), 24u);
+    EXPECT_EQ(nics[24]["pci"]["address"], "0002:3b:00.0");
+    EXPECT_EQ(nics[24]["mac"], "00:50:56:a1:02:02");
+    EXPECT_EQ(nics[24]["driverInfo"]["busInfo"], "0002:3b:00.0");
+    EXPECT_EQ(nics[27]["dpuId"], nics[5]["dpuId"]);
 }
 
 TEST_F(ProfileTest, ScaledMacAddressesStayApartBeyond256Copies) {
@@ -96,7 +96,7 @@ TEST_F(ProfileTest, ScaleStridesSkipTheGapsOfAProfile) {
     // "usbnic" has no number to renumber, so its copy has the same name.
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("more than one NIC named usbnic"));
-    EXPECT_EQ(AllNicNames().size(), 9u);
+    EXPECT_EQ(AllNicNames().size(), 11u);
 
     InitHost({"--profile=" + file});
     InitHost({"--profile=" + WriteProfile({{"nics",
@@ -119,7 +119,7 @@ TEST_F(ProfileTest, ResetMakesTheHostAgainFromItsProfileAndScale) {
     InitHost({"--profile=default", "--scale=2"});
     KelmCtl::Network::PnicImpl("hwnic17").SetLinkState(false);
     ASSERT_EQ(Testing::RunHostsim({"reset"}, Directory()).status, 0);
-    EXPECT_EQ(AllNicNames().size(), 18u);
+    EXPECT_EQ(AllNicNames().size(), 22u);
     EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic17").GetAdminStatus());
 }
 

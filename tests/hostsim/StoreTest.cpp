@@ -24,8 +24,9 @@ namespace {
 using HostCtl::Lib::HostCtlException;
 using ::testing::HasSubstr;
 
-const std::vector<std::string> kDefaultNics{"hwnic0", "hwnic1", "hwnic2", "hwnic3", "hwnic4",
-                                            "hwnic5", "hwnic6", "hwnic7", "hwnic8"};
+const std::vector<std::string> kDefaultNics{"hwnic0", "hwnic1", "hwnic2", "hwnic3",
+                                            "hwnic4", "hwnic5", "hwnic6", "hwnic7",
+                                            "hwnic8", "hwnic9", "hwnic10"};
 
 // Runs SQL on a database file from outside the host, as another program would.
 void Sql(const std::string& path, const std::string& sql) {
@@ -238,8 +239,8 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     InitHost({"--scale=2"});
     Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     auto names = AllNicNames();
-    EXPECT_EQ(names.size(), 18u);
-    EXPECT_EQ(names.back(), "hwnic17");
+    EXPECT_EQ(names.size(), 22u);
+    EXPECT_EQ(names.back(), "hwnic21");
 
     InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:00:00:01")}}})});
     Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
@@ -260,7 +261,7 @@ TEST_F(StoreTest, AWriterKilledMidWayLeavesTheLastCommittedState) {
     });
     EXPECT_EQ(statuses[0], 128 + SIGKILL);
     Reconnect();
-    EXPECT_EQ(AllNicNames().size(), 9u);
+    EXPECT_EQ(AllNicNames().size(), 11u);
     KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
     EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic0").GetAdminStatus());
     EXPECT_FALSE(KelmCtl::Network::PnicImpl("hwnic1").GetAdminStatus());
@@ -269,7 +270,7 @@ TEST_F(StoreTest, AWriterKilledMidWayLeavesTheLastCommittedState) {
 TEST_F(StoreTest, ManyProcessesChangingLinkStateLoseNothing) {
     InitHost({"--scale=4"});
     auto names = AllNicNames();
-    ASSERT_EQ(names.size(), 36u);
+    ASSERT_EQ(names.size(), 44u);
     constexpr int kProcesses = 6;
     // Each process brings its own share of the NICs down and toggles hwnic0 on the way.
     auto statuses = RunInProcesses(kProcesses, [&](int process) {

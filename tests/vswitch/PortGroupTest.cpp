@@ -39,6 +39,8 @@ TEST_F(PortGroups, ListOfAHostWithoutPortGroupsIsEmpty) {
     for (auto& virtualSwitch : profile["vswitches"]) {
         virtualSwitch["portGroups"] = HostSim::Json::array();
     }
+    // Ports attach to port groups, so they go too.
+    profile["ports"]["ports"] = HostSim::Json::array();
     profile["kelmnics"] = HostSim::Json::array();
     ImportHost(profile);
     EXPECT_EQ(Listed(), Words{});

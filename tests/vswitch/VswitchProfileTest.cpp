@@ -47,10 +47,10 @@ TEST_F(VswitchProfile, ScalingCopiesSwitchesUplinksAndPortGroups) {
     }
     EXPECT_EQ(names, (Words{"lanswitch0", "storageswitch1", "lanswitch1", "storageswitch3"}));
     auto copy = SwitchRow("lanswitch1");
-    EXPECT_EQ(Strings(copy, "Uplinks"), (Words{"hwnic9", "hwnic10"}));
+    EXPECT_EQ(Strings(copy, "Uplinks"), (Words{"hwnic11", "hwnic12"}));
     EXPECT_EQ(Strings(copy, "Portgroups"), (Words{"Management Network 1", "VM Network 1"}));
     EXPECT_EQ(Strings(PortGroupFailover("Management Network 1"), "Active Adapters"),
-              Words{"hwnic9"});
+              Words{"hwnic11"});
     EXPECT_EQ(Rows(RunList({"vswitch", "standard", "portgroup", "list", "-t", "system"})).size(),
               2u);
 }

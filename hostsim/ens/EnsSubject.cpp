@@ -1,0 +1,111 @@
+// The ENS subject: the ens table (one row: the maximum of contexts and the host's NUMA nodes)
+// and the ens_lcore table, and the "ens" section of a profile.
+#include <set>
+
+#include "hostctl/HostCtlException.h"
+#include "hostsim/core/Subject.h"
+#include "hostsim/ens/EnsStore.h"
+
+namespace HostSim {
+
+namespace {
+
+using HostCtl::Lib::HostCtlException;
+
+constexpr const char* kSchemaSteps[] = {
+    "CREATE TABLE ens (max_lcores INTEGER NOT NULL, numa_nodes INTEGER NOT NULL);"
+    "CREATE TABLE ens_lcore ("
+    " position INTEGER PRIMARY KEY,"
+    " id INTEGER NOT NULL UNIQUE, switch TEXT, affinity INTEGER NOT NULL);",
+};
+
+constexpr const char* kTables[] = {"ens_lcore", "ens"};
+
+// Contexts 0 and 1 serve distswitch0, one on each NUMA node; context 2 serves lanswitch0;
+// context 3 is idle.
+constexpr const char* kDefaultSection = R"json({
+  "maxLcores": 8, "numaNodes": 2,
+  "lcores": [
+    {"id": 0, "switch": "distswitch0", "affinity": 0},
+    {"id": 1, "switch": "distswitch0", "affinity": 1},
+    {"id": 2, "switch": "lanswitch0", "affinity": 0},
+    {"id": 3, "switch": "null", "affinity": -1}
+  ]
+})json";
+
+void ImportEns(Database& database, const Json& section, const Scale& scale) {
+    Ens::Settings settings;
+    const std::uint64_t maxLcores = section.value("maxLcores", 0u);
+    settings.numaNodes = section.value("numaNodes", 2);
+    if (settings.numaNodes < 1 || settings.numaNodes > 64) {
+        throw HostCtlException("The host's NUMA nodes " + std::to_string(settings.numaNodes) +
+                               " are out of range (1-64)");
+    }
+    std::vector<Ens::Lcore> lcores;
+    std::uint64_t stride = 1;
+    for (const Json& json : section.value("lcores", Json::array())) {
+        Ens::Lcore lcore;
+        lcore.id = json.at("id").get<std::uint64_t>();
+        lcore.switchName = json.value("switch", Ens::kNoSwitch);
+        lcore.affinity = json.value("affinity", -1);
+        if (lcore.affinity < -1 || lcore.affinity >= settings.numaNodes) {
+            throw HostCtlException("ENS context " + std::to_string(lcore.id) + " has affinity " +
+                                   std::to_string(lcore.affinity) + ", but the host has " +
+                                   std::to_string(settings.numaNodes) + " NUMA nodes");
+        }
+        stride = std::max(stride, lcore.id + 1);
+        lcores.push_back(std::move(lcore));
+    }
+    const std::uint64_t scaledMax = maxLcores * scale.Copies();
+    if (scaledMax > Ens::kMaximumLcores) {
+        throw HostCtlException("The host allows at most " + std::to_string(Ens::kMaximumLcores) +
+                               " ENS contexts, not " + std::to_string(scaledMax));
+    }
+    settings.maxLcores = static_cast<std::uint32_t>(scaledMax);
+    if (lcores.size() * scale.Copies() > settings.maxLcores) {
+        throw HostCtlException("The profile has more ENS contexts than its maximum of " +
+                               std::to_string(settings.maxLcores));
+    }
+    database.Query("INSERT INTO ens (max_lcores, numa_nodes) VALUES (?1, ?2)")
+        .Bind(1, static_cast<std::int64_t>(settings.maxLcores))
+        .Bind(2, static_cast<std::int64_t>(settings.numaNodes))
+        .Run();
+    std::set<std::uint64_t> ids;
+    for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        for (Ens::Lcore lcore : lcores) {
+            lcore.id += copy * stride;
+            if (lcore.id > Ens::kMaximumLcoreId || !ids.insert(lcore.id).second) {
+                throw HostCtlException("ENS context id " + std::to_string(lcore.id) +
+                                       " is repeated or out of range (0-" +
+                                       std::to_string(Ens::kMaximumLcoreId) + ")");
+            }
+            if (lcore.switchName != Ens::kNoSwitch) {
+                lcore.switchName = scale.Name(lcore.switchName, copy);
+                if (!Ens::IsSwitch(database, lcore.switchName)) {
+                    throw HostCtlException("ENS context " + std::to_string(lcore.id) + " serves " +
+                                           lcore.switchName + ", which is no switch of this host");
+                }
+            }
+            Ens::InsertLcore(database, lcore);
+        }
+    }
+}
+
+Json ExportEns(Database& database) {
+    const Ens::Settings settings = Ens::LoadSettings(database);
+    Json lcores = Json::array();
+    for (const Ens::Lcore& lcore : Ens::LoadLcores(database)) {
+        lcores.push_back(
+            {{"id", lcore.id}, {"switch", lcore.switchName}, {"affinity", lcore.affinity}});
+    }
+    return {{"maxLcores", settings.maxLcores},
+            {"numaNodes", settings.numaNodes},
+            {"lcores", std::move(lcores)}};
+}
+
+}  // namespace
+
+extern const Subject ensSubject;
+const Subject ensSubject{"ens", kSchemaSteps, kTables, kDefaultSection, ImportEns, ExportEns};
+
+}  // namespace HostSim

@@ -1,0 +1,167 @@
+#include "hostsim/ports/PortStore.h"
+
+namespace HostSim::Ports {
+
+using HostCtl::Network::FilterStats;
+using HostCtl::Network::PacketStats;
+using HostCtl::Network::PortByteStats;
+using KelmCtl::Network::PortRecord;
+
+namespace {
+
+#define PORT_COLUMNS \
+    "id, switch, type, world, portgroup, dvport, macs, ip, team_uplink, stats, filters"
+
+PortRecord ReadPort(const Statement& row) {
+    PortRecord record;
+    record.id = static_cast<std::uint32_t>(row.Int(0));
+    record.switchName = row.Text(1);
+    record.type = static_cast<int>(row.Int(2));
+    record.world = static_cast<std::uint32_t>(row.Int(3));
+    record.portGroup = row.Text(4);
+    record.dvport = row.Text(5);
+    record.macs = SplitMacs(row.Text(6));
+    record.ip = row.Text(7);
+    record.teamUplink = row.Text(8);
+    record.stats = row.Text(9);
+    record.filters = row.Text(10);
+    return record;
+}
+
+}  // namespace
+
+std::vector<std::string> SplitMacs(const std::string& text) {
+    std::vector<std::string> macs;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        std::size_t end = text.find(',', start);
+        if (end == std::string::npos) {
+            end = text.size();
+        }
+        macs.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return macs;
+}
+
+std::string JoinMacs(const std::vector<std::string>& macs) {
+    std::string text;
+    for (const std::string& mac : macs) {
+        text += (text.empty() ? "" : ",") + mac;
+    }
+    return text;
+}
+
+std::vector<PortRecord> LoadPortsOf(Database& database, const std::string& switchName) {
+    auto query = database.Query("SELECT " PORT_COLUMNS " FROM port WHERE switch = ?1 ORDER BY id");
+    query.Bind(1, switchName);
+    std::vector<PortRecord> records;
+    while (query.Step()) {
+        records.push_back(ReadPort(query));
+    }
+    return records;
+}
+
+std::optional<PortRecord> LoadUplinkPort(Database& database, const std::string& nicName) {
+    auto query =
+        database.Query("SELECT " PORT_COLUMNS " FROM port WHERE type = 4 AND team_uplink = ?1");
+    query.Bind(1, nicName);
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    return ReadPort(query);
+}
+
+std::optional<std::string> LoadWorldName(Database& database, std::uint32_t worldId) {
+    auto query = database.Query("SELECT name FROM port_world WHERE id = ?1");
+    query.Bind(1, static_cast<std::int64_t>(worldId));
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    return query.Text(0);
+}
+
+std::vector<std::uint32_t> LoadWorldIds(Database& database) {
+    auto query = database.Query("SELECT id FROM port_world ORDER BY id");
+    std::vector<std::uint32_t> ids;
+    while (query.Step()) {
+        ids.push_back(static_cast<std::uint32_t>(query.Int(0)));
+    }
+    return ids;
+}
+
+Json PacketStatsToJson(const PacketStats& stats) {
+    return {{"txPackets", stats.txPackets},     {"txMulticast", stats.txMulticast},
+            {"txBroadcast", stats.txBroadcast}, {"rxPackets", stats.rxPackets},
+            {"rxMulticast", stats.rxMulticast}, {"rxBroadcast", stats.rxBroadcast},
+            {"txDropped", stats.txDropped},     {"rxDropped", stats.rxDropped}};
+}
+
+PacketStats PacketStatsFromJson(const Json& json) {
+    PacketStats stats;
+    stats.txPackets = json.value("txPackets", std::uint64_t{0});
+    stats.txMulticast = json.value("txMulticast", std::uint64_t{0});
+    stats.txBroadcast = json.value("txBroadcast", std::uint64_t{0});
+    stats.rxPackets = json.value("rxPackets", std::uint64_t{0});
+    stats.rxMulticast = json.value("rxMulticast", std::uint64_t{0});
+    stats.rxBroadcast = json.value("rxBroadcast", std::uint64_t{0});
+    stats.txDropped = json.value("txDropped", std::uint64_t{0});
+    stats.rxDropped = json.value("rxDropped", std::uint64_t{0});
+    return stats;
+}
+
+Json ByteStatsToJson(const PortByteStats& stats) {
+    return {{"packetsSent", stats.packetsSent},
+            {"bytesSent", stats.bytesSent},
+            {"packetsReceived", stats.packetsReceived},
+            {"bytesReceived", stats.bytesReceived}};
+}
+
+PortByteStats ByteStatsFromJson(const Json& json) {
+    PortByteStats stats;
+    stats.packetsSent = json.value("packetsSent", std::uint64_t{0});
+    stats.bytesSent = json.value("bytesSent", std::uint64_t{0});
+    stats.packetsReceived = json.value("packetsReceived", std::uint64_t{0});
+    stats.bytesReceived = json.value("bytesReceived", std::uint64_t{0});
+    return stats;
+}
+
+Json FilterToJson(const FilterStats& filter) {
+    Json json = {{"name", filter.filterName},
+                 {"orderKey", filter.orderKey},
+                 {"active", filter.isActive},
+                 {"transmit", filter.isTransmit},
+                 {"packetsIn", filter.packetsIn},
+                 {"packetsOut", filter.packetsOut},
+                 {"packetsDropped", filter.packetsDropped}};
+    if (filter.hasDetail) {
+        json["detail"] = {{"packetsFiltered", filter.packetsFiltered},
+                          {"packetsFaulted", filter.packetsFaulted},
+                          {"packetsQueued", filter.packetsQueued},
+                          {"packetsInjected", filter.packetsInjected},
+                          {"packetErrors", filter.packetErrors}};
+    }
+    return json;
+}
+
+FilterStats FilterFromJson(const Json& json) {
+    FilterStats filter;
+    filter.filterName = json.at("name").get<std::string>();
+    filter.orderKey = json.value("orderKey", "");
+    filter.isActive = json.value("active", true);
+    filter.isTransmit = json.value("transmit", false);
+    filter.packetsIn = json.value("packetsIn", std::uint64_t{0});
+    filter.packetsOut = json.value("packetsOut", std::uint64_t{0});
+    filter.packetsDropped = json.value("packetsDropped", std::uint64_t{0});
+    if (auto detail = json.find("detail"); detail != json.end()) {
+        filter.hasDetail = true;
+        filter.packetsFiltered = detail->value("packetsFiltered", std::uint64_t{0});
+        filter.packetsFaulted = detail->value("packetsFaulted", std::uint64_t{0});
+        filter.packetsQueued = detail->value("packetsQueued", std::uint64_t{0});
+        filter.packetsInjected = detail->value("packetsInjected", std::uint64_t{0});
+        filter.packetErrors = detail->value("packetErrors", std::uint64_t{0});
+    }
+    return filter;
+}
+
+}  // namespace HostSim::Ports
