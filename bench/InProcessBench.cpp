@@ -5,6 +5,8 @@
 #include <stdexcept>
 
 #include "frame/Registration.h"
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -21,7 +23,7 @@ BENCHMARK(RegisterTree)->Unit(benchmark::kMicrosecond);
 
 // A state directory made by `hostsim init` with the given scale (0: the default host as it is).
 class ScaledHost {
-  public:
+public:
     explicit ScaledHost(long scale) {
         std::vector<std::string> arguments{"init"};
         if (scale > 0) {
@@ -34,7 +36,7 @@ class ScaledHost {
         HostSim::UseStateDirectory(directory_.Path());
     }
 
-  private:
+private:
     Testing::TemporaryDirectory directory_;
 };
 
@@ -52,6 +54,66 @@ void NicList(benchmark::State& state) {
     state.SetComplexityN(rows);
 }
 BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(112)->Unit(benchmark::kMicrosecond)->Complexity();
+
+// Ports and VMs: the default host with lanswitch0 grown to 4096 ports, 4082 more of them VM ports
+// on "VM Network", four to a world; the commands look up the last world and the last port, so
+// each walks every port of every switch.
+class PortHost {
+public:
+    static constexpr long kPorts = 4096;
+
+    PortHost() : host_(0) {
+        HostSim::Json profile = HostSim::ExportHost(HostSim::Store());
+        profile["vswitches"][0]["ports"] = kPorts;
+        auto& ports = profile["ports"]["ports"];
+        auto& worlds = profile["ports"]["worlds"];
+        const HostSim::Json vmPort = ports[3];
+        for (long id = 10000; static_cast<long>(ports.size()) < kPorts; ++id) {
+            const long world = 2000000 + id / 4;
+            if (id % 4 == 0) {
+                worlds.push_back({{"id", world}, {"name", "zvx0:vm-load" + std::to_string(id)}});
+            }
+            HostSim::Json port = vmPort;
+            port["id"] = id;
+            port["world"] = world;
+            ports.push_back(std::move(port));
+            lastPort_ = id;
+            lastWorld_ = world;
+        }
+        HostSim::ImportProfile(profile.dump());
+    }
+
+    std::string LastPort() const { return std::to_string(lastPort_); }
+    std::string LastWorld() const { return std::to_string(lastWorld_); }
+
+private:
+    ScaledHost host_;
+    long lastPort_ = 0;
+    long lastWorld_ = 0;
+};
+
+void RunPortCommand(benchmark::State& state, const std::vector<std::string>& line) {
+    long rows = 0;
+    for (auto _ : state) {
+        auto result = Testing::PluginHost().Run(line);
+        auto list =
+            std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(result.output->GetRootObject());
+        rows = list ? static_cast<long>(list->GetCount()) : -1;
+    }
+    state.counters["rows"] = static_cast<double>(rows);
+}
+
+void VmPortList(benchmark::State& state) {
+    PortHost host;
+    RunPortCommand(state, {"network", "vm", "port", "list", "-w", host.LastWorld()});
+}
+BENCHMARK(VmPortList)->Unit(benchmark::kMillisecond);
+
+void PortStatsGet(benchmark::State& state) {
+    PortHost host;
+    RunPortCommand(state, {"network", "port", "stats", "get", "-p", host.LastPort()});
+}
+BENCHMARK(PortStatsGet)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
