@@ -2,11 +2,13 @@
 // hosts scaled up, through the same parse, check and execute path as autocli.
 #include <benchmark/benchmark.h>
 
+#include <fstream>
 #include <stdexcept>
 
-#include <fstream>
 #include "frame/Registration.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -138,6 +140,55 @@ BENCHMARK(RouteIpv4List)
     ->Arg(10000)
     ->Unit(benchmark::kMillisecond)
     ->Complexity();
+
+// Ports and VMs: the default host with lanswitch0 grown to 4096 ports, 4082 more of them VM ports
+// on "VM Network", four to a world; the commands look up the last world and the last port, so
+// each walks every port of every switch.
+class PortHost {
+public:
+    static constexpr long kPorts = 4096;
+
+    PortHost() : host_(0) {
+        HostSim::Json profile = HostSim::ExportHost(HostSim::Store());
+        profile["vswitches"][0]["ports"] = kPorts;
+        auto& ports = profile["ports"]["ports"];
+        auto& worlds = profile["ports"]["worlds"];
+        const HostSim::Json vmPort = ports[3];
+        for (long id = 10000; static_cast<long>(ports.size()) < kPorts; ++id) {
+            const long world = 2000000 + id / 4;
+            if (id % 4 == 0) {
+                worlds.push_back({{"id", world}, {"name", "zvx0:vm-load" + std::to_string(id)}});
+            }
+            HostSim::Json port = vmPort;
+            port["id"] = id;
+            port["world"] = world;
+            ports.push_back(std::move(port));
+            lastPort_ = id;
+            lastWorld_ = world;
+        }
+        HostSim::ImportProfile(profile.dump());
+    }
+
+    std::string LastPort() const { return std::to_string(lastPort_); }
+    std::string LastWorld() const { return std::to_string(lastWorld_); }
+
+private:
+    ScaledHost host_;
+    long lastPort_ = 0;
+    long lastWorld_ = 0;
+};
+
+void VmPortList(benchmark::State& state) {
+    PortHost host;
+    MeasureRows(state, {"network", "vm", "port", "list", "-w", host.LastWorld()});
+}
+BENCHMARK(VmPortList)->Unit(benchmark::kMillisecond);
+
+void PortStatsGet(benchmark::State& state) {
+    PortHost host;
+    MeasureRows(state, {"network", "port", "stats", "get", "-p", host.LastPort()});
+}
+BENCHMARK(PortStatsGet)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

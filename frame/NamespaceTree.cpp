@@ -13,6 +13,9 @@
 #include "nic/NicCommands.h"
 #include "nic/NicSettingsCommands.h"
 #include "nic/NicDeviceCommands.h"
+#include "vswitch/DvsCommands.h"
+#include "vswitch/EnsCommands.h"
+#include "vswitch/PortCommands.h"
 #include "vswitch/VswitchCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -428,11 +431,16 @@ constexpr EntryRow kEntries[] = {
     {"network vswitch standard portgroup policy security", "get", &Make<VirtualSwitchPortGroupPolicySecurityGet>},
     {"network vswitch standard portgroup policy security", "set", &Make<VirtualSwitchPortGroupPolicySecuritySet>},
     {"network vswitch dvs", "zanvex"},
+    {"network vswitch dvs zanvex", "list", &Make<VirtualSwitchDVSZanvexList>},
     {"network vswitch dvs zanvex", "lacp"},
     {"network vswitch dvs zanvex lacp", "config"},
     {"network vswitch dvs zanvex lacp", "status"},
     {"network vswitch dvs zanvex lacp", "stats"},
     {"network vswitch dvs zanvex lacp", "timeout"},
+    {"network vswitch dvs zanvex lacp config", "get", &Make<LacpGetConfig>},
+    {"network vswitch dvs zanvex lacp status", "get", &Make<LacpGetStatus>},
+    {"network vswitch dvs zanvex lacp stats", "get", &Make<LacpGetStats>},
+    {"network vswitch dvs zanvex lacp timeout", "set", &Make<LacpSetTimeout>},
     {"network firewall", "get", &Make<FirewallGet>},
     {"network firewall", "set", &Make<FirewallSet>},
     {"network firewall", "load", &Make<FirewallLoad>},
@@ -453,12 +461,26 @@ constexpr EntryRow kEntries[] = {
     {"network firewall ruleset allowedip", "remove", &Make<FirewallRulesetAllowedipRemove>},
     {"network port", "stats"},
     {"network port", "filter"},
+    {"network port stats", "get", &Make<PortStatsGet>},
     {"network port filter", "stats"},
+    {"network port filter stats", "get", &Make<PortFilterStatsGet>},
+    {"network vm", "list", &Make<VMList>},
     {"network vm", "port"},
+    {"network vm port", "list", &Make<VMPortList>},
     {"network ens", "maxLcores"},
     {"network ens", "lcore"},
+    {"network ens maxLcores", "get", &Make<EnsMaxlcoresGet>},
+    {"network ens maxLcores", "set", &Make<EnsMaxlcoresSet>},
+    {"network ens lcore", "add", &Make<EnsLcoreAdd>},
+    {"network ens lcore", "remove", &Make<EnsLcoreRemove>},
+    {"network ens lcore", "list", &Make<EnsLcoreList>},
     {"network ens lcore", "switch"},
     {"network ens lcore", "affinity"},
+    {"network ens lcore switch", "get", &Make<EnsLcoreSwitchGet>},
+    {"network ens lcore switch", "add", &Make<EnsLcoreSwitchAdd>},
+    {"network ens lcore switch", "remove", &Make<EnsLcoreSwitchRemove>},
+    {"network ens lcore affinity", "get", &Make<EnsLcoreAffinityGet>},
+    {"network ens lcore affinity", "set", &Make<EnsLcoreAffinitySet>},
 };
 // clang-format on
 

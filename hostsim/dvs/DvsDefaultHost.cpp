@@ -25,7 +25,7 @@ const char* const kDefaultSection = R"json([
       {"id": "5", "portgroup": "distpg-web", "name": "", "inUse": true,
        "clients": ["vm-web02.eth0"], "lacp": {"enabled": false, "mode": 1}},
       {"id": "6", "portgroup": "distpg-web", "name": "", "inUse": true,
-       "clients": ["vm-db01.eth1"], "lacp": {"enabled": false, "mode": 1}},
+       "clients": ["vm-db01.eth2"], "lacp": {"enabled": false, "mode": 1}},
       {"id": "7", "portgroup": "distpg-web", "name": "", "inUse": false,
        "clients": [], "lacp": {"enabled": false, "mode": 1}},
       {"id": "8", "portgroup": "distpg-infra", "name": "", "inUse": false,

@@ -47,16 +47,19 @@ std::uint32_t PortImpl::GetWorldLeader() const {
 
 HostCtl::Network::PortByteStats PortImpl::GetPortStats() const {
     PassOperation("PortImpl::GetPortStats", IdText(record_->id));
+    HostSim::Ports::LoadPortDetail(HostSim::Store(), *record_);
     return HostSim::Ports::ByteStatsFromJson(HostSim::Json::parse(record_->stats).at("bytes"));
 }
 
 void PortImpl::GetPacketStats(HostCtl::Network::PacketStats& stats) const {
     PassOperation("PortImpl::GetPacketStats", IdText(record_->id));
+    HostSim::Ports::LoadPortDetail(HostSim::Store(), *record_);
     stats = HostSim::Ports::PacketStatsFromJson(HostSim::Json::parse(record_->stats).at("packets"));
 }
 
 std::vector<std::unique_ptr<HostCtl::Network::FilterStats>> PortImpl::GetFilterStats() const {
     PassOperation("PortImpl::GetFilterStats", IdText(record_->id));
+    HostSim::Ports::LoadPortDetail(HostSim::Store(), *record_);
     std::vector<std::unique_ptr<HostCtl::Network::FilterStats>> filters;
     for (const HostSim::Json& filter : HostSim::Json::parse(record_->filters)) {
         filters.push_back(std::make_unique<HostCtl::Network::FilterStats>(

@@ -1,5 +1,7 @@
 #include "hostsim/ports/PortStore.h"
 
+#include "hostctl/HostCtlException.h"
+
 namespace HostSim::Ports {
 
 using HostCtl::Network::FilterStats;
@@ -9,8 +11,7 @@ using KelmCtl::Network::PortRecord;
 
 namespace {
 
-#define PORT_COLUMNS \
-    "id, switch, type, world, portgroup, dvport, macs, ip, team_uplink, stats, filters"
+#define PORT_COLUMNS "id, switch, type, world, portgroup, dvport, macs, ip, team_uplink"
 
 PortRecord ReadPort(const Statement& row) {
     PortRecord record;
@@ -23,8 +24,6 @@ PortRecord ReadPort(const Statement& row) {
     record.macs = SplitMacs(row.Text(6));
     record.ip = row.Text(7);
     record.teamUplink = row.Text(8);
-    record.stats = row.Text(9);
-    record.filters = row.Text(10);
     return record;
 }
 
@@ -70,6 +69,20 @@ std::optional<PortRecord> LoadUplinkPort(Database& database, const std::string& 
         return std::nullopt;
     }
     return ReadPort(query);
+}
+
+void LoadPortDetail(Database& database, PortRecord& record) {
+    if (record.detailLoaded) {
+        return;
+    }
+    auto query = database.Query("SELECT stats, filters FROM port WHERE id = ?1");
+    query.Bind(1, static_cast<std::int64_t>(record.id));
+    if (!query.Step()) {
+        throw HostCtl::Lib::HostCtlException("There is no port " + std::to_string(record.id));
+    }
+    record.stats = query.Text(0);
+    record.filters = query.Text(1);
+    record.detailLoaded = true;
 }
 
 std::optional<std::string> LoadWorldName(Database& database, std::uint32_t worldId) {

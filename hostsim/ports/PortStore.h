@@ -25,7 +25,8 @@ struct PortRecord {
     std::vector<std::string> macs;
     std::string ip;
     std::string teamUplink;
-    // {"packets": {...}, "bytes": {...}} and [filter, ...], as stored.
+    // {"packets": {...}, "bytes": {...}} and [filter, ...], as stored; read on first use.
+    bool detailLoaded = false;
     std::string stats;
     std::string filters;
 };
@@ -37,6 +38,8 @@ namespace HostSim::Ports {
 // The ports of a switch, in the order of their ids.
 std::vector<KelmCtl::Network::PortRecord> LoadPortsOf(Database& database,
                                                       const std::string& switchName);
+// Reads the counters and filters of a port whose record was read without them.
+void LoadPortDetail(Database& database, KelmCtl::Network::PortRecord& record);
 // The uplink port of a NIC.
 std::optional<KelmCtl::Network::PortRecord> LoadUplinkPort(Database& database,
                                                            const std::string& nicName);

@@ -1,0 +1,228 @@
+// `network ens`: the maximum of ENS contexts, the contexts, and each context's switch and NUMA
+// affinity. Each command makes one host call (`lcore list` a few) and shows what the host
+// answers; a refusal of the host is a false root, with no message.
+#include "hostctl/HostCtlException.h"
+#include "hostctl/NetworkInfo.h"
+#include "vswitch/EnsCommands.h"
+
+namespace ZanvexCli::NetworkNamespace {
+namespace {
+
+using Declare::Field;
+using Declare::FieldType;
+using HostCtl::Network::NetworkFactory;
+using HostCtl::Network::NetworkInfo;
+
+constexpr char kMaxLcoresParameter[] = "maxlcores";
+constexpr char kLcoreIdParameter[] = "lcore-id";
+constexpr char kSwitchParameter[] = "switch";
+constexpr char kAffinityParameter[] = "affinity";
+
+constexpr char kNoSwitch[] = "null";
+constexpr char kContextId[] = "ENS context id.";
+
+constexpr char kLcoreIdField[] = "Lcore ID";
+constexpr char kSwitchField[] = "Switch";
+constexpr char kAffinityField[] = "Affinity";
+
+constexpr Field kEnsFields[] = {
+    {kLcoreIdField, FieldType::Int},
+    {kSwitchField, FieldType::String},
+    {kAffinityField, FieldType::Int},
+};
+constexpr Declare::StructShape kEns = {"Ens", kEnsFields};
+
+constexpr Declare::OutputParameter kListOutputParameters[] = {
+    {"fields:Ens", "Lcore ID,Switch,Affinity"},
+};
+
+constexpr Declare::Parameter kMaxLcoresParameters[] = {
+    {kMaxLcoresParameter, "n", Declare::Type::Int, true,
+     "Number of maximum ENS contexts to be assigned."},
+};
+constexpr Declare::Parameter kAddParameters[] = {
+    {kLcoreIdParameter, "l", Declare::Type::Int, true, "ENS context id to be created."},
+};
+constexpr Declare::Parameter kRemoveParameters[] = {
+    {kLcoreIdParameter, "l", Declare::Type::Int, true, "ENS context id to be destroyed."},
+};
+constexpr Declare::Parameter kLcoreParameters[] = {
+    {kLcoreIdParameter, "l", Declare::Type::Int, true, kContextId},
+};
+constexpr Declare::Parameter kSwitchAddParameters[] = {
+    {kLcoreIdParameter, "l", Declare::Type::Int, true, kContextId},
+    {kSwitchParameter, "s", Declare::Type::String, true, "Switch name."},
+};
+constexpr Declare::Parameter kAffinitySetParameters[] = {
+    {kLcoreIdParameter, "l", Declare::Type::Int, true, kContextId},
+    {kAffinityParameter, "a", Declare::Type::Int, true, "Numa node affinity."},
+};
+
+std::uint64_t LcoreId(const Input& input) {
+    return static_cast<std::uint64_t>(input.GetParameterInt(std::string(kLcoreIdParameter)));
+}
+
+// Runs `call` on the host's network root; a HostCtlException becomes the one error message.
+template <class Call>
+void WithNetworkInfo(Output& output, Call call) {
+    try {
+        std::unique_ptr<NetworkInfo> info = NetworkFactory::GetNetworkInfo();
+        call(*info);
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        output.AddErrorMessage(e.what());
+    }
+}
+
+}  // namespace
+
+const Declare::CommandShape EnsMaxlcoresGet::kShape = {
+    .description = "Get the maximum number of ENS contexts (lcores).",
+    .formatter = "simple",
+    .root = Declare::Root::Int,
+};
+
+void EnsMaxlcoresGet::ExecuteInternal(const std::shared_ptr<Input>&,
+                                      const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaInt::New(static_cast<long>(info.GetEnsMaxLcores())));
+    });
+}
+
+const Declare::CommandShape EnsMaxlcoresSet::kShape = {
+    .description = "Set the maximum number of ENS contexts.",
+    .parameters = kMaxLcoresParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsMaxlcoresSet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                      const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        const auto count =
+            static_cast<std::uint32_t>(input->GetParameterInt(std::string(kMaxLcoresParameter)));
+        output->SetRootObject(MetaBool::New(info.SetEnsMaxLcores(count)));
+    });
+}
+
+const Declare::CommandShape EnsLcoreAdd::kShape = {
+    .description = "Create ENS context.",
+    .parameters = kAddParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsLcoreAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                  const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaBool::New(info.CreateEnsLcore(LcoreId(*input))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreRemove::kShape = {
+    .description = "Destroy ENS context.",
+    .parameters = kRemoveParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsLcoreRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                     const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaBool::New(info.DestroyEnsLcore(LcoreId(*input))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreList::kShape = {
+    .description = "List ENS contexts.",
+    .formatter = "table",
+    .outputParameters = kListOutputParameters,
+    .root = Declare::Root::List,
+    .structure = &kEns,
+};
+
+void EnsLcoreList::ExecuteInternal(const std::shared_ptr<Input>&,
+                                   const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
+        const std::vector<std::uint64_t> ids = info.GetEnsLcores();
+        list->Reserve(ids.size());
+        for (const std::uint64_t id : ids) {
+            auto row = GetOutputStructure();
+            row->SetField(kLcoreIdField, static_cast<long>(id));
+            row->SetField(kSwitchField, info.GetEnsLcoreSwitch(id));
+            row->SetField(kAffinityField, static_cast<long>(info.GetEnsLcoreAffinity(id)));
+            list->Add(row);
+        }
+        output->SetRootObject(list);
+    });
+}
+
+const Declare::CommandShape EnsLcoreSwitchGet::kShape = {
+    .description = "Get the switch associated with given ENS context.",
+    .formatter = "simple",
+    .parameters = kLcoreParameters,
+    .root = Declare::Root::String,
+};
+
+void EnsLcoreSwitchGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaString::New(info.GetEnsLcoreSwitch(LcoreId(*input))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreSwitchAdd::kShape = {
+    .description = "Associate given ENS context with given switch.",
+    .parameters = kSwitchAddParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsLcoreSwitchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                        const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaBool::New(info.SetEnsLcoreSwitch(
+            input->GetParameter(std::string(kSwitchParameter)), LcoreId(*input))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreSwitchRemove::kShape = {
+    .description = "Disassociate given ENS context from virtual switch.",
+    .parameters = kLcoreParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsLcoreSwitchRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                           const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(MetaBool::New(info.SetEnsLcoreSwitch(kNoSwitch, LcoreId(*input))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreAffinityGet::kShape = {
+    .description = "Get the affinity for given ENS context.",
+    .formatter = "simple",
+    .parameters = kLcoreParameters,
+    .root = Declare::Root::Int,
+};
+
+void EnsLcoreAffinityGet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                          const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        output->SetRootObject(
+            MetaInt::New(static_cast<long>(info.GetEnsLcoreAffinity(LcoreId(*input)))));
+    });
+}
+
+const Declare::CommandShape EnsLcoreAffinitySet::kShape = {
+    .description = "Set affinity for given ENS context.",
+    .parameters = kAffinitySetParameters,
+    .root = Declare::Root::Bool,
+};
+
+void EnsLcoreAffinitySet::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                          const std::shared_ptr<Output>& output) {
+    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+        const auto affinity =
+            static_cast<std::int32_t>(input->GetParameterInt(std::string(kAffinityParameter)));
+        output->SetRootObject(MetaBool::New(info.SetEnsLcoreAffinity(affinity, LcoreId(*input))));
+    });
+}
+
+}  // namespace ZanvexCli::NetworkNamespace
