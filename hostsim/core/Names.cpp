@@ -39,9 +39,6 @@ void CheckObjectName(const std::string& name, const char* what) {
 }
 
 std::string NameProblem(const std::string& name) {
-    if (name.empty()) {
-        return "is empty";
-    }
     if (name.size() > kMaximumNameLength) {
         return "is longer than " + std::to_string(kMaximumNameLength) + " bytes";
     }

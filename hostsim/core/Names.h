@@ -13,8 +13,9 @@ inline constexpr std::size_t kMaximumNameLength = 127;
 // only blanks.
 void CheckObjectName(const std::string& name, const char* what);
 
-// What CheckObjectName refuses in `name`, as the end of a sentence about it ("holds control
-// characters"); empty for a name the host can store.
+// What CheckObjectName refuses in a name that is given, as the end of a sentence about it
+// ("holds control characters"); empty for a name the host can store. An empty name is left to
+// each subject: some may be empty (a DVPort's).
 std::string NameProblem(const std::string& name);
 
 }  // namespace HostSim

@@ -24,11 +24,13 @@ Json DefaultProfile() {
 }
 
 // Every "name" a profile gives is the name of something the host stores and a table shows:
-// the host's rule for names holds for all of them, in every subject's section.
+// the host's rule for names holds for all of them, in every subject's section. Whether a name
+// may be left empty (a DVPort's may) is each subject's own rule.
 void CheckNames(const Json& value, const std::string& section, const std::string& place) {
     if (value.is_object()) {
         for (const auto& [key, member] : value.items()) {
-            if (key == "name" && member.is_string()) {
+            if (key == "name" && member.is_string() &&
+                !member.get_ref<const std::string&>().empty()) {
                 if (std::string problem = NameProblem(member.get<std::string>());
                     !problem.empty()) {
                     throw HostCtlException("Section \"" + section +

@@ -59,12 +59,12 @@ const char* const kDefaultKelmNics = R"json([
    "tags": ["StoragePool"],
    "ipConfig": {
      "ipv4": {"address": "192.0.2.112", "netmask": "255.255.255.0",
-              "broadcast": "192.0.2.255", "gateway": "192.0.2.1", "dhcp": true, "dhcpDns": true},
+              "broadcast": "192.0.2.255", "gateway": "192.0.2.1", "dhcp": true, "dhcpDns": false},
      "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false,
               "addresses": [
                 {"address": "fe80::250:56ff:fe6b:2/64", "type": "autoconf", "status": "preferred"}]}},
    "configuredIpConfig": {
-     "ipv4": {"dhcp": true, "dhcpDns": true},
+     "ipv4": {"dhcp": true, "dhcpDns": false},
      "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false}}},
   {"name": "kelm9", "netstack": "defaultTcpipStack", "system": true, "mac": "00:50:56:6b:00:09",
    "mtu": 1500, "tsoMss": 65535, "rxQueues": 1, "enabled": true, "portId": 67108868,

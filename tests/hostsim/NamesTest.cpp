@@ -14,14 +14,14 @@ struct BadName {
     const char* label;
     std::string name;
     const char* commandProblem;  // the end of the host's sentence
-    const char* profileProblem;
+    const char* profileProblem;  // null: left to the subject's own rules (some names may be empty)
 };
 
 const std::vector<BadName> kBadNames{
     {"newline", "lab\nswitch", "must not hold control characters", "holds control characters"},
     {"tab", "lab\tswitch", "must not hold control characters", "holds control characters"},
     {"only blanks", "   ", "must not be only blanks", "is only blanks"},
-    {"empty", "", "must not be empty", "is empty"},
+    {"empty", "", "must not be empty", nullptr},
 };
 
 class Names : public Testing::CommandTest {
@@ -64,6 +64,9 @@ TEST_F(Names, AProfileWithANameATableCantShowIsRefused) {
     };
     HostSim::ImportProfile(profileWith("labswitch0", "Lab 2", "hwnic1").dump());
     for (const BadName& bad : kBadNames) {
+        if (bad.profileProblem == nullptr) {
+            continue;
+        }
         SCOPED_TRACE(bad.label);
         const std::vector<std::pair<HostSim::Json, std::string>> cases{
             {profileWith(bad.name, "Lab 2", "hwnic1"),

@@ -199,8 +199,8 @@ TEST_F(StoreTest, AStoreInAReadOnlyDirectoryCanBeReadButNotChanged) {
             return 77;
         }
         HostSim::UseStateDirectory(store.string());
-        if (AllNicNames().size() != 18u ||
-            HostSim::ExportHost(HostSim::Store())["nics"].size() != 18u) {
+        if (AllNicNames().size() != 22u ||
+            HostSim::ExportHost(HostSim::Store())["nics"].size() != 22u) {
             return 1;
         }
         try {

@@ -41,6 +41,13 @@ void DvsTest::DropPortsOf(HostSim::Json& profile, const std::string& switchName)
         }
     }
     ports = kept;
+    HostSim::Json interfaces = HostSim::Json::array();
+    for (auto& interface : profile["kelmnics"]) {
+        if (interface["connection"].value("dvs", "") != switchName) {
+            interfaces.push_back(interface);
+        }
+    }
+    profile["kelmnics"] = interfaces;
     for (auto& lcore : profile["ens"]["lcores"]) {
         if (lcore["switch"] == switchName) {
             lcore["switch"] = "null";

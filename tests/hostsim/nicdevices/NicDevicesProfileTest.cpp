@@ -39,8 +39,8 @@ TEST_F(NicDevicesProfile, ScaledCopiesRenameTheirNicsBranchesAndFunctions) {
     const Json devices = Export()["nicDevices"];
     ASSERT_EQ(devices.size(), 16u);
     const Json& copy = devices[10];
-    EXPECT_EQ(copy["nic"], "hwnic11");
-    EXPECT_EQ(copy["attachments"], Json::parse(R"([{"branch": "hwnic12", "vlanId": 110}])"));
+    EXPECT_EQ(copy["nic"], "hwnic13");
+    EXPECT_EQ(copy["attachments"], Json::parse(R"([{"branch": "hwnic14", "vlanId": 110}])"));
     EXPECT_EQ(copy["sriov"]["virtualFunctions"][1]["pciAddress"], "0001:3b:02.1");
 }
 
