@@ -77,6 +77,10 @@ std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape) {
             case FieldType::Struct:
                 structure->SetField(field.name, MakeStruct(*field.nested));
                 break;
+            case FieldType::StructList:
+                structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                                                              MakeStruct(*field.nested)));
+                break;
         }
     }
     return structure;

@@ -52,14 +52,14 @@ struct Parameter {
     const char* regex = nullptr;
 };
 
-enum class FieldType { String, Int, Bool, StringList, Struct };
+enum class FieldType { String, Int, Bool, StringList, Struct, StructList };
 
 struct StructShape;
 
 struct Field {
     const char* name;
     FieldType type;
-    const StructShape* nested = nullptr;  // for FieldType::Struct
+    const StructShape* nested = nullptr;  // for FieldType::Struct and the elements of StructList
 };
 
 struct StructShape {

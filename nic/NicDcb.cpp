@@ -87,13 +87,16 @@ constexpr char kPfcEnabled[] = "PFC Enabled";
 constexpr char kIeePfc[] = "IEEE PFC Configuration";
 constexpr char kIeeeEts[] = "IEEE ETS Configuration";
 constexpr char kDcbApps[] = "DCB Apps";
-// The list of applications is a list of structs; its prototype is set when the run fills it.
 constexpr Field kStatusFields[] = {
-    {kNicNameField, FieldType::String},  {kMode, FieldType::String},
-    {kEnabled, FieldType::Bool},         {kCapabilitiesField, FieldType::Struct, &kCapabilities},
-    {kPfcEnabled, FieldType::Bool},      {kPfcConfiguration, FieldType::String},
-    {kIeePfc, FieldType::Struct, &kPfc}, {kIeeeEts, FieldType::Struct, &kEts},
-    {kDcbApps, FieldType::StringList},
+    {kNicNameField, FieldType::String},
+    {kMode, FieldType::String},
+    {kEnabled, FieldType::Bool},
+    {kCapabilitiesField, FieldType::Struct, &kCapabilities},
+    {kPfcEnabled, FieldType::Bool},
+    {kPfcConfiguration, FieldType::String},
+    {kIeePfc, FieldType::Struct, &kPfc},
+    {kIeeeEts, FieldType::Struct, &kEts},
+    {kDcbApps, FieldType::StructList, &kApps},
 };
 constexpr Declare::StructShape kStatus = {"DCBStatus", kStatusFields};
 

@@ -36,7 +36,14 @@ constexpr char kInUse[] = "In Use";
 constexpr char kDVPortgroupId[] = "DVPortgroup ID";
 constexpr char kClient[] = "Client";
 
-// "DVPort" holds a list of "DVPort" structs; it starts as an empty list.
+constexpr Field kDVPortFields[] = {
+    {kPortId, FieldType::String},
+    {kInUse, FieldType::Bool},
+    {kDVPortgroupId, FieldType::String},
+    {kClient, FieldType::StringList},
+};
+constexpr Declare::StructShape kDVPortShape = {"DVPort", kDVPortFields};
+
 constexpr Field kFields[] = {
     {kName, FieldType::String},
     {kOdsId, FieldType::String},
@@ -49,17 +56,9 @@ constexpr Field kFields[] = {
     {kBeaconTimeout, FieldType::Int},
     {kUplinks, FieldType::StringList},
     {kZanvexBranded, FieldType::Bool},
-    {kDVPort, FieldType::StringList},
+    {kDVPort, FieldType::StructList, &kDVPortShape},
 };
 constexpr Declare::StructShape kOds = {"ODS", kFields};
-
-constexpr Field kDVPortFields[] = {
-    {kPortId, FieldType::String},
-    {kInUse, FieldType::Bool},
-    {kDVPortgroupId, FieldType::String},
-    {kClient, FieldType::StringList},
-};
-constexpr Declare::StructShape kDVPortShape = {"DVPort", kDVPortFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
     {"header:ODS", "%Name%"},

@@ -58,10 +58,12 @@ constexpr Field kNicFields[] = {
 };
 constexpr Declare::StructShape kNicStatus = {"NicStatus", kNicFields};
 
-// "Nic List" holds a list of "NicStatus" structs; it starts as an empty list.
 constexpr Field kLagFields[] = {
-    {kDVSwitch, FieldType::String},  {kLagId, FieldType::Int},          {kMode, FieldType::String},
-    {kFlags, FieldType::StringList}, {kNicList, FieldType::StringList},
+    {kDVSwitch, FieldType::String},
+    {kLagId, FieldType::Int},
+    {kMode, FieldType::String},
+    {kFlags, FieldType::StringList},
+    {kNicList, FieldType::StructList, &kNicStatus},
 };
 constexpr Declare::StructShape kLag = {"LAG", kLagFields};
 
