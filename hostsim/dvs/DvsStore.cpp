@@ -145,12 +145,16 @@ Lag LagFromJson(const Json& json) {
 }
 
 Json DVPortToJson(const DVPortRecord& port) {
-    return {{"id", port.id},
-            {"portgroup", port.portGroup},
-            {"name", port.name},
-            {"inUse", port.inUse},
-            {"clients", port.clients},
-            {"lacp", {{"enabled", port.lacp.enabled}, {"mode", port.lacp.mode}}}};
+    Json json = {{"id", port.id},
+                 {"portgroup", port.portGroup},
+                 {"inUse", port.inUse},
+                 {"clients", port.clients},
+                 {"lacp", {{"enabled", port.lacp.enabled}, {"mode", port.lacp.mode}}}};
+    // A DVPort without a name has no "name": every "name" of a profile must be a valid one.
+    if (!port.name.empty()) {
+        json["name"] = port.name;
+    }
+    return json;
 }
 
 DVPortRecord DVPortFromJson(const Json& json) {
