@@ -2,10 +2,14 @@
 // enumerations, string enumerations and regular expressions over the whole value.
 #include <optional>
 // GCC 12 reports false "may be used uninitialized" inside <regex> when sanitizers are on.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <regex>
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
 
 #include "commandhost/cli/CommandLine.h"
 #include "commandhost/cli/Suggestions.h"

@@ -22,7 +22,6 @@ using HostSim::Routing::Gateways;
 using HostSim::Routing::Route;
 
 constexpr const char kNeighbors[] = "neighbors";
-constexpr const char kDefaultNetstack[] = "defaultTcpipStack";
 
 std::string PrefixText(const std::string& network, unsigned int prefixLength) {
     return network + "/" + std::to_string(prefixLength);

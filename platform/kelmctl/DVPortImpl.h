@@ -32,7 +32,7 @@ public:
     bool IsInUse(std::vector<std::string>& clients) const;
     std::uint32_t GetConnectionId() const;
     void SetConnectionId(std::uint32_t connectionId);
-    HostCtl::Network::DVPortParam GetDVPortParam() const;
+    HostCtl::Network::DVPortParam GetDVPortParam() const override;
 
     // As a connection point of Kelm interfaces.
     int GetType() const override;
