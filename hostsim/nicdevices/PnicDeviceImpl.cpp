@@ -294,17 +294,21 @@ void PnicImpl::SetEepromFromFile(std::uint32_t magic, const std::string& file) {
     Json diagnostics = EepromForChange(device, magic);
     std::vector<unsigned char> bytes = EepromBytes(diagnostics);
     std::ifstream stream(file, std::ios::binary);
-    std::vector<unsigned char> image;
+    // One byte more than the EEPROM holds tells an image that is too large, and an endless
+    // file (a device) is never read to its end.
+    std::vector<unsigned char> image(bytes.size() + 1);
     if (stream) {
-        image.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+        stream.read(reinterpret_cast<char*>(image.data()),
+                    static_cast<std::streamsize>(image.size()));
     }
+    image.resize(stream ? image.size() : static_cast<std::size_t>(stream.gcount()));
     if (!stream && !stream.eof()) {
         throw HostCtlException("Unable to read EEPROM image file " + file);
     }
     if (image.empty() || image.size() > bytes.size()) {
         throw HostCtlException(
-            StrPrintf("EEPROM image file %s holds %zu bytes; NIC %s takes 1 to %zu", file.c_str(),
-                      image.size(), record_->name.c_str(), bytes.size()));
+            StrPrintf("EEPROM image file %s holds %s bytes; NIC %s takes 1 to %zu", file.c_str(),
+                      image.empty() ? "no" : "too many", record_->name.c_str(), bytes.size()));
     }
     std::copy(image.begin(), image.end(), bytes.begin());
     SaveEeprom(device, diagnostics, bytes);
