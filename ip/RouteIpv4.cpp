@@ -2,6 +2,7 @@
 // "default" stands for the default route, whose removal clears the instance's default gateway.
 #include "hostctl/HostCtlException.h"
 #include "ip/RouteCommands.h"
+#include "ip/RouteCommon.h"
 #include "kelmctl/RoutingInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -12,25 +13,9 @@ using Declare::FieldType;
 using HostCtl::Network::Ipv4Address;
 using HostCtl::Network::Ipv4Network;
 using KelmCtl::Network::RoutingInfoImpl;
+using namespace Route;
 
-constexpr char kNetworkParameter[] = "network";
-constexpr char kGatewayParameter[] = "gateway";
-constexpr char kNetstackParameter[] = "netstack";
-constexpr char kTypeParameter[] = "type";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
-constexpr char kDefaultNetwork[] = "default";
-constexpr char kSystemType[] = "system";
 constexpr char kAnyAddress[] = "0.0.0.0";
-constexpr char kNotDefaultRoute[] = " is not a default route.";
-constexpr char kInvalidType[] = "Invalid type value, should be 'system'.";
-constexpr char kInvalidNetstack[] = "Invalid netstack value, should be 'defaultTcpipStack'.";
-
-constexpr char kNetwork[] = "Network";
-constexpr char kNetmask[] = "Netmask";
-constexpr char kGateway[] = "Gateway";
-constexpr char kInterface[] = "Interface";
 constexpr char kSource[] = "Source";
 
 constexpr Declare::Parameter kAddParameters[] = {

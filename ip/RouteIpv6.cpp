@@ -4,6 +4,7 @@
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
 #include "ip/RouteCommands.h"
+#include "ip/RouteCommon.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
 
@@ -15,24 +16,7 @@ using Declare::FieldType;
 using HostCtl::Network::Ipv6Address;
 using HostCtl::Network::Ipv6Network;
 using KelmCtl::Network::RoutingInfoImpl;
-
-constexpr char kNetworkParameter[] = "network";
-constexpr char kGatewayParameter[] = "gateway";
-constexpr char kNetstackParameter[] = "netstack";
-constexpr char kTypeParameter[] = "type";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
-constexpr char kDefaultNetwork[] = "default";
-constexpr char kSystemType[] = "system";
-constexpr char kNotDefaultRoute[] = " is not a default route.";
-constexpr char kInvalidType[] = "Invalid type value, should be 'system'.";
-constexpr char kInvalidNetstack[] = "Invalid netstack value, should be 'defaultTcpipStack'.";
-
-constexpr char kNetwork[] = "Network";
-constexpr char kNetmask[] = "Netmask";
-constexpr char kGateway[] = "Gateway";
-constexpr char kInterface[] = "Interface";
+using namespace Route;
 
 constexpr Declare::Parameter kAddParameters[] = {
     {kNetworkParameter, "n", Declare::Type::String, true,
