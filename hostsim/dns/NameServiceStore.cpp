@@ -51,6 +51,10 @@ void WriteDns(Database& database, const std::string& netstack,
         .Run();
 }
 
+void ForgetDns(Database& database, const std::string& netstack) {
+    database.Query("DELETE FROM dns WHERE netstack = ?1").Bind(1, netstack).Run();
+}
+
 Json ReadHosts(Database& database) {
     auto row = database.Query("SELECT hosts FROM name_service WHERE id = 1");
     return row.Step() ? Json::parse(row.Text(0)) : Json::array();

@@ -15,6 +15,8 @@ namespace HostSim::NameService {
 KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack);
 void WriteDns(Database& database, const std::string& netstack,
               const KelmCtl::Network::DnsConfigImpl::Config& config);
+// Drops the resolver configuration of an instance that is being removed.
+void ForgetDns(Database& database, const std::string& netstack);
 
 // The hosts file entries, each {"ip", "hostname", "aliases", "comment"}.
 Json ReadHosts(Database& database);

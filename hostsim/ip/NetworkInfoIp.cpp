@@ -5,7 +5,9 @@
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/dns/NameServiceStore.h"
 #include "hostsim/ip/IpStore.h"
+#include "hostsim/routing/RoutingStore.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/NetstackInstanceImpl.h"
 #include "kelmctl/NetworkInfoImpl.h"
@@ -95,6 +97,8 @@ void NetworkInfoImpl::RemoveNetstackInstance(const std::string& key, bool keepCo
         HostSim::Ip::UpdateNetstack(database, *record);
     } else {
         database.Query("DELETE FROM netstack WHERE key = ?1").Bind(1, key).Run();
+        HostSim::Routing::ForgetNetstack(database, key);
+        HostSim::NameService::ForgetDns(database, key);
     }
     transaction.Commit();
 }

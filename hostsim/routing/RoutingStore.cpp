@@ -174,6 +174,11 @@ void RequireNetstack(Database& database, const std::string& netstack) {
     }
 }
 
+void ForgetNetstack(Database& database, const std::string& netstack) {
+    database.Query("DELETE FROM routing_route WHERE netstack = ?1").Bind(1, netstack).Run();
+    database.Query("DELETE FROM routing_netstack WHERE netstack = ?1").Bind(1, netstack).Run();
+}
+
 }  // namespace HostSim::Routing
 
 namespace HostSim::Routing {

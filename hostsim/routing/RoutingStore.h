@@ -64,6 +64,9 @@ void CheckNetwork(const HostCtl::Network::Ipv6Network& network);
 
 // Throws HostCtlException when the host has no netstack instance of that key.
 void RequireNetstack(Database& database, const std::string& netstack);
+// Drops every row of an instance that is being removed: its routes, gateways, neighbours,
+// connections and memberships go with it, as a host's do.
+void ForgetNetstack(Database& database, const std::string& netstack);
 
 }  // namespace HostSim::Routing
 

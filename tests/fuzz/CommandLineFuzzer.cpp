@@ -31,7 +31,7 @@ namespace fs = std::filesystem;
 constexpr unsigned kInputsPerHost = 5000;
 
 struct Discard : CommandHost::OutputChannel {
-    void Write(std::string_view) override {}
+    std::string Write(std::string_view) override { return {}; }
 };
 
 CommandHost::CommandHost* host;
