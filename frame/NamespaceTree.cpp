@@ -1,5 +1,6 @@
 // The `network` namespace tree and the plug-in's one entry.
 #include <array>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,8 +12,8 @@
 #include "ip/NetstackCommands.h"
 #include "ip/RouteCommands.h"
 #include "nic/NicCommands.h"
-#include "nic/NicSettingsCommands.h"
 #include "nic/NicDeviceCommands.h"
+#include "nic/NicSettingsCommands.h"
 #include "vswitch/DvsCommands.h"
 #include "vswitch/EnsCommands.h"
 #include "vswitch/PortCommands.h"
@@ -521,21 +522,67 @@ constexpr auto kEntryPlaces = [] {
     return places;
 }();
 
+// A namespace of the table that makes its entries when they are first asked for. A process
+// resolves one path, so it makes the few namespaces and commands along it rather than the whole
+// tree; a walk of the tree (help, the tests) makes all of it, in the table's order.
+class TableNamespace final : public Namespace {
+public:
+    static std::shared_ptr<TableNamespace> New(std::size_t index) {
+        auto node = std::make_shared<TableNamespace>(index);
+        node->PrimeThis(node);
+        node->SetDescription(kNamespaces[index].description);
+        return node;
+    }
+
+    explicit TableNamespace(std::size_t index) : index_(index) {}
+
+    bool HasNamespaceNode(const std::string& name) const override {
+        Populate();
+        return Namespace::HasNamespaceNode(name);
+    }
+    std::vector<std::string> GetNamespaceNodeNames() const override {
+        Populate();
+        return Namespace::GetNamespaceNodeNames();
+    }
+    std::vector<std::shared_ptr<NamespaceNode>> GetNamespaceNodes() const override {
+        Populate();
+        return Namespace::GetNamespaceNodes();
+    }
+    std::shared_ptr<NamespaceNode> GetNamespaceNode(const std::string& name) const override {
+        Populate();
+        return Namespace::GetNamespaceNode(name);
+    }
+    // What another registers here comes after the table's own entries.
+    void RegisterNamespaceNode(std::shared_ptr<NamespaceNode> node, std::string name) override {
+        Populate();
+        Namespace::RegisterNamespaceNode(std::move(node), std::move(name));
+    }
+
+private:
+    void Populate() const {
+        if (populated_) {
+            return;
+        }
+        populated_ = true;
+        auto* self = const_cast<TableNamespace*>(this);
+        for (std::size_t i = 0; i < std::size(kEntries); ++i) {
+            if (kEntryPlaces[i].parent != index_) {
+                continue;
+            }
+            const EntryRow& entry = kEntries[i];
+            self->Namespace::RegisterNamespaceNode(
+                entry.command ? entry.make() : New(kEntryPlaces[i].child), entry.name);
+        }
+    }
+
+    std::size_t index_;
+    mutable bool populated_ = false;
+};
+
 }  // namespace
 }  // namespace ZanvexCli::NetworkNamespace
 
 void AutoCli_RegisterNamespaces(std::shared_ptr<CppTools::AutoCli::NamespaceNode>& root) {
     using namespace ZanvexCli::NetworkNamespace;
-    std::array<std::shared_ptr<NamespaceNode>, kNamespaceCount> namespaces;
-    for (std::size_t i = 0; i < kNamespaceCount; ++i) {
-        namespaces[i] = Namespace::New();
-        namespaces[i]->SetDescription(kNamespaces[i].description);
-    }
-    for (std::size_t i = 0; i < std::size(kEntries); ++i) {
-        const EntryRow& entry = kEntries[i];
-        const EntryPlace& place = kEntryPlaces[i];
-        namespaces[place.parent]->RegisterNamespaceNode(
-            entry.command ? entry.make() : namespaces[place.child], entry.name);
-    }
-    root->RegisterNamespaceNode(namespaces[kNetworkIndex], "network");
+    root->RegisterNamespaceNode(TableNamespace::New(kNetworkIndex), "network");
 }

@@ -7,8 +7,10 @@
 namespace ZanvexCli::NetworkNamespace {
 
 // The forms of command class these commands keep: `Command` as a virtual base or a plain one,
-// and New allocating the object alone (`new`) or with its reference counts (make_shared).
-class VirtualCommand : public virtual Command {};
+// and New allocating the object alone (`new`) or with its reference counts (make_shared). The
+// virtual base is reached through CommandNode, so that its tables of virtual functions point
+// into this library as every other command's do.
+class VirtualCommand : public virtual CommandNode {};
 
 template <class Self, class Base, bool kOneBlock>
 class FormedCommand : public Base {
