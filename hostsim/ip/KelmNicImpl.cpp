@@ -6,6 +6,7 @@
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/routing/RoutingStore.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
 namespace KelmCtl::Network {
@@ -285,6 +286,7 @@ namespace HostSim::Ip {
 
 void RemoveKelmNicRow(Database& database, const KelmCtl::Network::KelmNicRecord& record) {
     DeleteKelmNic(database, record.name);
+    Routing::ForgetInterface(database, record.netstack, record.name);
     if (record.connectionType == HostCtl::Network::ConnectionPoint::kPortGroup) {
         DropPortGroupUser(database, record.portGroup, record.name);
     } else if (record.connectionType == HostCtl::Network::ConnectionPoint::kDVPort) {

@@ -179,6 +179,14 @@ void ForgetNetstack(Database& database, const std::string& netstack) {
     database.Query("DELETE FROM routing_netstack WHERE netstack = ?1").Bind(1, netstack).Run();
 }
 
+void ForgetInterface(Database& database, const std::string& netstack,
+                     const std::string& interfaceName) {
+    database.Query("DELETE FROM routing_route WHERE netstack = ?1 AND interface = ?2")
+        .Bind(1, netstack)
+        .Bind(2, interfaceName)
+        .Run();
+}
+
 }  // namespace HostSim::Routing
 
 namespace HostSim::Routing {

@@ -67,6 +67,9 @@ void RequireNetstack(Database& database, const std::string& netstack);
 // Drops every row of an instance that is being removed: its routes, gateways, neighbours,
 // connections and memberships go with it, as a host's do.
 void ForgetNetstack(Database& database, const std::string& netstack);
+// Drops the routes through an interface that is being removed.
+void ForgetInterface(Database& database, const std::string& netstack,
+                     const std::string& interfaceName);
 
 }  // namespace HostSim::Routing
 

@@ -57,6 +57,12 @@ TEST_F(Route, ARouteAddedOnAnotherInstanceShowsThereOnly) {
     Change({"ip", "route", "ipv4", "remove", "-n", "203.0.113.16/28", "-g", "198.51.100.7", "-N",
             "glidex"});
     EXPECT_EQ(Ipv4({"-N", "glidex"}).size(), 3u);
+
+    // The routes through an interface go with it.
+    Change({"ip", "interface", "remove", "-i", "kelm1"});
+    for (const Words& route : Ipv4({"-N", "glidex"})) {
+        EXPECT_EQ(route.front(), "default") << ::testing::PrintToString(route);
+    }
 }
 
 TEST_F(Route, Ipv6PrefixShowsAsAMask) {
