@@ -43,10 +43,25 @@ std::vector<std::string> StringsFromJson(const std::string& text) {
     return Json::parse(text).get<std::vector<std::string>>();
 }
 
+// A policy column. A switch's policies come again with each of its port groups, and most
+// columns hold the same few texts, so each text is parsed once and kept (a bounded few).
+Json PolicyColumn(const Statement& row, int column) {
+    constexpr std::size_t kKeptTexts = 64;
+    thread_local std::map<std::string, Json, std::less<>> parsed;
+    const std::string text = row.Text(column);
+    if (auto found = parsed.find(text); found != parsed.end()) {
+        return found->second;
+    }
+    if (parsed.size() == kKeptTexts) {
+        parsed.clear();
+    }
+    return parsed.emplace(text, Json::parse(text)).first->second;
+}
+
 Policies PoliciesFromColumns(const Statement& row, int teaming, int security, int shaping) {
-    return {TeamingFromJson(Json::parse(row.Text(teaming))),
-            SecurityFromJson(Json::parse(row.Text(security))),
-            ShapingFromJson(Json::parse(row.Text(shaping)))};
+    return {TeamingFromJson(PolicyColumn(row, teaming)),
+            SecurityFromJson(PolicyColumn(row, security)),
+            ShapingFromJson(PolicyColumn(row, shaping))};
 }
 
 #define SWITCH_COLUMNS                                                               \
