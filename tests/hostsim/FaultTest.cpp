@@ -201,8 +201,8 @@ TEST_F(FaultTest, InjectingAFaultOfNoOperationIsRefused) {
          "Unable to inject a fault: there is no host operation ; an entry is "
          "Interface::Operation[@object][=message]"},
     };
-    for (const auto& [operation, message] : cases) {
-        EXPECT_EQ(FaultOf([&] { HostSim::InjectFault(operation, "", "x"); }), message);
+    for (const auto& entry : cases) {
+        EXPECT_EQ(FaultOf([&entry] { HostSim::InjectFault(entry.first, "", "x"); }), entry.second);
     }
     EXPECT_EQ(FaultOf([] { PnicImpl("hwnic1").GetName(); }), "");
 }

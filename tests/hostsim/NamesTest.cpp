@@ -108,14 +108,9 @@ TEST_F(Names, AProfileErrorNamesTheEntryAndTheField) {
          "Section \"vswitches\" of the profile is not valid: an entry has no field \"name\""},
     };
     for (const auto& [profile, message] : cases) {
-        auto result = Testing::RunHostsim({"init", "--profile=" +
-                                                       [&] {
-                                                           std::string path =
-                                                               StateDirectory() + "/p.json";
-                                                           std::ofstream(path) << profile.dump();
-                                                           return path;
-                                                       }()},
-                                          StateDirectory());
+        const std::string path = StateDirectory() + "/p.json";
+        std::ofstream(path) << profile.dump();
+        auto result = Testing::RunHostsim({"init", "--profile=" + path}, StateDirectory());
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.err, "hostsim: " + message + "\n");
     }
