@@ -449,15 +449,9 @@ void RoutingInfoImpl::GetCurrentIpv4KelmNeighbors(
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
-        if (HostSim::Routing::IsIpv6Neighbor(neighbor) ||
-            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
-            continue;
-        }
-        auto record = HostSim::Routing::Ipv4NeighborFromJson(neighbor);
-        if (interfaceName.empty() || record.interfaceName == interfaceName) {
-            neighbors.push_back(std::move(record));
-        }
+    for (auto& record :
+         HostSim::Routing::ReadIpv4Neighbors(database, netstackKey_, interfaceName, system)) {
+        neighbors.push_back(std::move(record));
     }
 }
 
@@ -468,15 +462,9 @@ void RoutingInfoImpl::GetCurrentIpv6KelmNeighbors(
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
-        if (!HostSim::Routing::IsIpv6Neighbor(neighbor) ||
-            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
-            continue;
-        }
-        auto record = HostSim::Routing::Ipv6NeighborFromJson(neighbor);
-        if (interfaceName.empty() || record.interfaceName == interfaceName) {
-            neighbors.push_back(std::move(record));
-        }
+    for (auto& record :
+         HostSim::Routing::ReadIpv6Neighbors(database, netstackKey_, interfaceName, system)) {
+        neighbors.push_back(std::move(record));
     }
 }
 

@@ -261,6 +261,150 @@ HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor) {
     return record;
 }
 
+namespace {
+
+// The fields of a stored entry, in its normal form.
+struct NeighborFields {
+    std::string address;
+    std::string mac;
+    std::string interfaceName;
+    std::int64_t expiry = 0;
+    std::string type = "dynamic";
+    std::string state = "reachable";
+    bool system = false;
+};
+
+// Reads a stored table entry by entry, as the parser meets them, without making it a Json: a
+// listing of a large table would spend most of its time on that.
+template <class Visit>
+class NeighborReader : public nlohmann::json_sax<Json> {
+public:
+    explicit NeighborReader(Visit& visit) : visit_(visit) {}
+
+    bool null() override { return true; }
+    bool boolean(bool value) override {
+        if (key_ == "system") {
+            entry_.system = value;
+        }
+        return true;
+    }
+    bool number_integer(number_integer_t value) override {
+        if (key_ == "expiry") {
+            entry_.expiry = value;
+        }
+        return true;
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        return number_integer(static_cast<number_integer_t>(value));
+    }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t& value) override {
+        if (key_ == "address") {
+            entry_.address = std::move(value);
+        } else if (key_ == "mac") {
+            entry_.mac = std::move(value);
+        } else if (key_ == "interface") {
+            entry_.interfaceName = std::move(value);
+        } else if (key_ == "type") {
+            entry_.type = std::move(value);
+        } else if (key_ == "state") {
+            entry_.state = std::move(value);
+        }
+        return true;
+    }
+    bool binary(binary_t&) override { return true; }
+    bool start_object(std::size_t) override {
+        if (++depth_ == 2) {
+            entry_ = NeighborFields();
+        }
+        return true;
+    }
+    bool key(string_t& value) override {
+        key_ = std::move(value);
+        return true;
+    }
+    bool end_object() override {
+        if (depth_-- == 2) {
+            visit_(entry_);
+        }
+        key_.clear();
+        return true;
+    }
+    bool start_array(std::size_t) override {
+        ++depth_;
+        return true;
+    }
+    bool end_array() override {
+        --depth_;
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&,
+                     const nlohmann::detail::exception& error) override {
+        throw HostCtlException(std::string("The neighbor table can't be read: ") + error.what());
+    }
+
+private:
+    Visit& visit_;
+    NeighborFields entry_;
+    std::string key_;
+    int depth_ = 0;
+};
+
+template <class Visit>
+void ReadNeighborFields(Database& database, const std::string& netstack, Visit visit) {
+    auto row = database.Query("SELECT neighbors FROM routing_netstack WHERE netstack = ?1");
+    row.Bind(1, netstack);
+    if (row.Step()) {
+        NeighborReader<Visit> reader(visit);
+        Json::sax_parse(row.Text(0), &reader);
+    }
+}
+
+// Whether an entry is of the family and kind asked for, on the interface asked for.
+bool Wanted(const NeighborFields& entry, bool ipv6, bool system, const std::string& interfaceName) {
+    return (entry.address.find(':') != std::string::npos) == ipv6 && entry.system == system &&
+           (interfaceName.empty() || entry.interfaceName == interfaceName);
+}
+
+}  // namespace
+
+std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system) {
+    std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
+    ReadNeighborFields(database, netstack, [&](NeighborFields& entry) {
+        if (Wanted(entry, false, system, interfaceName)) {
+            HostCtl::Network::Ipv4Neighbor& record = neighbors.emplace_back();
+            record.address = Ipv4Address(entry.address);
+            record.macAddress = std::move(entry.mac);
+            record.interfaceName = std::move(entry.interfaceName);
+            record.expiry = static_cast<decltype(record.expiry)>(entry.expiry);
+            record.flags = FlagsFromWord(entry.type, false);
+        }
+    });
+    return neighbors;
+}
+
+std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system) {
+    std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
+    ReadNeighborFields(database, netstack, [&](NeighborFields& entry) {
+        if (Wanted(entry, true, system, interfaceName)) {
+            HostCtl::Network::Ipv6Neighbor& record = neighbors.emplace_back();
+            record.address = Ipv6Address(entry.address);
+            record.macAddress = std::move(entry.mac);
+            record.interfaceName = std::move(entry.interfaceName);
+            record.expiry = static_cast<decltype(record.expiry)>(entry.expiry);
+            record.state = StateFromWord(entry.state);
+            record.flags = FlagsFromWord(entry.type, true);
+        }
+    });
+    return neighbors;
+}
+
 Json NormalNeighbor(const Json& neighbor) {
     Json normal;
     if (IsIpv6Neighbor(neighbor)) {

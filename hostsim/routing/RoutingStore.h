@@ -86,6 +86,16 @@ HostCtl::Network::Ipv4Neighbor Ipv4NeighborFromJson(const Json& neighbor);
 HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor);
 // The entry checked and in its normal form; throws HostCtlException naming what is wrong.
 Json NormalNeighbor(const Json& neighbor);
+// The IPv4 or IPv6 entries of an instance's table, system or not, in their order, on the
+// interface `interfaceName` or on any when it is empty.
+std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system);
+std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system);
 
 // The display words of neighbour states and types.
 std::string Ipv6StateWord(std::uint32_t state);
