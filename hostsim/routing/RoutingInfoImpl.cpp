@@ -21,8 +21,6 @@ using HostSim::PassOperation;
 using HostSim::Routing::Gateways;
 using HostSim::Routing::Route;
 
-constexpr const char kNeighbors[] = "neighbors";
-
 std::string PrefixText(const std::string& network, unsigned int prefixLength) {
     return network + "/" + std::to_string(prefixLength);
 }
@@ -201,34 +199,13 @@ Route RouteOf(int family, const std::string& network, unsigned int prefixLength,
 }
 
 template <class Neighbor>
-bool SameNeighbor(const Neighbor& entry, const Neighbor& wanted) {
-    return entry.address == wanted.address &&
-           (wanted.interfaceName.empty() || entry.interfaceName == wanted.interfaceName);
-}
-
-template <class Neighbor>
 void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ipv6) {
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     HostSim::Routing::RequireNetstack(database, netstack);
-    HostSim::Json kept = HostSim::Json::array();
-    bool removed = false;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstack, kNeighbors)) {
-        bool match = false;
-        if (HostSim::Routing::IsIpv6Neighbor(neighbor) == ipv6 &&
-            !HostSim::Routing::IsSystemNeighbor(neighbor)) {
-            if constexpr (std::is_same_v<Neighbor, HostCtl::Network::Ipv4Neighbor>) {
-                match = SameNeighbor(HostSim::Routing::Ipv4NeighborFromJson(neighbor), wanted);
-            } else {
-                match = SameNeighbor(HostSim::Routing::Ipv6NeighborFromJson(neighbor), wanted);
-            }
-        }
-        removed = removed || match;
-        if (!match) {
-            kept.push_back(neighbor);
-        }
-    }
-    if (!removed) {
+    if (!HostSim::Routing::DeleteNeighbors(database, netstack, ipv6 ? 6 : 4,
+                                           wanted.address.GetStringAddress(),
+                                           wanted.interfaceName)) {
         throw HostCtlException(std::string("There is no ") + (ipv6 ? "IPv6" : "IPv4") +
                                " neighbor " + wanted.address.GetStringAddress() +
                                (wanted.interfaceName.empty()
@@ -236,7 +213,6 @@ void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ip
                                     : " on interface " + wanted.interfaceName) +
                                " in netstack " + netstack);
     }
-    HostSim::Routing::WriteTable(database, netstack, kNeighbors, kept);
     transaction.Commit();
 }
 

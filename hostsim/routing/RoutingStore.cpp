@@ -26,9 +26,6 @@ Route RouteFromRow(const Statement& row, int first) {
 
 // The statement that reads one nested table of an instance; the column can't be a parameter.
 Statement SelectTable(Database& database, const char* table) {
-    if (std::strcmp(table, "neighbors") == 0) {
-        return database.Query("SELECT neighbors FROM routing_netstack WHERE netstack = ?1");
-    }
     if (std::strcmp(table, "connections") == 0) {
         return database.Query("SELECT connections FROM routing_netstack WHERE netstack = ?1");
     }
@@ -36,9 +33,6 @@ Statement SelectTable(Database& database, const char* table) {
 }
 
 Statement UpdateTable(Database& database, const char* table) {
-    if (std::strcmp(table, "neighbors") == 0) {
-        return database.Query("UPDATE routing_netstack SET neighbors = ?2 WHERE netstack = ?1");
-    }
     if (std::strcmp(table, "connections") == 0) {
         return database.Query("UPDATE routing_netstack SET connections = ?2 WHERE netstack = ?1");
     }
@@ -178,6 +172,7 @@ void RequireNetstack(Database& database, const std::string& netstack) {
 
 void ForgetNetstack(Database& database, const std::string& netstack) {
     database.Query("DELETE FROM routing_route WHERE netstack = ?1").Bind(1, netstack).Run();
+    database.Query("DELETE FROM routing_neighbor WHERE netstack = ?1").Bind(1, netstack).Run();
     database.Query("DELETE FROM routing_netstack WHERE netstack = ?1").Bind(1, netstack).Run();
 }
 
@@ -261,128 +256,29 @@ HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor) {
     return record;
 }
 
-namespace {
-
-// The fields of a stored entry, in its normal form.
-struct NeighborFields {
-    std::string address;
-    std::string mac;
-    std::string interfaceName;
-    std::int64_t expiry = 0;
-    std::string type = "dynamic";
-    std::string state = "reachable";
-    bool system = false;
-};
-
-// Reads a stored table entry by entry, as the parser meets them, without making it a Json: a
-// listing of a large table would spend most of its time on that.
-template <class Visit>
-class NeighborReader : public nlohmann::json_sax<Json> {
-public:
-    explicit NeighborReader(Visit& visit) : visit_(visit) {}
-
-    bool null() override { return true; }
-    bool boolean(bool value) override {
-        if (key_ == "system") {
-            entry_.system = value;
-        }
-        return true;
-    }
-    bool number_integer(number_integer_t value) override {
-        if (key_ == "expiry") {
-            entry_.expiry = value;
-        }
-        return true;
-    }
-    bool number_unsigned(number_unsigned_t value) override {
-        return number_integer(static_cast<number_integer_t>(value));
-    }
-    bool number_float(number_float_t, const string_t&) override { return true; }
-    bool string(string_t& value) override {
-        if (key_ == "address") {
-            entry_.address = std::move(value);
-        } else if (key_ == "mac") {
-            entry_.mac = std::move(value);
-        } else if (key_ == "interface") {
-            entry_.interfaceName = std::move(value);
-        } else if (key_ == "type") {
-            entry_.type = std::move(value);
-        } else if (key_ == "state") {
-            entry_.state = std::move(value);
-        }
-        return true;
-    }
-    bool binary(binary_t&) override { return true; }
-    bool start_object(std::size_t) override {
-        if (++depth_ == 2) {
-            entry_ = NeighborFields();
-        }
-        return true;
-    }
-    bool key(string_t& value) override {
-        key_ = std::move(value);
-        return true;
-    }
-    bool end_object() override {
-        if (depth_-- == 2) {
-            visit_(entry_);
-        }
-        key_.clear();
-        return true;
-    }
-    bool start_array(std::size_t) override {
-        ++depth_;
-        return true;
-    }
-    bool end_array() override {
-        --depth_;
-        return true;
-    }
-    bool parse_error(std::size_t, const std::string&,
-                     const nlohmann::detail::exception& error) override {
-        throw HostCtlException(std::string("The neighbor table can't be read: ") + error.what());
-    }
-
-private:
-    Visit& visit_;
-    NeighborFields entry_;
-    std::string key_;
-    int depth_ = 0;
-};
-
-template <class Visit>
-void ReadNeighborFields(Database& database, const std::string& netstack, Visit visit) {
-    auto row = database.Query("SELECT neighbors FROM routing_netstack WHERE netstack = ?1");
-    row.Bind(1, netstack);
-    if (row.Step()) {
-        NeighborReader<Visit> reader(visit);
-        Json::sax_parse(row.Text(0), &reader);
-    }
-}
-
-// Whether an entry is of the family and kind asked for, on the interface asked for.
-bool Wanted(const NeighborFields& entry, bool ipv6, bool system, const std::string& interfaceName) {
-    return (entry.address.find(':') != std::string::npos) == ipv6 && entry.system == system &&
-           (interfaceName.empty() || entry.interfaceName == interfaceName);
-}
-
-}  // namespace
+// The entries of one family of an instance's table, system or not, on the interface ?4 or on
+// any when it is ''.
+constexpr const char kSelectNeighbors[] =
+    "SELECT address, mac, interface, expiry, type, state FROM routing_neighbor"
+    " WHERE netstack = ?1 AND family = ?2 AND system = ?3 AND (?4 = '' OR interface = ?4)"
+    " ORDER BY position";
 
 std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
                                                               const std::string& netstack,
                                                               const std::string& interfaceName,
                                                               bool system) {
+    auto row = database.Query(kSelectNeighbors);
+    row.Bind(1, netstack).Bind(2, std::int64_t{4}).Bind(3, std::int64_t{system});
+    row.Bind(4, interfaceName);
     std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
-    ReadNeighborFields(database, netstack, [&](NeighborFields& entry) {
-        if (Wanted(entry, false, system, interfaceName)) {
-            HostCtl::Network::Ipv4Neighbor& record = neighbors.emplace_back();
-            record.address = Ipv4Address(entry.address);
-            record.macAddress = std::move(entry.mac);
-            record.interfaceName = std::move(entry.interfaceName);
-            record.expiry = static_cast<decltype(record.expiry)>(entry.expiry);
-            record.flags = FlagsFromWord(entry.type, false);
-        }
-    });
+    while (row.Step()) {
+        HostCtl::Network::Ipv4Neighbor& record = neighbors.emplace_back();
+        record.address = Ipv4Address(row.Text(0));
+        record.macAddress = row.Text(1);
+        record.interfaceName = row.Text(2);
+        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
+        record.flags = FlagsFromWord(row.Text(4), false);
+    }
     return neighbors;
 }
 
@@ -390,19 +286,83 @@ std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database
                                                               const std::string& netstack,
                                                               const std::string& interfaceName,
                                                               bool system) {
+    auto row = database.Query(kSelectNeighbors);
+    row.Bind(1, netstack).Bind(2, std::int64_t{6}).Bind(3, std::int64_t{system});
+    row.Bind(4, interfaceName);
     std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
-    ReadNeighborFields(database, netstack, [&](NeighborFields& entry) {
-        if (Wanted(entry, true, system, interfaceName)) {
-            HostCtl::Network::Ipv6Neighbor& record = neighbors.emplace_back();
-            record.address = Ipv6Address(entry.address);
-            record.macAddress = std::move(entry.mac);
-            record.interfaceName = std::move(entry.interfaceName);
-            record.expiry = static_cast<decltype(record.expiry)>(entry.expiry);
-            record.state = StateFromWord(entry.state);
-            record.flags = FlagsFromWord(entry.type, true);
-        }
-    });
+    while (row.Step()) {
+        HostCtl::Network::Ipv6Neighbor& record = neighbors.emplace_back();
+        record.address = Ipv6Address(row.Text(0));
+        record.macAddress = row.Text(1);
+        record.interfaceName = row.Text(2);
+        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
+        record.state = StateFromWord(row.IsNull(5) ? "reachable" : row.Text(5));
+        record.flags = FlagsFromWord(row.Text(4), true);
+    }
     return neighbors;
+}
+
+void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal) {
+    const bool ipv6 = IsIpv6Neighbor(normal);
+    auto insert = database.Query(
+        "INSERT INTO routing_neighbor (netstack, family, system, address, mac, interface, expiry,"
+        " type, state) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+    insert.Bind(1, netstack)
+        .Bind(2, std::int64_t{ipv6 ? 6 : 4})
+        .Bind(3, std::int64_t{IsSystemNeighbor(normal)})
+        .Bind(4, normal.at("address").get<std::string>())
+        .Bind(5, normal.at("mac").get<std::string>())
+        .Bind(6, normal.at("interface").get<std::string>())
+        .Bind(7, normal.at("expiry").get<std::int64_t>())
+        .Bind(8, normal.at("type").get<std::string>());
+    if (ipv6) {
+        insert.Bind(9, normal.at("state").get<std::string>());
+    }
+    insert.Run();
+}
+
+Json ReadNeighborTable(Database& database, const std::string& netstack) {
+    auto row = database.Query(
+        "SELECT family, system, address, mac, interface, expiry, type, state"
+        " FROM routing_neighbor WHERE netstack = ?1 ORDER BY position");
+    row.Bind(1, netstack);
+    Json table = Json::array();
+    while (row.Step()) {
+        Json entry = {{"address", row.Text(2)},
+                      {"mac", row.Text(3)},
+                      {"interface", row.Text(4)},
+                      {"expiry", row.Int(5)},
+                      {"type", row.Text(6)}};
+        if (row.Int(0) == 6) {
+            entry["state"] = row.Text(7);
+        }
+        if (row.Bool(1)) {
+            entry["system"] = true;
+        }
+        table.push_back(std::move(entry));
+    }
+    return table;
+}
+
+bool DeleteNeighbors(Database& database, const std::string& netstack, int family,
+                     const std::string& address, const std::string& interfaceName) {
+    auto count = database.Query(
+        "SELECT count(*) FROM routing_neighbor WHERE netstack = ?1 AND family = ?2"
+        " AND system = 0 AND address = ?3 AND (?4 = '' OR interface = ?4)");
+    count.Bind(1, netstack).Bind(2, std::int64_t{family}).Bind(3, address).Bind(4, interfaceName);
+    if (!count.Step() || count.Int(0) == 0) {
+        return false;
+    }
+    database
+        .Query(
+            "DELETE FROM routing_neighbor WHERE netstack = ?1 AND family = ?2 AND system = 0"
+            " AND address = ?3 AND (?4 = '' OR interface = ?4)")
+        .Bind(1, netstack)
+        .Bind(2, std::int64_t{family})
+        .Bind(3, address)
+        .Bind(4, interfaceName)
+        .Run();
+    return true;
 }
 
 Json NormalNeighbor(const Json& neighbor) {
