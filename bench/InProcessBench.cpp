@@ -1,8 +1,9 @@
-// In-process figures: registration of the whole tree, and `nic list` on the default host and on
-// hosts scaled up, through the same parse, check and execute path as autocli.
+// In-process figures: registration of the whole tree, and the list commands of every family on
+// hosts grown to a real host's sizes, through the same parse, check and execute path as autocli.
 #include <benchmark/benchmark.h>
 
-#include <fstream>
+#include <cstdio>
+#include <functional>
 #include <list>
 #include <stdexcept>
 
@@ -65,23 +66,9 @@ private:
     Testing::TemporaryDirectory directory_;
 };
 
-void NicList(benchmark::State& state) {
-    ScaledHost host(state.range(0));
-    const std::vector<std::string> line{"network", "nic", "list"};
-    long rows = 0;
-    for (auto _ : state) {
-        auto result = Testing::PluginHost().Run(line);
-        auto list =
-            std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(result.output->GetRootObject());
-        rows = list ? static_cast<long>(list->GetCount()) : -1;
-    }
-    state.counters["nics"] = static_cast<double>(rows);
-    state.SetComplexityN(rows);
-}
-BENCHMARK(NicList)->Arg(0)->Arg(10)->Arg(30)->Arg(112)->Unit(benchmark::kMicrosecond)->Complexity();
-
-// Runs `line` in-process over and over, counting the rows of its list.
-void MeasureRows(benchmark::State& state, const std::vector<std::string>& line) {
+// Runs `line` in-process over and over, counting the rows of its list; the complexity's N is
+// `size` when given, else the rows.
+void MeasureRows(benchmark::State& state, const std::vector<std::string>& line, long size = -1) {
     long rows = 0;
     for (auto _ : state) {
         auto result = Testing::PluginHost().Run(line);
@@ -90,14 +77,23 @@ void MeasureRows(benchmark::State& state, const std::vector<std::string>& line) 
         rows = list ? static_cast<long>(list->GetCount()) : -1;
     }
     state.counters["rows"] = static_cast<double>(rows);
-    state.SetComplexityN(rows);
+    state.SetComplexityN(size >= 0 ? size : rows);
 }
 
-// NIC device listings: one row per NIC, read with the NICs' device features in one query.
+// NIC listings on hosts scaled up: 11 NICs a copy, to 1,001 NICs.
 void RunListing(benchmark::State& state, const std::vector<std::string>& line) {
     ScaledHost host(state.range(0));
     MeasureRows(state, line);
 }
+
+void NicList(benchmark::State& state) {
+    RunListing(state, {"network", "nic", "list"});
+}
+BENCHMARK(NicList)
+    ->RangeMultiplier(3)
+    ->Range(1, 91)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
 
 void NicQueueLoadBalancerList(benchmark::State& state) {
     RunListing(state, {"network", "nic", "queue", "loadbalancer", "list"});
@@ -121,48 +117,150 @@ BENCHMARK(NicHwCapSupportedList)
     ->Unit(benchmark::kMicrosecond)
     ->Complexity();
 
-// IP services: `ip route ipv4 list` on a host whose default instance has `routes` routes, host
-// routes in the benchmarking range 198.18.0.0/15 beside the default host's own.
-class RoutedHost {
+// The default host grown by `grow`, which adds rows to its exported profile before it is imported
+// back.
+class GrownHost {
 public:
-    explicit RoutedHost(long routes) {
-        Testing::RunHostsim({"init"}, directory_.Path());
-        const auto exported = Testing::RunHostsim({"export"}, directory_.Path());
-        auto profile = HostSim::Json::parse(exported.out);
-        auto& table = profile["routing"]["netstacks"][0]["routes"];
-        for (long route = 0; route < routes; ++route) {
-            const std::uint32_t address = 0xC6120000u + static_cast<std::uint32_t>(route);
-            table.push_back({{"network", std::to_string(address >> 24) + "." +
-                                             std::to_string((address >> 16) & 0xff) + "." +
-                                             std::to_string((address >> 8) & 0xff) + "." +
-                                             std::to_string(address & 0xff) + "/32"},
-                             {"gateway", "192.0.2.254"},
-                             {"interface", "kelm0"},
-                             {"source", "MANUAL"}});
-        }
-        const std::string file = directory_.Path() + "/routed.json";
-        std::ofstream(file) << profile.dump();
-        if (Testing::RunHostsim({"import", file}, directory_.Path()).status != 0) {
-            throw std::runtime_error("hostsim import failed");
-        }
-        HostSim::UseStateDirectory(directory_.Path());
+    explicit GrownHost(const std::function<void(HostSim::Json&)>& grow) : host_(0) {
+        HostSim::Json profile = HostSim::ExportHost(HostSim::Store());
+        grow(profile);
+        HostSim::ImportProfile(profile.dump());
     }
 
 private:
-    Testing::TemporaryDirectory directory_;
+    ScaledHost host_;
 };
 
+// The `index`-th address of the benchmarking range 198.18.0.0/15.
+std::string LoadAddress(long index) {
+    const std::uint32_t address = 0xC6120000u + static_cast<std::uint32_t>(index);
+    return std::to_string(address >> 24) + "." + std::to_string((address >> 16) & 0xff) + "." +
+           std::to_string((address >> 8) & 0xff) + "." + std::to_string(address & 0xff);
+}
+
+// A MAC address of its own for the `index`-th added row, below the prefix 00:50:56:`kind`.
+std::string LoadMac(int kind, long index) {
+    char text[18];
+    std::snprintf(text, sizeof text, "00:50:56:%02x:%02lx:%02lx", kind, (index >> 8) & 0xff,
+                  index & 0xff);
+    return text;
+}
+
+// `list` grown to `size` entries with copies of `entry(index)`.
+void GrowTo(HostSim::Json& list, long size, const std::function<HostSim::Json(long)>& entry) {
+    for (long index = 0; static_cast<long>(list.size()) < size; ++index) {
+        list.push_back(entry(index));
+    }
+}
+
+// Standard port groups: lanswitch0 grown to `size` port groups on the whole host.
+void PortGroupList(benchmark::State& state) {
+    const long size = state.range(0);
+    GrownHost host([size](HostSim::Json& profile) {
+        long others = 0;
+        for (const auto& vswitch : profile["vswitches"]) {
+            others += static_cast<long>(vswitch["portGroups"].size());
+        }
+        auto& portGroups = profile["vswitches"][0]["portGroups"];
+        GrowTo(portGroups, size - others + static_cast<long>(portGroups.size()),
+               [](long index) -> HostSim::Json {
+                   return {{"name", "VM Network " + std::to_string(index + 2)},
+                           {"vlanId", index % 4094 + 1}};
+               });
+    });
+    MeasureRows(state, {"network", "vswitch", "standard", "portgroup", "list"});
+}
+BENCHMARK(PortGroupList)
+    ->RangeMultiplier(4)
+    ->Range(16, 4096)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
+
+// Kelm interfaces: copies of kelm0 on "VM Network", each with its own name, MAC address, port
+// and IPv4 address.
+void InterfaceList(benchmark::State& state) {
+    const long size = state.range(0);
+    GrownHost host([size](HostSim::Json& profile) {
+        HostSim::Json model = profile["kelmnics"][0];
+        model["connection"] = {{"portGroup", "VM Network"}};
+        model["tags"] = HostSim::Json::array();
+        model["netDump"]["dumper"] = false;
+        model["ipConfig"]["ipv6"]["addresses"] = HostSim::Json::array();
+        GrowTo(profile["kelmnics"], size, [&model](long index) {
+            HostSim::Json nic = model;
+            nic["name"] = "kelm" + std::to_string(100 + index);
+            nic["mac"] = LoadMac(0x6c, index);
+            nic["portId"] = 0x07000000 + index;
+            nic["ipConfig"]["ipv4"]["address"] = LoadAddress(index);
+            return nic;
+        });
+    });
+    MeasureRows(state, {"network", "ip", "interface", "list"});
+}
+BENCHMARK(InterfaceList)
+    ->RangeMultiplier(4)
+    ->Range(4, 1000)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
+
+// IP services: `ip route ipv4 list` on a host whose default instance has `size` routes more, host
+// routes in the benchmarking range beside the default host's own.
 void RouteIpv4List(benchmark::State& state) {
-    RoutedHost host(state.range(0));
+    const long size = state.range(0);
+    GrownHost host([size](HostSim::Json& profile) {
+        auto& routes = profile["routing"]["netstacks"][0]["routes"];
+        GrowTo(routes, size + static_cast<long>(routes.size()), [](long index) -> HostSim::Json {
+            return {{"network", LoadAddress(index) + "/32"},
+                    {"gateway", "192.0.2.254"},
+                    {"interface", "kelm0"},
+                    {"source", "MANUAL"}};
+        });
+    });
     MeasureRows(state, {"network", "ip", "route", "ipv4", "list"});
 }
 BENCHMARK(RouteIpv4List)
-    ->Arg(0)
-    ->Arg(1000)
-    ->Arg(3000)
-    ->Arg(10000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity();
+    ->RangeMultiplier(10)
+    ->Range(10, 10000)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
+
+// The neighbour cache of the default instance grown by `size` IPv4 neighbours.
+void NeighborList(benchmark::State& state) {
+    const long size = state.range(0);
+    GrownHost host([size](HostSim::Json& profile) {
+        auto& neighbors = profile["routing"]["netstacks"][0]["neighbors"];
+        GrowTo(neighbors, size + static_cast<long>(neighbors.size()),
+               [](long index) -> HostSim::Json {
+                   return {{"address", LoadAddress(index)},
+                           {"mac", LoadMac(0xc1, index)},
+                           {"interface", "kelm0"},
+                           {"expiry", 1200 - index % 1200},
+                           {"type", "dynamic"}};
+               });
+    });
+    MeasureRows(state, {"network", "ip", "neighbor", "list"});
+}
+BENCHMARK(NeighborList)
+    ->RangeMultiplier(10)
+    ->Range(10, 10000)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
+
+// Allowed addresses: the first ruleset grown to `size` of them. The list has a row per ruleset,
+// so the complexity is fitted to the addresses.
+void AllowedIpList(benchmark::State& state) {
+    const long size = state.range(0);
+    GrownHost host([size](HostSim::Json& profile) {
+        auto& addresses = profile["firewall"]["rulesets"][0]["allowedIps"];
+        GrowTo(addresses, size, [](long index) -> HostSim::Json { return LoadAddress(index); });
+    });
+    MeasureRows(state, {"network", "firewall", "ruleset", "allowedip", "list"}, size);
+}
+BENCHMARK(AllowedIpList)
+    ->RangeMultiplier(4)
+    ->Range(16, 1000)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
 
 // Ports and VMs: the default host with lanswitch0 grown to 4096 ports, 4082 more of them VM ports
 // on "VM Network", four to a world; the commands look up the last world and the last port, so

@@ -1,5 +1,9 @@
 // `network ip route ipv4 add|remove|list`: the IPv4 routes of a netstack instance. The network
 // "default" stands for the default route, whose removal clears the instance's default gateway.
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
 #include "hostctl/HostCtlException.h"
 #include "ip/RouteCommands.h"
 #include "ip/RouteCommon.h"
@@ -145,14 +149,26 @@ void IpRouteIpv4List::ExecuteInternal(const std::shared_ptr<Input>& input,
         const auto routes = routing.GetCurrentKelmRoutes(type);
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         list->Reserve(routes.size());
+        // A table has a few netmasks and gateways over many rows: each is written out once.
+        std::array<std::string, 33> netmasks;
+        std::unordered_map<std::uint32_t, std::string> gateways;
         for (const auto& route : routes) {
-            auto row = GetOutputStructure();
-            row->SetField(kNetmask, route.network.GetNetmask().GetStringAddress());
-            row->SetField(kInterface, route.interfaceName);
+            std::string& netmask = netmasks[std::min(route.network.GetPrefixLength(), 32u)];
+            if (netmask.empty()) {
+                netmask = route.network.GetNetmask().GetStringAddress();
+            }
+            auto [gateway, added] = gateways.try_emplace(route.gateway.GetValue());
+            if (added) {
+                gateway->second = route.gateway.GetStringAddress();
+            }
+            // Fields in the order of kFields, as the row prototype has them.
+            auto row = MetaStruct::New(kRoute.name);
             row->SetField(kNetwork, route.network == RoutingInfoImpl::DEFAULT_IPV4_ROUTE
                                         ? std::string(kDefaultNetwork)
                                         : route.network.GetNetwork().GetStringAddress());
-            row->SetField(kGateway, route.gateway.GetStringAddress());
+            row->SetField(kNetmask, netmask);
+            row->SetField(kGateway, gateway->second);
+            row->SetField(kInterface, route.interfaceName);
             row->SetField(kSource, routing.GetDefaultGatewaySource(route.network));
             list->Add(row);
         }

@@ -1,5 +1,6 @@
 // The ENS subject: the ens table (one row: the maximum of contexts and the host's NUMA nodes)
 // and the ens_lcore table, and the "ens" section of a profile.
+#include <algorithm>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
@@ -56,22 +57,30 @@ void ImportEns(Database& database, const Json& section, const Scale& scale) {
         stride = std::max(stride, lcore.id + 1);
         lcores.push_back(std::move(lcore));
     }
-    const std::uint64_t scaledMax = maxLcores * scale.Copies();
-    if (scaledMax > Ens::kMaximumLcores) {
+    if (maxLcores > Ens::kMaximumLcores) {
         throw HostCtlException("The host allows at most " + std::to_string(Ens::kMaximumLcores) +
-                               " ENS contexts, not " + std::to_string(scaledMax));
+                               " ENS contexts, not " + std::to_string(maxLcores));
     }
-    settings.maxLcores = static_cast<std::uint32_t>(scaledMax);
-    if (lcores.size() * scale.Copies() > settings.maxLcores) {
+    if (lcores.size() > maxLcores) {
         throw HostCtlException("The profile has more ENS contexts than its maximum of " +
-                               std::to_string(settings.maxLcores));
+                               std::to_string(maxLcores));
     }
+    // Every copy brings its maximum and its contexts until the host's own limits are reached:
+    // the maximum stops at the most the host allows, and copies whose contexts would pass it or
+    // the highest context id get none.
+    settings.maxLcores = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(maxLcores * scale.Copies(), Ens::kMaximumLcores));
     database.Query("INSERT INTO ens (max_lcores, numa_nodes) VALUES (?1, ?2)")
         .Bind(1, static_cast<std::int64_t>(settings.maxLcores))
         .Bind(2, static_cast<std::int64_t>(settings.numaNodes))
         .Run();
     std::set<std::uint64_t> ids;
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
+        const std::uint64_t highest = copy * stride + stride - 1;
+        if (copy > 0 &&
+            (ids.size() + lcores.size() > settings.maxLcores || highest > Ens::kMaximumLcoreId)) {
+            break;
+        }
         for (Ens::Lcore lcore : lcores) {
             lcore.id += copy * stride;
             if (lcore.id > Ens::kMaximumLcoreId || !ids.insert(lcore.id).second) {

@@ -21,8 +21,6 @@ using HostSim::PassOperation;
 using HostSim::Routing::Gateways;
 using HostSim::Routing::Route;
 
-constexpr const char kNeighbors[] = "neighbors";
-
 std::string PrefixText(const std::string& network, unsigned int prefixLength) {
     return network + "/" + std::to_string(prefixLength);
 }
@@ -201,34 +199,13 @@ Route RouteOf(int family, const std::string& network, unsigned int prefixLength,
 }
 
 template <class Neighbor>
-bool SameNeighbor(const Neighbor& entry, const Neighbor& wanted) {
-    return entry.address == wanted.address &&
-           (wanted.interfaceName.empty() || entry.interfaceName == wanted.interfaceName);
-}
-
-template <class Neighbor>
 void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ipv6) {
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     HostSim::Routing::RequireNetstack(database, netstack);
-    HostSim::Json kept = HostSim::Json::array();
-    bool removed = false;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstack, kNeighbors)) {
-        bool match = false;
-        if (HostSim::Routing::IsIpv6Neighbor(neighbor) == ipv6 &&
-            !HostSim::Routing::IsSystemNeighbor(neighbor)) {
-            if constexpr (std::is_same_v<Neighbor, HostCtl::Network::Ipv4Neighbor>) {
-                match = SameNeighbor(HostSim::Routing::Ipv4NeighborFromJson(neighbor), wanted);
-            } else {
-                match = SameNeighbor(HostSim::Routing::Ipv6NeighborFromJson(neighbor), wanted);
-            }
-        }
-        removed = removed || match;
-        if (!match) {
-            kept.push_back(neighbor);
-        }
-    }
-    if (!removed) {
+    if (!HostSim::Routing::DeleteNeighbors(database, netstack, ipv6 ? 6 : 4,
+                                           wanted.address.GetStringAddress(),
+                                           wanted.interfaceName)) {
         throw HostCtlException(std::string("There is no ") + (ipv6 ? "IPv6" : "IPv4") +
                                " neighbor " + wanted.address.GetStringAddress() +
                                (wanted.interfaceName.empty()
@@ -236,7 +213,6 @@ void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ip
                                     : " on interface " + wanted.interfaceName) +
                                " in netstack " + netstack);
     }
-    HostSim::Routing::WriteTable(database, netstack, kNeighbors, kept);
     transaction.Commit();
 }
 
@@ -258,6 +234,11 @@ struct RoutingInfoImpl::Cache {
     Gateways gateways;
     // The source of each IPv4 route by its network and prefix length (SourceKey).
     std::unordered_map<std::uint64_t, std::string> sources;
+    // The routes of the last listing in its order, with their sources. A command asks for the
+    // sources of a listing's rows in that order: `next` follows it, and the map is only made
+    // for a question out of that order.
+    std::vector<std::pair<std::uint64_t, std::string>> listed;
+    std::size_t next = 0;
 };
 
 // 0.0.0.0/0 and ::/0, as the default values are.
@@ -336,12 +317,19 @@ void RoutingInfoImpl::SetIpv6KelmDefaultGateway(Ipv6Address gateway) {
 
 std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
     PassOperation("RoutingInfoImpl::GetDefaultGatewaySource", netstackKey_);
-    const Cache& cache = Cached();
+    Cached();
+    Cache& cache = *cache_;
     if (network == DEFAULT_IPV4_ROUTE) {
         return cache.gateways.ipv4Source;
     }
-    const auto source =
-        cache.sources.find(SourceKey(network.GetNetwork().GetValue(), network.GetPrefixLength()));
+    const std::uint64_t key = SourceKey(network.GetNetwork().GetValue(), network.GetPrefixLength());
+    if (cache.next < cache.listed.size() && cache.listed[cache.next].first == key) {
+        return cache.listed[cache.next++].second;
+    }
+    if (cache.sources.empty()) {
+        cache.sources.insert(cache.listed.begin(), cache.listed.end());
+    }
+    const auto source = cache.sources.find(key);
     return source == cache.sources.end() ? HostSim::Routing::kSourceNone : source->second;
 }
 
@@ -392,12 +380,9 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
     const auto routes = HostSim::Routing::ReadRoutes(database, netstackKey_, 4, system);
     // The listing renews the copy, so that the sources of its rows need no further reads.
     cache_ = std::make_unique<Cache>();
-    cache_->gateways = HostSim::Routing::ReadGateways(database, netstackKey_);
-    cache_->sources.reserve(routes.size());
-    for (const Route& route : routes) {
-        cache_->sources.emplace(SourceKey(route), route.source);
-    }
-    const Cache& cache = *cache_;
+    Cache& cache = *cache_;
+    cache.gateways = HostSim::Routing::ReadGateways(database, netstackKey_);
+    cache.listed.reserve(routes.size());
     std::vector<HostCtl::Network::Ipv4Route> result;
     result.reserve(routes.size() + 1);
     if (!system && cache.gateways.ipv4 != "0.0.0.0") {
@@ -405,8 +390,10 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
         result.push_back({DEFAULT_IPV4_ROUTE, gateway, ReachingInterface(routes, gateway)});
     }
     for (const Route& route : routes) {
-        result.push_back({Ipv4Network(PrefixText(route.network, route.prefixLength)),
-                          Ipv4Address(route.gateway), route.interfaceName});
+        Ipv4Network network(PrefixText(route.network, route.prefixLength));
+        cache.listed.emplace_back(SourceKey(network.GetNetwork().GetValue(), route.prefixLength),
+                                  route.source);
+        result.push_back({std::move(network), Ipv4Address(route.gateway), route.interfaceName});
     }
     return result;
 }
@@ -438,15 +425,9 @@ void RoutingInfoImpl::GetCurrentIpv4KelmNeighbors(
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
-        if (HostSim::Routing::IsIpv6Neighbor(neighbor) ||
-            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
-            continue;
-        }
-        auto record = HostSim::Routing::Ipv4NeighborFromJson(neighbor);
-        if (interfaceName.empty() || record.interfaceName == interfaceName) {
-            neighbors.push_back(std::move(record));
-        }
+    for (auto& record :
+         HostSim::Routing::ReadIpv4Neighbors(database, netstackKey_, interfaceName, system)) {
+        neighbors.push_back(std::move(record));
     }
 }
 
@@ -457,15 +438,9 @@ void RoutingInfoImpl::GetCurrentIpv6KelmNeighbors(
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
-    for (const auto& neighbor : HostSim::Routing::ReadTable(database, netstackKey_, kNeighbors)) {
-        if (!HostSim::Routing::IsIpv6Neighbor(neighbor) ||
-            HostSim::Routing::IsSystemNeighbor(neighbor) != system) {
-            continue;
-        }
-        auto record = HostSim::Routing::Ipv6NeighborFromJson(neighbor);
-        if (interfaceName.empty() || record.interfaceName == interfaceName) {
-            neighbors.push_back(std::move(record));
-        }
+    for (auto& record :
+         HostSim::Routing::ReadIpv6Neighbors(database, netstackKey_, interfaceName, system)) {
+        neighbors.push_back(std::move(record));
     }
 }
 

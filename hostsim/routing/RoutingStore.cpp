@@ -26,9 +26,6 @@ Route RouteFromRow(const Statement& row, int first) {
 
 // The statement that reads one nested table of an instance; the column can't be a parameter.
 Statement SelectTable(Database& database, const char* table) {
-    if (std::strcmp(table, "neighbors") == 0) {
-        return database.Query("SELECT neighbors FROM routing_netstack WHERE netstack = ?1");
-    }
     if (std::strcmp(table, "connections") == 0) {
         return database.Query("SELECT connections FROM routing_netstack WHERE netstack = ?1");
     }
@@ -36,9 +33,6 @@ Statement SelectTable(Database& database, const char* table) {
 }
 
 Statement UpdateTable(Database& database, const char* table) {
-    if (std::strcmp(table, "neighbors") == 0) {
-        return database.Query("UPDATE routing_netstack SET neighbors = ?2 WHERE netstack = ?1");
-    }
     if (std::strcmp(table, "connections") == 0) {
         return database.Query("UPDATE routing_netstack SET connections = ?2 WHERE netstack = ?1");
     }
@@ -60,9 +54,11 @@ void EnsureRow(Database& database, const std::string& netstack) {
 
 std::vector<Route> ReadRoutes(Database& database, const std::string& netstack, int family,
                               bool system) {
+    // One pass over the table in its own order: through the unique index the rows would come
+    // in network order and need a sort by position, which costs more than the whole table.
     auto row = database.Query(
         "SELECT family, system, network, prefix, gateway, interface, source FROM routing_route"
-        " WHERE netstack = ?1 AND family = ?2 AND system = ?3 ORDER BY position");
+        " NOT INDEXED WHERE netstack = ?1 AND family = ?2 AND system = ?3 ORDER BY position");
     row.Bind(1, netstack).Bind(2, family).Bind(3, system ? 1 : 0);
     std::vector<Route> routes;
     while (row.Step()) {
@@ -176,6 +172,7 @@ void RequireNetstack(Database& database, const std::string& netstack) {
 
 void ForgetNetstack(Database& database, const std::string& netstack) {
     database.Query("DELETE FROM routing_route WHERE netstack = ?1").Bind(1, netstack).Run();
+    database.Query("DELETE FROM routing_neighbor WHERE netstack = ?1").Bind(1, netstack).Run();
     database.Query("DELETE FROM routing_netstack WHERE netstack = ?1").Bind(1, netstack).Run();
 }
 
@@ -257,6 +254,115 @@ HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor) {
     record.state = StateFromWord(neighbor.value("state", "reachable"));
     record.flags = FlagsFromWord(neighbor.value("type", "dynamic"), true);
     return record;
+}
+
+// The entries of one family of an instance's table, system or not, on the interface ?4 or on
+// any when it is ''.
+constexpr const char kSelectNeighbors[] =
+    "SELECT address, mac, interface, expiry, type, state FROM routing_neighbor"
+    " WHERE netstack = ?1 AND family = ?2 AND system = ?3 AND (?4 = '' OR interface = ?4)"
+    " ORDER BY position";
+
+std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system) {
+    auto row = database.Query(kSelectNeighbors);
+    row.Bind(1, netstack).Bind(2, std::int64_t{4}).Bind(3, std::int64_t{system});
+    row.Bind(4, interfaceName);
+    std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
+    while (row.Step()) {
+        HostCtl::Network::Ipv4Neighbor& record = neighbors.emplace_back();
+        record.address = Ipv4Address(row.Text(0));
+        record.macAddress = row.Text(1);
+        record.interfaceName = row.Text(2);
+        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
+        record.flags = FlagsFromWord(row.Text(4), false);
+    }
+    return neighbors;
+}
+
+std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system) {
+    auto row = database.Query(kSelectNeighbors);
+    row.Bind(1, netstack).Bind(2, std::int64_t{6}).Bind(3, std::int64_t{system});
+    row.Bind(4, interfaceName);
+    std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
+    while (row.Step()) {
+        HostCtl::Network::Ipv6Neighbor& record = neighbors.emplace_back();
+        record.address = Ipv6Address(row.Text(0));
+        record.macAddress = row.Text(1);
+        record.interfaceName = row.Text(2);
+        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
+        record.state = StateFromWord(row.IsNull(5) ? "reachable" : row.Text(5));
+        record.flags = FlagsFromWord(row.Text(4), true);
+    }
+    return neighbors;
+}
+
+void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal) {
+    const bool ipv6 = IsIpv6Neighbor(normal);
+    auto insert = database.Query(
+        "INSERT INTO routing_neighbor (netstack, family, system, address, mac, interface, expiry,"
+        " type, state) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+    insert.Bind(1, netstack)
+        .Bind(2, std::int64_t{ipv6 ? 6 : 4})
+        .Bind(3, std::int64_t{IsSystemNeighbor(normal)})
+        .Bind(4, normal.at("address").get<std::string>())
+        .Bind(5, normal.at("mac").get<std::string>())
+        .Bind(6, normal.at("interface").get<std::string>())
+        .Bind(7, normal.at("expiry").get<std::int64_t>())
+        .Bind(8, normal.at("type").get<std::string>());
+    if (ipv6) {
+        insert.Bind(9, normal.at("state").get<std::string>());
+    }
+    insert.Run();
+}
+
+Json ReadNeighborTable(Database& database, const std::string& netstack) {
+    auto row = database.Query(
+        "SELECT family, system, address, mac, interface, expiry, type, state"
+        " FROM routing_neighbor WHERE netstack = ?1 ORDER BY position");
+    row.Bind(1, netstack);
+    Json table = Json::array();
+    while (row.Step()) {
+        Json entry = {{"address", row.Text(2)},
+                      {"mac", row.Text(3)},
+                      {"interface", row.Text(4)},
+                      {"expiry", row.Int(5)},
+                      {"type", row.Text(6)}};
+        if (row.Int(0) == 6) {
+            entry["state"] = row.Text(7);
+        }
+        if (row.Bool(1)) {
+            entry["system"] = true;
+        }
+        table.push_back(std::move(entry));
+    }
+    return table;
+}
+
+bool DeleteNeighbors(Database& database, const std::string& netstack, int family,
+                     const std::string& address, const std::string& interfaceName) {
+    auto count = database.Query(
+        "SELECT count(*) FROM routing_neighbor WHERE netstack = ?1 AND family = ?2"
+        " AND system = 0 AND address = ?3 AND (?4 = '' OR interface = ?4)");
+    count.Bind(1, netstack).Bind(2, std::int64_t{family}).Bind(3, address).Bind(4, interfaceName);
+    if (!count.Step() || count.Int(0) == 0) {
+        return false;
+    }
+    database
+        .Query(
+            "DELETE FROM routing_neighbor WHERE netstack = ?1 AND family = ?2 AND system = 0"
+            " AND address = ?3 AND (?4 = '' OR interface = ?4)")
+        .Bind(1, netstack)
+        .Bind(2, std::int64_t{family})
+        .Bind(3, address)
+        .Bind(4, interfaceName)
+        .Run();
+    return true;
 }
 
 Json NormalNeighbor(const Json& neighbor) {

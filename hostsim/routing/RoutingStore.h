@@ -46,7 +46,7 @@ bool DeleteRoute(Database& database, const std::string& netstack, const Route& r
 Gateways ReadGateways(Database& database, const std::string& netstack);
 void WriteGateways(Database& database, const std::string& netstack, const Gateways& gateways);
 
-// The nested tables of an instance, each a JSON array in the form of the profile: "neighbors",
+// The nested tables of an instance, each a JSON array in the form of the profile:
 // "connections", "multicast". An instance without a row has empty ones.
 Json ReadTable(Database& database, const std::string& netstack, const char* table);
 void WriteTable(Database& database, const std::string& netstack, const char* table,
@@ -86,6 +86,24 @@ HostCtl::Network::Ipv4Neighbor Ipv4NeighborFromJson(const Json& neighbor);
 HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor);
 // The entry checked and in its normal form; throws HostCtlException naming what is wrong.
 Json NormalNeighbor(const Json& neighbor);
+// The neighbour table of an instance, a row per entry in the order they were made: adds an
+// entry in its normal form, gives the whole table in the form of the profile, and removes the
+// entries that are not the system's of a family with the address (on the interface, or on any
+// when it is empty), telling whether there were any.
+void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal);
+Json ReadNeighborTable(Database& database, const std::string& netstack);
+bool DeleteNeighbors(Database& database, const std::string& netstack, int family,
+                     const std::string& address, const std::string& interfaceName);
+// The IPv4 or IPv6 entries of an instance's table, system or not, in their order, on the
+// interface `interfaceName` or on any when it is empty.
+std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system);
+std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database,
+                                                              const std::string& netstack,
+                                                              const std::string& interfaceName,
+                                                              bool system);
 
 // The display words of neighbour states and types.
 std::string Ipv6StateWord(std::uint32_t state);

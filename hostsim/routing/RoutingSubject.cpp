@@ -30,9 +30,23 @@ constexpr const char* kSchemaSteps[] = {
     " ipv4_source TEXT NOT NULL, ipv6_gateway TEXT NOT NULL, ipv6_config_gateway TEXT NOT NULL,"
     " neighbors TEXT NOT NULL, connections TEXT NOT NULL, multicast TEXT NOT NULL)"
     " WITHOUT ROWID;",
+    // Neighbour tables grow to thousands of entries: a row each, read without parsing the
+    // whole table, instead of the JSON column that is left empty.
+    "CREATE TABLE routing_neighbor ("
+    " position INTEGER PRIMARY KEY, netstack TEXT NOT NULL, family INTEGER NOT NULL,"
+    " system INTEGER NOT NULL, address TEXT NOT NULL, mac TEXT NOT NULL,"
+    " interface TEXT NOT NULL, expiry INTEGER NOT NULL, type TEXT NOT NULL, state TEXT);"
+    "INSERT INTO routing_neighbor (netstack, family, system, address, mac, interface, expiry,"
+    " type, state)"
+    " SELECT r.netstack, iif(instr(n.value ->> 'address', ':') > 0, 6, 4),"
+    " coalesce(n.value ->> 'system', 0), n.value ->> 'address', coalesce(n.value ->> 'mac', ''),"
+    " n.value ->> 'interface', coalesce(n.value ->> 'expiry', 0),"
+    " coalesce(n.value ->> 'type', 'dynamic'), n.value ->> 'state'"
+    " FROM routing_netstack AS r, json_each(r.neighbors) AS n ORDER BY r.netstack, n.key;"
+    "UPDATE routing_netstack SET neighbors = '[]';",
 };
 
-constexpr const char* kTables[] = {"routing_route", "routing_netstack"};
+constexpr const char* kTables[] = {"routing_neighbor", "routing_route", "routing_netstack"};
 
 constexpr const char* kConnectionStates[] = {"CLOSED",      "LISTEN",     "SYN_SENT",   "RCVD",
                                              "ESTABLISHED", "CLOSE_WAIT", "FIN_WAIT_1", "CLOSING",
@@ -203,14 +217,14 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
             for (const Route& route : copied.routes) {
                 Routing::InsertRoute(database, target, route);
             }
-            Json neighbors = Routing::ReadTable(database, target, "neighbors");
+            for (const Json& neighbor : copied.neighbors) {
+                Routing::InsertNeighbor(database, target, neighbor);
+            }
             Json connections = Routing::ReadTable(database, target, "connections");
             Json multicast = Routing::ReadTable(database, target, "multicast");
-            neighbors.insert(neighbors.end(), copied.neighbors.begin(), copied.neighbors.end());
             connections.insert(connections.end(), copied.connections.begin(),
                                copied.connections.end());
             multicast.insert(multicast.end(), copied.multicast.begin(), copied.multicast.end());
-            Routing::WriteTable(database, target, "neighbors", neighbors);
             Routing::WriteTable(database, target, "connections", connections);
             Routing::WriteTable(database, target, "multicast", multicast);
         }
@@ -235,7 +249,7 @@ Json ExportSection(Database& database) {
             }
         }
         netstack["routes"] = list;
-        netstack["neighbors"] = Routing::ReadTable(database, key, "neighbors");
+        netstack["neighbors"] = Routing::ReadNeighborTable(database, key);
         netstack["connections"] = Routing::ReadTable(database, key, "connections");
         netstack["multicast"] = Routing::ReadTable(database, key, "multicast");
         netstacks.push_back(netstack);

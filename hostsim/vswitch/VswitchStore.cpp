@@ -1,5 +1,6 @@
 #include "hostsim/vswitch/VswitchStore.h"
 
+#include <array>
 #include <map>
 
 #include "hostctl/HostCtlException.h"
@@ -87,16 +88,53 @@ SwitchRecord ReadSwitch(const Statement& row) {
     "g.name, g.vswitch, g.vlan_id, g.users, g.teaming, g.security, g.shaping, s.teaming, " \
     "s.security, s.shaping"
 
-PortGroupRecord ReadPortGroup(const Statement& row) {
-    PortGroupRecord record;
-    record.name = row.Text(0);
-    record.switchName = row.Text(1);
-    record.vlanId = static_cast<std::uint16_t>(row.Int(2));
-    record.users = StringsFromJson(row.Text(3));
-    record.own = PoliciesFromColumns(row, 4, 5, 6);
-    record.inherited = Merge(PoliciesFromColumns(row, 7, 8, 9), DefaultPolicies());
-    return record;
-}
+// Reads port groups row by row. Rows of one switch carry the same switch policies, and most port
+// groups carry the same few policies of their own: each distinct text is parsed once, so that
+// listing thousands of port groups doesn't parse the same JSON thousands of times.
+class PortGroupReader {
+public:
+    PortGroupRecord Read(const Statement& row) {
+        PortGroupRecord record;
+        record.name = row.Text(0);
+        record.switchName = row.Text(1);
+        record.vlanId = static_cast<std::uint16_t>(row.Int(2));
+        record.users = StringsFromJson(row.Text(3));
+        record.own = own_.Read(row, 4);
+        const Policies& inherited = switch_.Read(row, 7);
+        if (switch_.changed) {
+            inherited_ = Merge(inherited, DefaultPolicies());
+        }
+        record.inherited = inherited_;
+        return record;
+    }
+
+private:
+    // The policies of three columns from `first` on, parsed again only when their text changes.
+    struct LastPolicies {
+        const Policies& Read(const Statement& row, int first) {
+            std::array<std::string, 3> texts{row.Text(first), row.Text(first + 1),
+                                             row.Text(first + 2)};
+            changed = !read || texts != texts_;
+            if (changed) {
+                policies = PoliciesFromColumns(row, first, first + 1, first + 2);
+                texts_ = std::move(texts);
+                read = true;
+            }
+            return policies;
+        }
+
+        Policies policies;
+        bool read = false;
+        bool changed = false;
+
+    private:
+        std::array<std::string, 3> texts_;
+    };
+
+    LastPolicies own_;
+    LastPolicies switch_;
+    Policies inherited_;
+};
 
 // Fills the uplinks, port groups and what derives from them into the switches read.
 void Complete(Database& database, std::vector<SwitchRecord>& switches) {
@@ -360,8 +398,9 @@ std::vector<PortGroupRecord> LoadPortGroups(Database& database, PortsetGetType t
                                 " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
                                 "g.vswitch WHERE s.system = ?1 ORDER BY s.position, g.position");
     query.Bind(1, static_cast<std::int64_t>(type == HostCtl::Network::PortsetGetSystem));
+    PortGroupReader reader;
     while (query.Step()) {
-        portGroups.push_back(ReadPortGroup(query));
+        portGroups.push_back(reader.Read(query));
     }
     return portGroups;
 }
@@ -372,8 +411,9 @@ std::vector<PortGroupRecord> LoadPortGroupsOf(Database& database, const std::str
                                 " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
                                 "g.vswitch WHERE s.name = ?1 ORDER BY g.position");
     query.Bind(1, switchName);
+    PortGroupReader reader;
     while (query.Step()) {
-        portGroups.push_back(ReadPortGroup(query));
+        portGroups.push_back(reader.Read(query));
     }
     return portGroups;
 }
@@ -386,7 +426,7 @@ std::optional<PortGroupRecord> LoadPortGroup(Database& database, const std::stri
     if (!query.Step()) {
         return std::nullopt;
     }
-    return ReadPortGroup(query);
+    return PortGroupReader().Read(query);
 }
 
 std::vector<std::string> UplinkNicNames(Database& database) {

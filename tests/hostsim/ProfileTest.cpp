@@ -1,6 +1,8 @@
 // Profiles through the hostsim tool: init, export, import, reset and scale.
 #include <fstream>
 #include <set>
+#include <span>
+#include <string_view>
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
@@ -73,6 +75,83 @@ TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
     EXPECT_EQ(nics[24]["mac"], "00:50:56:a1:02:02");
     EXPECT_EQ(nics[24]["driverInfo"]["busInfo"], "0002:3b:00.0");
     EXPECT_EQ(nics[27]["dpuId"], nics[5]["dpuId"]);
+}
+
+// The values of `key` in every element of the arrays `path` leads to ("*" steps into each element).
+std::vector<std::string> Collect(const HostSim::Json& value, std::span<const char* const> path,
+                                 const char* key) {
+    if (path.empty()) {
+        return {value.at(key).dump()};
+    }
+    std::vector<std::string> values;
+    const auto step = [&](const HostSim::Json& next) {
+        for (auto& found : Collect(next, path.subspan(1), key)) {
+            values.push_back(std::move(found));
+        }
+    };
+    if (std::string_view(path[0]) == "*") {
+        for (const auto& element : value) {
+            step(element);
+        }
+    } else {
+        step(value.at(path[0]));
+    }
+    return values;
+}
+
+TEST_F(ProfileTest, EveryScaleGivesAHostOfUniqueNamesThatExportsAndImportsAlike) {
+    struct Case {
+        unsigned scale;
+        std::size_t nics, portGroups, kelmNics, routes, ensMaximum, ensContexts;
+    };
+    // The host allows at most 256 ENS contexts: copies past that limit bring none. Security
+    // associations named "auto" share their name; their SPIs tell them apart.
+    const Case cases[] = {{1, 11, 6, 4, 10, 8, 4},
+                          {2, 22, 12, 8, 20, 16, 8},
+                          {10, 110, 60, 40, 100, 80, 40},
+                          {112, 1232, 672, 448, 1120, 256, 256}};
+    struct Unique {
+        std::vector<const char*> path;
+        const char* key;
+    };
+    const Unique uniques[] = {{{"nics", "*"}, "name"},
+                              {{"nics", "*"}, "mac"},
+                              {{"vswitches", "*"}, "name"},
+                              {{"vswitches", "*", "portGroups", "*"}, "name"},
+                              {{"dvswitches", "*"}, "name"},
+                              {{"dvswitches", "*"}, "id"},
+                              {{"kelmnics", "*"}, "name"},
+                              {{"kelmnics", "*"}, "mac"},
+                              {{"kelmnics", "*"}, "portId"},
+                              {{"ports", "worlds", "*"}, "id"},
+                              {{"ports", "worlds", "*"}, "name"},
+                              {{"ports", "ports", "*"}, "id"},
+                              {{"ens", "lcores", "*"}, "id"},
+                              {{"ipsec", "securityAssociations", "*"}, "spi"},
+                              {{"ipsec", "securityPolicies", "*"}, "name"}};
+    for (const Case& test : cases) {
+        SCOPED_TRACE("scale " + std::to_string(test.scale));
+        InitHost({"--scale=" + std::to_string(test.scale)});
+        const HostSim::Json host = ExportHost();
+        EXPECT_EQ(host["nics"].size(), test.nics);
+        EXPECT_EQ(Collect(host, std::vector{"vswitches", "*", "portGroups", "*"}, "name").size(),
+                  test.portGroups);
+        EXPECT_EQ(host["kelmnics"].size(), test.kelmNics);
+        EXPECT_EQ(Collect(host, std::vector{"routing", "netstacks", "*", "routes", "*"}, "network")
+                      .size(),
+                  test.routes);
+        EXPECT_EQ(host["ens"]["maxLcores"], test.ensMaximum);
+        EXPECT_EQ(host["ens"]["lcores"].size(), test.ensContexts);
+        for (const Unique& unique : uniques) {
+            const auto values = Collect(host, unique.path, unique.key);
+            EXPECT_EQ(std::set<std::string>(values.begin(), values.end()).size(), values.size())
+                << unique.path[0] << " " << unique.key;
+        }
+        Testing::TemporaryDirectory other;
+        auto imported = Testing::RunHostsim({"import", WriteProfile(host)}, other.Path());
+        ASSERT_EQ(imported.status, 0) << imported.err;
+        EXPECT_EQ(HostSim::Json::parse(Testing::RunHostsim({"export"}, other.Path()).out), host);
+    }
 }
 
 TEST_F(ProfileTest, ScaledMacAddressesStayApartBeyond256Copies) {
