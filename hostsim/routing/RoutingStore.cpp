@@ -178,10 +178,10 @@ void ForgetNetstack(Database& database, const std::string& netstack) {
 
 void ForgetInterface(Database& database, const std::string& netstack,
                      const std::string& interfaceName) {
-    database.Query("DELETE FROM routing_route WHERE netstack = ?1 AND interface = ?2")
-        .Bind(1, netstack)
-        .Bind(2, interfaceName)
-        .Run();
+    for (const char* sql : {"DELETE FROM routing_route WHERE netstack = ?1 AND interface = ?2",
+                            "DELETE FROM routing_neighbor WHERE netstack = ?1 AND interface = ?2"}) {
+        database.Query(sql).Bind(1, netstack).Bind(2, interfaceName).Run();
+    }
 }
 
 }  // namespace HostSim::Routing

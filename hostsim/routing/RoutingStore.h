@@ -67,7 +67,7 @@ void RequireNetstack(Database& database, const std::string& netstack);
 // Drops every row of an instance that is being removed: its routes, gateways, neighbours,
 // connections and memberships go with it, as a host's do.
 void ForgetNetstack(Database& database, const std::string& netstack);
-// Drops the routes through an interface that is being removed.
+// Drops the routes through an interface that is being removed, and its neighbours.
 void ForgetInterface(Database& database, const std::string& netstack,
                      const std::string& interfaceName);
 

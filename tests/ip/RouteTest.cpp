@@ -58,11 +58,12 @@ TEST_F(Route, ARouteAddedOnAnotherInstanceShowsThereOnly) {
             "glidex"});
     EXPECT_EQ(Ipv4({"-N", "glidex"}).size(), 3u);
 
-    // The routes through an interface go with it.
+    // The routes through an interface, and its neighbours, go with it.
     Change({"ip", "interface", "remove", "-i", "kelm1"});
     for (const Words& route : Ipv4({"-N", "glidex"})) {
         EXPECT_EQ(route.front(), "default") << ::testing::PrintToString(route);
     }
+    EXPECT_TRUE(Table({"ip", "neighbor", "list", "-N", "glidex"}, {"Kelmnic"}).empty());
 }
 
 TEST_F(Route, Ipv6PrefixShowsAsAMask) {
