@@ -39,6 +39,9 @@ inline const std::vector<SweepCase> kRulesets{
       "FirewallRuleset::CheckConfigurable", "FirewallRuleset::SetAllowedAll",
       "FirewallRuleset::Disable"},
      {.escapingOperations = {"FirewallRuleset::IsAllowedAll", "FirewallRuleset::IsEnabled"}}},
+    {{"firewall", "ruleset", "set", "-r", "snmp", "--enabled=true"},
+     {"FirewallRuleset::CheckConfigurable", "FirewallRuleset::Enable"},
+     {.escapingOperations = {"FirewallRuleset::IsAllowedAll", "FirewallRuleset::IsEnabled"}}},
 };
 
 inline const std::vector<SweepCase> kClientsAndAllowedAddresses{
