@@ -147,16 +147,4 @@ TEST_F(NicGetTest, UnknownNicAndHostFailures) {
     EXPECT_EQ(RunError({"nic", "get", "-n", "hwnic0"}), "pause registers unreadable");
 }
 
-TEST_F(NicGetTest, EveryFailingHostOperationEndsInOneMessage) {
-    auto swept = ExpectEveryFaultFails({"nic", "get", "-n", "hwnic0"});
-    std::vector<std::string> operations;
-    for (const auto& call : swept) {
-        operations.push_back(call.operation);
-    }
-    EXPECT_THAT(operations,
-                ::testing::IsSupersetOf({"NetworkInfo::GetPnicByName", "Pnic::GetPnicInfo",
-                                         "Pnic::GetPauseParams", "Pnic::GetPnicDriverInfo",
-                                         "SmartNicInfo::GetSmartNicByPnic"}));
-}
-
 }  // namespace

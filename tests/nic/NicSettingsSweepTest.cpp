@@ -1,87 +1,31 @@
 // Every host operation of every NIC settings command, failed in turn; and the settings'
 // section of a profile through export, import and scale.
-#include <algorithm>
 #include <fstream>
 
 #include <nlohmann/json.hpp>
 
+#include "NicSweepCases.h"
 #include "hostctl/HostCtlException.h"
 #include "hostsim/Control.h"
-#include "support/CommandTest.h"
 
 namespace {
 
-using Words = std::vector<std::string>;
+class NicSettingsSweep : public Testing::CommandTest {};
 
-class NicSettingsSweep : public Testing::CommandTest {
-protected:
-    // Sweeps `network nic <words...>` and checks that it failed each of `expected` in turn.
-    void Sweep(const Words& words, const Words& expected, const SweepRules& rules = {}) {
-        Words line{"nic"};
-        line.insert(line.end(), words.begin(), words.end());
-        SCOPED_TRACE(::testing::PrintToString(line));
-        Words swept;
-        for (const auto& call : ExpectEveryFaultFails(line, rules)) {
-            swept.push_back(call.operation);
-        }
-        for (const auto& operation : expected) {
-            EXPECT_NE(std::find(swept.begin(), swept.end(), operation), swept.end()) << operation;
-        }
-    }
-};
+TEST_F(NicSettingsSweep, LinkAndInfo) {
+    SweepTable(NicSweeps::kLinkAndInfo);
+}
 
 TEST_F(NicSettingsSweep, SetAndStatistics) {
-    Sweep({"set", "-n", "hwnic0", "-t", "external", "-S", "100", "-D", "full"},
-          {"NetworkInfoImpl::NetworkInfoImpl", "NetworkInfo::GetPnicByName", "Pnic::GetPnicInfo",
-           "Pnic::SetPnicInfo", "Pnic::SetSpeedDuplex"});
-    Sweep({"set", "-n", "hwnic0", "-a"}, {"Pnic::GetPnicInfo", "Pnic::SetSpeedDuplex"});
-    Sweep({"stats", "get", "-n", "hwnic0"},
-          {"PnicImpl::PnicImpl", "PnicImpl::GetPnicStats", "Pnic::GetName"});
-    Sweep(
-        {"vlan", "stats", "get", "-n", "hwnic2"},
-        {"VirtualSwitchInfoImpl::GetAllSwitches", "Portset::GetUplinks", "Portset::GetVlanStats"});
-    Sweep({"vlan", "stats", "set", "-n", "hwnic1", "-e", "true"},
-          {"VirtualSwitchInfoImpl::GetAllSwitches", "Portset::GetUplinks",
-           "Portset::SetVlanStatsEnabled"});
+    SweepTable(NicSweeps::kSetAndStatistics);
 }
 
 TEST_F(NicSettingsSweep, Coalescing) {
-    Sweep({"coalesce", "get"}, {"NetworkInfo::GetPnics", "Pnic::GetName"},
-          {.handledOperations = {"Pnic::GetCoalesceParams"}});
-    Sweep({"coalesce", "get", "-n", "hwnic0"}, {"NetworkInfo::GetPnicByName"},
-          {.handledOperations = {"Pnic::GetCoalesceParams"}});
-    Sweep({"coalesce", "set", "-n", "hwnic0", "-r", "5"},
-          {"Pnic::GetCoalesceParams", "Pnic::SetCoalesceParams"});
-    for (const char* band : {"low", "high"}) {
-        Sweep({"coalesce", band, "get", "-n", "hwnic0"},
-              {"NetworkFactory::GetNetworkInfo", "Pnic::GetCoalesceParams"});
-        Sweep({"coalesce", band, "set", "-n", "hwnic0", "-p", "9"},
-              {"NetworkFactory::GetNetworkInfo", "Pnic::GetCoalesceParams",
-               "Pnic::SetCoalesceParams"});
-    }
+    SweepTable(NicSweeps::kCoalescing);
 }
 
-TEST_F(NicSettingsSweep, OffloadAndSoftwareSimulation) {
-    for (const char* offload : {"cso", "tso", "sg"}) {
-        Sweep({offload, "get"}, {"NetworkInfo::GetPnics", "Pnic::GetName"},
-              {.handledOperations = {"Pnic::GetOffloadParams"}});
-        Sweep({offload, "set", "-n", "hwnic1", "-e", "1"},
-              {"NetworkInfo::GetPnicByName", "Pnic::GetOffloadParams", "Pnic::SetOffloadParams"});
-    }
-    Sweep({"software", "list", "-n", "hwnic6"}, {"NetworkFactory::GetNetworkInfo", "Pnic::GetName"},
-          {.handledOperations = {"Pnic::GetSoftwareSimulation"}});
-    Sweep({"software", "set", "-n", "hwnic0", "--sg", "true"},
-          {"NetworkFactory::GetNetworkInfo", "Pnic::SetSoftwareSimulation"});
-}
-
-TEST_F(NicSettingsSweep, RingsAndPause) {
-    Sweep({"ring", "preset", "get", "-n", "hwnic2"}, {"Pnic::GetRingParams"});
-    Sweep({"ring", "current", "get", "-n", "hwnic2"}, {"Pnic::GetRingParams"});
-    Sweep({"ring", "current", "set", "-n", "hwnic2", "-t", "64"}, {"Pnic::SetRingParams"});
-    Sweep({"pauseParams", "list"}, {"NetworkInfo::GetPnics", "Pnic::GetName"},
-          {.handledOperations = {"Pnic::GetPauseParams"}});
-    Sweep({"pauseParams", "set", "-n", "hwnic0", "--rx", "false"},
-          {"Pnic::GetPauseParams", "Pnic::SetPauseParams"});
+TEST_F(NicSettingsSweep, OffloadSoftwareRingsAndPause) {
+    SweepTable(NicSweeps::kOffloadSoftwareRingsAndPause);
 }
 
 TEST_F(NicSettingsSweep, ProfileRoundTripsAndScales) {

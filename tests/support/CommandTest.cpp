@@ -292,9 +292,15 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
     const std::vector<std::string>& words, const SweepRules& rules) {
     constexpr char kInjected[] = "injected fault";
     std::vector<HostSim::OperationCall> operations;
+    auto prepare = [this, &rules](const TemporaryDirectory& fresh) {
+        HostSim::UseStateDirectory(fresh.Path());
+        for (const auto& line : rules.setup) {
+            EXPECT_EQ(Run(line).status, CommandHost::ExitOk) << ::testing::PrintToString(line);
+        }
+    };
     {
         TemporaryDirectory fresh;
-        HostSim::UseStateDirectory(fresh.Path());
+        prepare(fresh);
         HostSim::StartTrace();
         auto result = Run(words);
         operations = HostSim::StopTrace();
@@ -303,7 +309,7 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
     for (const auto& operation : operations) {
         SCOPED_TRACE(operation.operation + "@" + operation.object);
         TemporaryDirectory fresh;
-        HostSim::UseStateDirectory(fresh.Path());
+        prepare(fresh);
         HostSim::InjectFault(operation.operation, operation.object, kInjected);
         auto result = Run(words);
         HostSim::ClearFaults();
@@ -319,7 +325,7 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
             EXPECT_EQ(result.status, CommandHost::ExitOk) << Describe(result);
             continue;
         }
-        if (listed(rules.escapingOperations)) {
+        if (rules.everyFailureEscapes || listed(rules.escapingOperations)) {
             EXPECT_EQ(result.status, CommandHost::ExitException) << Describe(result);
             EXPECT_EQ(result.output->GetRootObject(), nullptr);
             continue;
@@ -332,6 +338,19 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
     }
     HostSim::UseStateDirectory(StateDirectory());
     return operations;
+}
+
+void CommandTest::SweepTable(const std::vector<SweepCase>& cases) {
+    for (const auto& sweep : cases) {
+        SCOPED_TRACE(::testing::PrintToString(sweep.words));
+        std::vector<std::string> swept;
+        for (const auto& call : ExpectEveryFaultFails(sweep.words, sweep.rules)) {
+            swept.push_back(call.operation);
+        }
+        for (const auto& operation : sweep.expected) {
+            EXPECT_NE(std::find(swept.begin(), swept.end(), operation), swept.end()) << operation;
+        }
+    }
 }
 
 }  // namespace Testing

@@ -28,6 +28,30 @@ private:
     std::string path_;
 };
 
+// What a fault sweep of one command line allows besides "error messages and no root".
+struct SweepRules {
+    // A failure of one of these operations is handled inside the run, which then succeeds.
+    std::vector<std::string> handledOperations = {};
+    // A failure of one of these operations comes ahead of the command's guarded block and
+    // so reaches the command host as an escaped exception.
+    std::vector<std::string> escapingOperations = {};
+    // The command has no handler: a failure of any operation escapes.
+    bool everyFailureEscapes = false;
+    // The command leaves a root beside its error messages.
+    bool rootMayStay = false;
+    // Command lines (after "network") run without faults on each fresh host ahead of the
+    // swept line, for a command that needs something made first.
+    std::vector<std::vector<std::string>> setup = {};
+};
+
+// One line of a family's sweep table: the command line after "network", the operations the
+// sweep must have failed, and what else the sweep allows.
+struct SweepCase {
+    std::vector<std::string> words;
+    std::vector<std::string> expected;
+    SweepRules rules = {};
+};
+
 // The plug-in's tree, registered once per process.
 CommandHost::CommandHost& PluginHost();
 
@@ -50,15 +74,7 @@ protected:
 
     const std::string& StateDirectory() const { return state_->Path(); }
 
-    struct SweepRules {
-        // A failure of one of these operations is handled inside the run, which then succeeds.
-        std::vector<std::string> handledOperations = {};
-        // A failure of one of these operations comes ahead of the command's guarded block and
-        // so reaches the command host as an escaped exception.
-        std::vector<std::string> escapingOperations = {};
-        // The command leaves a root beside its error messages.
-        bool rootMayStay = false;
-    };
+    using SweepRules = Testing::SweepRules;
 
     // The fault sweep: records the host operations of a normal run of `words` on a fresh
     // default host, then runs it once per operation on another fresh host with that operation
@@ -71,6 +87,9 @@ protected:
         const std::vector<std::string>& words) {
         return ExpectEveryFaultFails(words, SweepRules{});
     }
+    // Sweeps each line of a table and checks that each sweep failed the line's expected
+    // operations.
+    void SweepTable(const std::vector<SweepCase>& cases);
 
 private:
     std::unique_ptr<TemporaryDirectory> state_;
