@@ -143,7 +143,7 @@ void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
         std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
         routing.GetCurrentIpv4KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = GetOutputStructure();
+            auto row = MetaStruct::New(kShape.structure->name);
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);
@@ -157,7 +157,7 @@ void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
         std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
         routing.GetCurrentIpv6KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = GetOutputStructure();
+            auto row = MetaStruct::New(kShape.structure->name);
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);

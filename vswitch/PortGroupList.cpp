@@ -57,7 +57,7 @@ void VirtualSwitchPortGroupList::ExecuteInternal(const std::shared_ptr<Input>& i
             if (!portGroup) {
                 continue;
             }
-            auto row = GetOutputStructure();
+            auto row = MetaStruct::New(kPortGroup.name);
             row->SetField(kName, portGroup->GetName());
             row->SetField(kVirtualSwitch, portGroup->GetPortsetName());
             row->SetField(kActiveClients, static_cast<long>(portGroup->GetActiveClients()));

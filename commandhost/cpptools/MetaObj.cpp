@@ -98,7 +98,7 @@ void MetaStruct::Put(std::string_view name, std::shared_ptr<MetaValue> value) {
     } else {
         if (fields_.empty()) {
             // Room for a typical struct at once, rather than growing it field by field.
-            fields_.reserve(16);
+            fields_.reserve(8);
         }
         fields_.emplace_back(std::string(name), std::move(value));
     }
