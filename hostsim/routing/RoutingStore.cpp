@@ -178,8 +178,9 @@ void ForgetNetstack(Database& database, const std::string& netstack) {
 
 void ForgetInterface(Database& database, const std::string& netstack,
                      const std::string& interfaceName) {
-    for (const char* sql : {"DELETE FROM routing_route WHERE netstack = ?1 AND interface = ?2",
-                            "DELETE FROM routing_neighbor WHERE netstack = ?1 AND interface = ?2"}) {
+    for (const char* sql :
+         {"DELETE FROM routing_route WHERE netstack = ?1 AND interface = ?2",
+          "DELETE FROM routing_neighbor WHERE netstack = ?1 AND interface = ?2"}) {
         database.Query(sql).Bind(1, netstack).Bind(2, interfaceName).Run();
     }
 }
@@ -263,43 +264,51 @@ constexpr const char kSelectNeighbors[] =
     " WHERE netstack = ?1 AND family = ?2 AND system = ?3 AND (?4 = '' OR interface = ?4)"
     " ORDER BY position";
 
+namespace {
+
+// The rows of one family's entries, each read into a record of that family: the columns both
+// families have, then what `finish` reads of the rest.
+template <class Record, class Address, class Finish>
+std::vector<Record> ReadNeighbors(Database& database, const std::string& netstack, int family,
+                                  const std::string& interfaceName, bool system, Finish finish) {
+    auto row = database.Query(kSelectNeighbors);
+    row.Bind(1, netstack).Bind(2, std::int64_t{family}).Bind(3, std::int64_t{system});
+    row.Bind(4, interfaceName);
+    std::vector<Record> neighbors;
+    while (row.Step()) {
+        Record& record = neighbors.emplace_back();
+        record.address = Address(row.Text(0));
+        record.macAddress = row.Text(1);
+        record.interfaceName = row.Text(2);
+        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
+        finish(row, record);
+    }
+    return neighbors;
+}
+
+}  // namespace
+
 std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database,
                                                               const std::string& netstack,
                                                               const std::string& interfaceName,
                                                               bool system) {
-    auto row = database.Query(kSelectNeighbors);
-    row.Bind(1, netstack).Bind(2, std::int64_t{4}).Bind(3, std::int64_t{system});
-    row.Bind(4, interfaceName);
-    std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
-    while (row.Step()) {
-        HostCtl::Network::Ipv4Neighbor& record = neighbors.emplace_back();
-        record.address = Ipv4Address(row.Text(0));
-        record.macAddress = row.Text(1);
-        record.interfaceName = row.Text(2);
-        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
-        record.flags = FlagsFromWord(row.Text(4), false);
-    }
-    return neighbors;
+    return ReadNeighbors<HostCtl::Network::Ipv4Neighbor, Ipv4Address>(
+        database, netstack, 4, interfaceName, system,
+        [](const Statement& row, HostCtl::Network::Ipv4Neighbor& record) {
+            record.flags = FlagsFromWord(row.Text(4), false);
+        });
 }
 
 std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database,
                                                               const std::string& netstack,
                                                               const std::string& interfaceName,
                                                               bool system) {
-    auto row = database.Query(kSelectNeighbors);
-    row.Bind(1, netstack).Bind(2, std::int64_t{6}).Bind(3, std::int64_t{system});
-    row.Bind(4, interfaceName);
-    std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
-    while (row.Step()) {
-        HostCtl::Network::Ipv6Neighbor& record = neighbors.emplace_back();
-        record.address = Ipv6Address(row.Text(0));
-        record.macAddress = row.Text(1);
-        record.interfaceName = row.Text(2);
-        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
-        record.state = StateFromWord(row.IsNull(5) ? "reachable" : row.Text(5));
-        record.flags = FlagsFromWord(row.Text(4), true);
-    }
-    return neighbors;
+    return ReadNeighbors<HostCtl::Network::Ipv6Neighbor, Ipv6Address>(
+        database, netstack, 6, interfaceName, system,
+        [](const Statement& row, HostCtl::Network::Ipv6Neighbor& record) {
+            record.state = StateFromWord(row.IsNull(5) ? "reachable" : row.Text(5));
+            record.flags = FlagsFromWord(row.Text(4), true);
+        });
 }
 
 void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal) {
