@@ -176,18 +176,25 @@ BENCHMARK(PortGroupList)
     ->Unit(benchmark::kMicrosecond)
     ->Complexity(benchmark::oN);
 
-// Kelm interfaces: copies of kelm0 on "VM Network", each with its own name, MAC address, port
-// and IPv4 address.
+// Kelm interfaces: copies of kelm0, each with its own name, MAC address, port, IPv4 address and
+// port group on lanswitch0 (a port group has one interface at most).
 void InterfaceList(benchmark::State& state) {
     const long size = state.range(0);
     GrownHost host([size](HostSim::Json& profile) {
         HostSim::Json model = profile["kelmnics"][0];
-        model["connection"] = {{"portGroup", "VM Network"}};
         model["tags"] = HostSim::Json::array();
         model["netDump"]["dumper"] = false;
         model["ipConfig"]["ipv6"]["addresses"] = HostSim::Json::array();
+        const long existing = static_cast<long>(profile["kelmnics"].size());
+        GrowTo(profile["vswitches"][0]["portGroups"],
+               static_cast<long>(profile["vswitches"][0]["portGroups"].size()) + size - existing,
+               [](long index) -> HostSim::Json {
+                   return {{"name", "Kelm Network " + std::to_string(index)},
+                           {"vlanId", index % 4094 + 1}};
+               });
         GrowTo(profile["kelmnics"], size, [&model](long index) {
             HostSim::Json nic = model;
+            nic["connection"] = {{"portGroup", "Kelm Network " + std::to_string(index)}};
             nic["name"] = "kelm" + std::to_string(100 + index);
             nic["mac"] = LoadMac(0x6c, index);
             nic["portId"] = 0x07000000 + index;
