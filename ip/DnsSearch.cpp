@@ -3,6 +3,7 @@
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "ip/NameServiceCommands.h"
+#include "ip/NetstackParameter.h"
 #include "kelmctl/DnsConfigImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -12,10 +13,6 @@ using Declare::Field;
 using Declare::FieldType;
 
 constexpr char kDomainParameter[] = "domain";
-constexpr char kNetstackParameter[] = "netstack";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
 constexpr char kSeparator[] = " ";
 
 constexpr char kSearchDomains[] = "DNS Search Domains";

@@ -4,6 +4,7 @@
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
 #include "ip/NameServiceCommands.h"
+#include "ip/NetstackParameter.h"
 #include "kelmctl/DnsConfigImpl.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
@@ -17,11 +18,7 @@ using HostCtl::Network::Ipv4Address;
 using HostCtl::Network::Ipv6Address;
 
 constexpr char kServerParameter[] = "server";
-constexpr char kNetstackParameter[] = "netstack";
 constexpr char kAllParameter[] = "all";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
 constexpr char kNotAddress[] = "The specified address '";
 constexpr char kNotAddressEnd[] = "' is not recognised as a valid IP address";
 constexpr char kIpv4DhcpDns[] = "Can't add DNS server when IPv4 DHCP DNS is enabled";

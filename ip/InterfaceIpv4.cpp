@@ -168,7 +168,7 @@ void IpInterfaceIpv4Get::ExecuteInternal(const std::shared_ptr<Input>& input,
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
         const std::string& netstack = input->GetParameter(kNetstackParameter);
         KelmCtl::Network::KelmNicInfoImpl nics;
-        KelmCtl::Network::RoutingInfoImpl routing(kDefaultNetstackKey);
+        KelmCtl::Network::RoutingInfoImpl routing(kDefaultNetstack);
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const auto type = ReadInterfaceType(*input, *output, netstack);
         if (!type) {

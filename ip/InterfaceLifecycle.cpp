@@ -29,8 +29,6 @@ constexpr char kRxQueueParameter[] = "num-rxqueue";
 constexpr char kMacParameter[] = "mac-address";
 
 constexpr char kInterfaceNamePattern[] = "kelm([0-9]|[1-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
 constexpr char kDvsNameDescription[] =
     "DVSwitch name of the connection point. This requires --dvport-id to be given in the same "
     "command";
@@ -185,7 +183,7 @@ void MoveTag(HostCtl::Network::KelmNic& nic, KelmNicTagType tag) {
     KelmCtl::Network::KelmNicInfoImpl nics;
     nic.AddTag(tag, false);
     for (const auto& bearer : nics.GetKelmNicsByTag(tag)) {
-        if (bearer && bearer->GetNetstackInstanceKey() == kDefaultNetstackKey) {
+        if (bearer && bearer->GetNetstackInstanceKey() == kDefaultNetstack) {
             bearer->RemoveTag(tag);
         }
     }
@@ -251,7 +249,7 @@ void IpInterfaceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         HostCtl::Network::IpConfig config;
-        const std::string key = hasNetstack ? netstack : std::string(kDefaultNetstackKey);
+        const std::string key = hasNetstack ? netstack : std::string(kDefaultNetstack);
         auto nic = nics.AddKelmNic(*point, key, config, mac, 0, mtu, rxQueues, name, false);
         for (const DedicatedNetstack& dedicated : kDedicatedNetstacks) {
             if (key != dedicated.key) {
@@ -332,7 +330,7 @@ void IpInterfaceRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         const std::string& netstack = input->GetParameter(kNetstackParameter);
-        nics.RemoveKelmNic(*point, netstack.empty() ? std::string(kDefaultNetstackKey) : netstack);
+        nics.RemoveKelmNic(*point, netstack.empty() ? std::string(kDefaultNetstack) : netstack);
         output->SetRootObject(MetaBool::New(true));
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(

@@ -22,7 +22,7 @@ std::optional<HostCtl::Network::PortsetGetType> ReadInterfaceType(const Input& i
         output.AddErrorMessage(kInvalidType);
         return std::nullopt;
     }
-    if (checkNetstack && !netstack.empty() && netstack != kDefaultNetstackKey) {
+    if (checkNetstack && !netstack.empty() && netstack != kDefaultNetstack) {
         output.AddErrorMessage(kInvalidNetstack);
         return std::nullopt;
     }

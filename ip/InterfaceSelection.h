@@ -8,14 +8,13 @@
 
 #include "frame/Declaration.h"
 #include "hostctl/KelmNic.h"
+#include "ip/NetstackParameter.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
 
 inline constexpr char kInterfaceNameParameter[] = "interface-name";
-inline constexpr char kNetstackParameter[] = "netstack";
 inline constexpr char kInterfaceTypeParameter[] = "type";
-inline constexpr char kDefaultNetstackKey[] = "defaultTcpipStack";
 
 // The portset type of a listing's `type` parameter: ordinary when absent; with it, "system",
 // and then a `netstack` that is empty or the default one. Otherwise adds "Invalid type value,

@@ -1,5 +1,6 @@
 // `network ip neighbor list|remove`: the ARP and IPv6 neighbour tables of a netstack instance.
 #include "hostctl/HostCtlException.h"
+#include "ip/NetstackParameter.h"
 #include "ip/RouteCommands.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/NetworkInfoImpl.h"
@@ -13,14 +14,10 @@ using Declare::FieldType;
 using KelmCtl::Network::RoutingInfoImpl;
 
 constexpr char kVersionParameter[] = "version";
-constexpr char kNetstackParameter[] = "netstack";
 constexpr char kInterfaceParameter[] = "interface-name";
 constexpr char kTypeParameter[] = "type";
 constexpr char kAddressParameter[] = "neighbor-addr";
 constexpr char kVersionDescription[] = "IP version: %ENUM%";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
 constexpr char kAllVersions[] = "all";
 constexpr char kIpv4[] = "4";
 constexpr char kIpv6[] = "6";

@@ -2,15 +2,13 @@
 // share.
 #pragma once
 
+#include "ip/NetstackParameter.h"
+
 namespace ZanvexCli::NetworkNamespace::Route {
 
 constexpr char kNetworkParameter[] = "network";
 constexpr char kGatewayParameter[] = "gateway";
-constexpr char kNetstackParameter[] = "netstack";
 constexpr char kTypeParameter[] = "type";
-constexpr char kNetstackDescription[] =
-    "The network stack instance; if unspecified, use the default netstack instance";
-constexpr char kDefaultNetstack[] = "defaultTcpipStack";
 constexpr char kDefaultNetwork[] = "default";
 constexpr char kSystemType[] = "system";
 constexpr char kNotDefaultRoute[] = " is not a default route.";
