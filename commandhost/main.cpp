@@ -1,9 +1,12 @@
 // autocli: loads the plug-ins and runs one command line.
+#include <malloc.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -62,9 +65,31 @@ size_t TerminalWidth() {
     return 80;
 }
 
+// Maps the heap a command works in with one call. A process of one command touches about
+// 200 KiB of heap, and touching each page for the first time is a page fault of its own; on a
+// virtualised host forty of those cost more than the single madvise that maps them all. The
+// heap is grown by a block of that size, which is freed again and kept at the top of the heap
+// (neither trimmed nor given its own mapping), and the pages from it to the break are populated.
+// A kernel without MADV_POPULATE_WRITE refuses the call, and the pages fault as they would.
+void PrefaultHeap() {
+    constexpr std::size_t kWorkingHeap = 192 * 1024;
+    mallopt(M_MMAP_THRESHOLD, 4 * kWorkingHeap);
+    mallopt(M_TRIM_THRESHOLD, 8 * kWorkingHeap);
+    mallopt(M_TOP_PAD, 64 * 1024);
+    void* block = std::malloc(kWorkingHeap);
+    const auto first = reinterpret_cast<std::uintptr_t>(block) & ~std::uintptr_t{4095};
+    const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    std::free(block);
+    // Under an allocator of its own (a sanitizer's), the block is not on the break's heap.
+    if (block && end > first && end - first <= 2 * kWorkingHeap) {
+        madvise(reinterpret_cast<void*>(first), end - first, MADV_POPULATE_WRITE);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    PrefaultHeap();
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     FileDescriptorChannel out(STDOUT_FILENO);
     FileDescriptorChannel err(STDERR_FILENO);

@@ -119,7 +119,11 @@ public:
 };
 
 // Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
-// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape.
+// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape. The
+// command class's own constructor applies the shape (`Self() { Declare::ApplyShape(*this,
+// kShape); }`): with nothing to do here while this part is built, the compiler drops this
+// template's own table of virtual functions, which the loader would otherwise relocate for every
+// command of every process.
 template <class Self>
 class DeclaredCommand : public CommandNode {
 public:
@@ -128,8 +132,6 @@ public:
         command->PrimeThis(command);
         return command;
     }
-
-    DeclaredCommand() { Declare::ApplyShape(*this, Self::kShape); }
 
     static std::shared_ptr<MetaStruct> GetOutputStructure() {
         return Declare::MakeStruct(*Self::kShape.structure);
@@ -150,6 +152,7 @@ protected:
     class ClassName final : public DeclaredCommand<ClassName> {               \
     public:                                                                   \
         static const Declare::CommandShape kShape;                            \
+        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
     protected:                                                                \
         void ExecuteInternal(const std::shared_ptr<Input>& input,             \

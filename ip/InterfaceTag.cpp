@@ -118,6 +118,7 @@ const Declare::CommandShape IpInterfaceTagAdd::kShape = {
 
 // The last tag is offered only while the host's feature switch for it is on.
 IpInterfaceTagAdd::IpInterfaceTagAdd() {
+    Declare::ApplyShape(*this, kShape);
     const bool lastTagOffered = *FeatureList.kelmNicDpuTransportTag != 0;
     SetDescription(kAddDescription + SupportedTags(lastTagOffered ? kLastTag : kLastTag - 1));
 }

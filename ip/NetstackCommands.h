@@ -15,6 +15,7 @@ NETWORK_COMMAND(IpNetstackInstanceGet);
 class IpNetstackInstanceSet final : public DeclaredCommand<IpNetstackInstanceSet> {
 public:
     static const Declare::CommandShape kShape;
+    IpNetstackInstanceSet() { Declare::ApplyShape(*this, kShape); }
 
 protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override;

@@ -26,8 +26,6 @@ public:
         return command;
     }
 
-    FormedCommand() { Declare::ApplyShape(*this, Self::kShape); }
-
     static std::shared_ptr<MetaStruct> GetOutputStructure() {
         return Declare::MakeStruct(*Self::kShape.structure);
     }
@@ -45,6 +43,7 @@ protected:
     class ClassName final : public FormedCommand<ClassName, Base, oneBlock> { \
     public:                                                                   \
         static const Declare::CommandShape kShape;                            \
+        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
     protected:                                                                \
         void ExecuteInternal(const std::shared_ptr<Input>& input,             \

@@ -12,6 +12,7 @@ namespace ZanvexCli::NetworkNamespace {
 class VirtualSwitchDVSZanvexList final : public DeclaredCommand<VirtualSwitchDVSZanvexList> {
 public:
     static const Declare::CommandShape kShape;
+    VirtualSwitchDVSZanvexList() { Declare::ApplyShape(*this, kShape); }
 
     // The struct of one port of a switch, an element of its "DVPort" list.
     static std::shared_ptr<MetaStruct> GetDVPortStructure();
@@ -29,6 +30,7 @@ NETWORK_COMMAND(LacpGetConfig);
 class LacpGetStatus final : public DeclaredCommand<LacpGetStatus> {
 public:
     static const Declare::CommandShape kShape;
+    LacpGetStatus() { Declare::ApplyShape(*this, kShape); }
 
     // The structs nested in a "LAG" row: one NIC, and its local and partner sides.
     static std::shared_ptr<MetaStruct> GetLACPNicInfoStruct();

@@ -13,6 +13,7 @@ namespace ZanvexCli::NetworkNamespace {
     class ClassName final : public DeclaredCommand<ClassName> {               \
       public:                                                                 \
         static const Declare::CommandShape kShape;                            \
+        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
       protected:                                                              \
         std::shared_ptr<InputSpec> GetInputSpecInternal() override {          \

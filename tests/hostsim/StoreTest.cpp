@@ -72,6 +72,26 @@ TEST_F(StoreTest, FirstUseMakesTheDefaultHostInWalMode) {
     sqlite3_close(database);
 }
 
+// The library loads the math library only when SQL first calls a math function; each function
+// must still reach its own namesake there.
+TEST_F(StoreTest, SqlMathFunctionsGiveTheMathLibrarysValues) {
+    HostSim::Database database(Directory() + "/math.db");
+    auto statement = database.Query(
+        "SELECT abs(sin(0.5) - 0.479425538604203) < 1e-12, abs(cos(0) - 1) < 1e-12,"
+        " abs(tan(1) - 1.5574077246549) < 1e-12, abs(asin(1) - 1.5707963267949) < 1e-12,"
+        " abs(acos(0) - 1.5707963267949) < 1e-12, abs(atan(1) - 0.785398163397448) < 1e-12,"
+        " abs(atan2(1, -1) - 2.35619449019234) < 1e-12, abs(sinh(1) - 1.1752011936438) < 1e-12,"
+        " abs(cosh(1) - 1.54308063481524) < 1e-12, abs(tanh(1) - 0.761594155955765) < 1e-12,"
+        " abs(asinh(1) - 0.881373587019543) < 1e-12, abs(acosh(2) - 1.31695789692482) < 1e-12,"
+        " abs(atanh(0.5) - 0.549306144334055) < 1e-12, abs(exp(1) - 2.71828182845905) < 1e-12,"
+        " abs(ln(10) - 2.30258509299405) < 1e-12, pow(2, 10) = 1024, sqrt(2) * sqrt(2) > 1.999,"
+        " mod(7.5, 2) = 1.5, trunc(-2.7) = -2");
+    ASSERT_TRUE(statement.Step());
+    for (int column = 0; column < 19; ++column) {
+        EXPECT_TRUE(statement.Bool(column)) << "column " << column;
+    }
+}
+
 TEST_F(StoreTest, StateIsKeptBetweenConnectionsAndDirectoriesAreApart) {
     KelmCtl::Network::PnicImpl("hwnic0").SetLinkState(false);
     Testing::TemporaryDirectory other;
