@@ -22,7 +22,7 @@ constexpr Declare::StructShape kFirewall = {"Firewall", kFirewallFields};
 
 }  // namespace
 
-const Declare::CommandShape FirewallGet::kShape = {
+constexpr Declare::CommandShape kFirewallGetShape = {
     .description = "Get the firewall status.",
     .formatter = "simple",
     .outputParameters = {},
@@ -30,6 +30,7 @@ const Declare::CommandShape FirewallGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kFirewall,
 };
+const Declare::PackedShape FirewallGet::kShape = Declare::Pack<kFirewallGetShape>();
 
 void FirewallGet::ExecuteInternal(const std::shared_ptr<Input>&,
                                   const std::shared_ptr<Output>& output) {

@@ -9,29 +9,32 @@ namespace {
 constexpr char kRefreshEvent[] = "network.fw.refresh";
 }  // namespace
 
-const Declare::CommandShape FirewallLoad::kShape = {
+constexpr Declare::CommandShape kFirewallLoadShape = {
     .description = "Load firewall module and rulesets configuration.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = {},
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallLoad::kShape = Declare::Pack<kFirewallLoadShape>();
 
-const Declare::CommandShape FirewallRefresh::kShape = {
+constexpr Declare::CommandShape kFirewallRefreshShape = {
     .description = "Load ruleset configuration for firewall.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = {},
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRefresh::kShape = Declare::Pack<kFirewallRefreshShape>();
 
-const Declare::CommandShape FirewallUnload::kShape = {
+constexpr Declare::CommandShape kFirewallUnloadShape = {
     .description = "Allow unload firewall module.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = {},
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallUnload::kShape = Declare::Pack<kFirewallUnloadShape>();
 
 void FirewallLoad::ExecuteInternal(const std::shared_ptr<Input>&,
                                    const std::shared_ptr<Output>& output) {

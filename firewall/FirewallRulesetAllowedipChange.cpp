@@ -47,21 +47,25 @@ void ChangeAllowedIp(const Input& input, Output& output, AllowedIpChange change)
 
 }  // namespace
 
-const Declare::CommandShape FirewallRulesetAllowedipAdd::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetAllowedipAddShape = {
     .description = "Add allowed IP address/range to the ruleset.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRulesetAllowedipAdd::kShape =
+    Declare::Pack<kFirewallRulesetAllowedipAddShape>();
 
-const Declare::CommandShape FirewallRulesetAllowedipRemove::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetAllowedipRemoveShape = {
     .description = "Remove allowed IP address/range from the ruleset.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRulesetAllowedipRemove::kShape =
+    Declare::Pack<kFirewallRulesetAllowedipRemoveShape>();
 
 void FirewallRulesetAllowedipAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                   const std::shared_ptr<Output>& output) {

@@ -34,7 +34,7 @@ void WithRuleset(const Input& input, Output& output, UseRuleset&& use) {
 
 }  // namespace
 
-const Declare::CommandShape FirewallRulesetClientGet::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetClientGetShape = {
     .description = "Show the number of clients using a firewall ruleset.",
     .formatter = "simple",
     .outputParameters = kClientOutput,
@@ -42,8 +42,10 @@ const Declare::CommandShape FirewallRulesetClientGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kClient,
 };
+const Declare::PackedShape FirewallRulesetClientGet::kShape =
+    Declare::Pack<kFirewallRulesetClientGetShape>();
 
-const Declare::CommandShape FirewallRulesetClientAdd::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetClientAddShape = {
     .description =
         "Add a new client to a firewall ruleset. This enables the firewall ruleset and increments "
         "the number of clients using the ruleset.",
@@ -52,8 +54,10 @@ const Declare::CommandShape FirewallRulesetClientAdd::kShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRulesetClientAdd::kShape =
+    Declare::Pack<kFirewallRulesetClientAddShape>();
 
-const Declare::CommandShape FirewallRulesetClientRemove::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetClientRemoveShape = {
     .description =
         "Remove a client from a firewall ruleset. This decrements the number of clients using the "
         "ruleset and if the number reaches zero the ruleset is disabled.",
@@ -62,6 +66,8 @@ const Declare::CommandShape FirewallRulesetClientRemove::kShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRulesetClientRemove::kShape =
+    Declare::Pack<kFirewallRulesetClientRemoveShape>();
 
 void FirewallRulesetClientGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                const std::shared_ptr<Output>& output) {

@@ -1,7 +1,6 @@
 // Listings over the rulesets: the rulesets themselves, their rules, and their allowed addresses.
 #include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
-#include "hostctl/Misc.h"
 #include "kelmctl/SystemInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -24,9 +23,8 @@ constexpr Declare::Field kRulesetFields[] = {
     {kAllowedIpConfigurable, Declare::FieldType::Bool},
 };
 constexpr Declare::StructShape kRuleset = {"Ruleset", kRulesetFields};
-const std::string kRulesetColumns = HostCtl::Misc::StrPrintf(
-    "%s,%s,%s,%s", kName, kEnabled, kEnabledConfigurable, kAllowedIpConfigurable);
-const Declare::OutputParameter kRulesetOutput[] = {{"fields:Ruleset", kRulesetColumns.c_str()}};
+constexpr Declare::OutputParameter kRulesetOutput[] = {
+    {"fields:Ruleset", "Name,Enabled,Enable/Disable configurable,Allowed IP configurable"}};
 constexpr Declare::Parameter kRulesetParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      "List configuration for specfic ruleset"},
@@ -163,7 +161,7 @@ void WriteAllowedIpRow(FirewallRuleset& ruleset, MetaList& rows) {
 
 }  // namespace
 
-const Declare::CommandShape FirewallRulesetList::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetListShape = {
     .description = "List the rulesets in firewall.",
     .formatter = "table",
     .outputParameters = kRulesetOutput,
@@ -171,8 +169,9 @@ const Declare::CommandShape FirewallRulesetList::kShape = {
     .root = Declare::Root::List,
     .structure = &kRuleset,
 };
+const Declare::PackedShape FirewallRulesetList::kShape = Declare::Pack<kFirewallRulesetListShape>();
 
-const Declare::CommandShape FirewallRulesetRuleList::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
     .description = "List the rules of each ruleset in firewall.",
     .formatter = "table",
     .outputParameters = kRuleOutput,
@@ -180,8 +179,10 @@ const Declare::CommandShape FirewallRulesetRuleList::kShape = {
     .root = Declare::Root::List,
     .structure = &kRule,
 };
+const Declare::PackedShape FirewallRulesetRuleList::kShape =
+    Declare::Pack<kFirewallRulesetRuleListShape>();
 
-const Declare::CommandShape FirewallRulesetAllowedipList::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetAllowedipListShape = {
     .description = "List allowed IP addresses for rulesets.",
     .formatter = "table",
     .outputParameters = kAllowedIpOutput,
@@ -189,6 +190,8 @@ const Declare::CommandShape FirewallRulesetAllowedipList::kShape = {
     .root = Declare::Root::List,
     .structure = &kAllowedIp,
 };
+const Declare::PackedShape FirewallRulesetAllowedipList::kShape =
+    Declare::Pack<kFirewallRulesetAllowedipListShape>();
 
 void FirewallRulesetList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                           const std::shared_ptr<Output>& output) {

@@ -23,13 +23,14 @@ constexpr Declare::Parameter kParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape FirewallRulesetSet::kShape = {
+constexpr Declare::CommandShape kFirewallRulesetSetShape = {
     .description = "Set firewall ruleset status (allowedAll flag and enabled status).",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallRulesetSet::kShape = Declare::Pack<kFirewallRulesetSetShape>();
 
 void FirewallRulesetSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {

@@ -23,13 +23,14 @@ constexpr Declare::Parameter kParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape FirewallSet::kShape = {
+constexpr Declare::CommandShape kFirewallSetShape = {
     .description = "Set firewall enabled status and default action.",
     .formatter = nullptr,
     .outputParameters = {},
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape FirewallSet::kShape = Declare::Pack<kFirewallSetShape>();
 
 void FirewallSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                   const std::shared_ptr<Output>& output) {

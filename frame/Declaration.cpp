@@ -1,5 +1,7 @@
 #include "frame/Declaration.h"
 
+#include <cstring>
+
 namespace ZanvexCli::NetworkNamespace::Declare {
 
 using CppTools::CallSpec::ParameterConstraint;
@@ -56,6 +58,48 @@ std::shared_ptr<ParameterConstraint> MakeConstraint(const Parameter& parameter) 
     return nullptr;
 }
 
+void AddParameter(InputSpec& spec, const Parameter& parameter) {
+    auto parameterSpec = ParameterSpec::New(parameter.name, ToParameterType(parameter.type));
+    if (parameter.shortName != nullptr) {
+        parameterSpec->SetShortName(parameter.shortName);
+    }
+    parameterSpec->SetDescription(parameter.description);
+    parameterSpec->SetRequired(parameter.required);
+    if (auto constraint = MakeConstraint(parameter)) {
+        parameterSpec->SetConstraint(constraint);
+    }
+    spec.AddParameter(parameterSpec);
+}
+
+// Reads a packed shape in the order PackShape wrote it.
+class ShapeReader {
+public:
+    explicit ShapeReader(const char* bytes) : next_(bytes) {}
+
+    const char* Text() {
+        if (*next_++ == 0) {
+            return nullptr;
+        }
+        const char* text = next_;
+        next_ += std::strlen(text) + 1;
+        return text;
+    }
+    unsigned long long Number(int bytes) {
+        unsigned long long value = 0;
+        for (int i = 0; i < bytes; ++i) {
+            value |= static_cast<unsigned long long>(static_cast<unsigned char>(*next_++))
+                     << (8 * i);
+        }
+        return value;
+    }
+    std::size_t Count() { return static_cast<std::size_t>(Number(2)); }
+    long Long() { return static_cast<long>(Number(8)); }
+    char Byte() { return *next_++; }
+
+private:
+    const char* next_;
+};
+
 }  // namespace
 
 std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape) {
@@ -89,23 +133,53 @@ std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape) {
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) {
     auto spec = InputSpec::New();
     for (const Parameter& parameter : parameters) {
-        auto parameterSpec = ParameterSpec::New(parameter.name, ToParameterType(parameter.type));
-        if (parameter.shortName != nullptr) {
-            parameterSpec->SetShortName(parameter.shortName);
-        }
-        parameterSpec->SetDescription(parameter.description);
-        parameterSpec->SetRequired(parameter.required);
-        if (auto constraint = MakeConstraint(parameter)) {
-            parameterSpec->SetConstraint(constraint);
-        }
-        spec->AddParameter(parameterSpec);
+        AddParameter(*spec, parameter);
     }
     return spec;
 }
 
-std::shared_ptr<OutputSpec> MakeOutputSpec(const CommandShape& shape) {
+std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape) {
+    ShapeReader reader(shape.bytes);
+    reader.Byte();
+    reader.Text();
+    reader.Text();
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        reader.Text();
+        reader.Text();
+    }
+    auto spec = InputSpec::New();
+    std::vector<long> intChoices;
+    std::vector<Choice> stringChoices;
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        Parameter parameter{};
+        parameter.name = reader.Text();
+        parameter.shortName = reader.Text();
+        parameter.type = static_cast<Type>(reader.Byte());
+        parameter.required = reader.Byte() != 0;
+        parameter.description = reader.Text();
+        parameter.range = reader.Byte() != 0;
+        parameter.low = reader.Long();
+        parameter.high = reader.Long();
+        intChoices.resize(reader.Count());
+        for (long& value : intChoices) {
+            value = reader.Long();
+        }
+        stringChoices.resize(reader.Count());
+        for (Choice& choice : stringChoices) {
+            choice.value = reader.Text();
+            choice.description = reader.Text();
+        }
+        parameter.regex = reader.Text();
+        parameter.intChoices = intChoices;
+        parameter.stringChoices = stringChoices;
+        AddParameter(*spec, parameter);
+    }
+    return spec;
+}
+
+std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
     auto spec = OutputSpec::New();
-    switch (shape.root) {
+    switch (static_cast<Root>(ShapeReader(shape.bytes).Byte())) {
         case Root::Bool:
             spec->SetRootObject(MetaBool::New());
             break;
@@ -126,13 +200,16 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const CommandShape& shape) {
     return spec;
 }
 
-void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& shape) {
-    command.SetDescription(shape.description);
-    if (shape.formatter != nullptr) {
-        command.SetDefaultOutputFormatter(shape.formatter);
+void ApplyShape(CppTools::AutoCli::CommandSpec& command, const PackedShape& shape) {
+    ShapeReader reader(shape.bytes);
+    reader.Byte();
+    command.SetDescription(reader.Text());
+    if (const char* formatter = reader.Text()) {
+        command.SetDefaultOutputFormatter(formatter);
     }
-    for (const OutputParameter& parameter : shape.outputParameters) {
-        command.SetDefaultOutputParameter(parameter.key, parameter.value);
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        const char* key = reader.Text();
+        command.SetDefaultOutputParameter(key, reader.Text());
     }
 }
 

@@ -1,6 +1,7 @@
 // Command declarations as data. A command's description, default output, parameters and result
-// shape are static tables in its source file; the helpers here turn them into the specs and
-// structs the command host asks for, so that the help and the checks come from one table.
+// shape are static tables in its source file, packed at compile time; the helpers here turn them
+// into the specs and structs the command host asks for, so that the help and the checks come from
+// one table.
 #pragma once
 
 #include <list>
@@ -83,12 +84,107 @@ struct CommandShape {
     const StructShape* structure = nullptr;  // the struct, or a list's element, for Struct and List
 };
 
+// A command's shape as a command class keeps it: everything but the result's struct packed at
+// compile time into one array of bytes, without pointers. Every pointer in a table is an address
+// the loader must relocate, in every process, page by page; the packed bytes are read as they
+// are. The struct stays a pointer, since the command's run builds its rows from it too.
+struct PackedShape {
+    const char* bytes;
+    const StructShape* structure;
+};
+
+// The packing: each text is a byte 0 for none, or 1 and the text with its terminating zero;
+// counts take two bytes, numbers eight, kinds and flags one. `Sink` counts or stores the bytes.
+template <class Sink>
+constexpr void PackText(Sink& sink, const char* text) {
+    sink.Put(text != nullptr);
+    for (; text != nullptr && *text != '\0'; ++text) {
+        sink.Put(*text);
+    }
+    if (text != nullptr) {
+        sink.Put('\0');
+    }
+}
+
+template <class Sink>
+constexpr void PackNumber(Sink& sink, unsigned long long value, int bytes) {
+    for (int i = 0; i < bytes; ++i) {
+        sink.Put(static_cast<char>((value >> (8 * i)) & 0xff));
+    }
+}
+
+template <class Sink>
+constexpr void PackShape(Sink& sink, const CommandShape& shape) {
+    sink.Put(static_cast<char>(shape.root));
+    PackText(sink, shape.description);
+    PackText(sink, shape.formatter);
+    PackNumber(sink, shape.outputParameters.size(), 2);
+    for (const OutputParameter& parameter : shape.outputParameters) {
+        PackText(sink, parameter.key);
+        PackText(sink, parameter.value);
+    }
+    PackNumber(sink, shape.parameters.size(), 2);
+    for (const Parameter& parameter : shape.parameters) {
+        PackText(sink, parameter.name);
+        PackText(sink, parameter.shortName);
+        sink.Put(static_cast<char>(parameter.type));
+        sink.Put(parameter.required);
+        PackText(sink, parameter.description);
+        sink.Put(parameter.range);
+        PackNumber(sink, static_cast<unsigned long long>(parameter.low), 8);
+        PackNumber(sink, static_cast<unsigned long long>(parameter.high), 8);
+        PackNumber(sink, parameter.intChoices.size(), 2);
+        for (long value : parameter.intChoices) {
+            PackNumber(sink, static_cast<unsigned long long>(value), 8);
+        }
+        PackNumber(sink, parameter.stringChoices.size(), 2);
+        for (const Choice& choice : parameter.stringChoices) {
+            PackText(sink, choice.value);
+            PackText(sink, choice.description);
+        }
+        PackText(sink, parameter.regex);
+    }
+}
+
+struct ByteCounter {
+    std::size_t size = 0;
+    constexpr void Put(char) { ++size; }
+};
+
+template <std::size_t kSize>
+struct ByteArray {
+    char bytes[kSize] = {};
+    std::size_t size = 0;
+    constexpr void Put(char byte) { bytes[size++] = byte; }
+};
+
+template <const CommandShape& kShape>
+constexpr std::size_t kPackedSize = [] {
+    ByteCounter counter;
+    PackShape(counter, kShape);
+    return counter.size;
+}();
+
+template <const CommandShape& kShape>
+constexpr ByteArray<kPackedSize<kShape>> kPackedBytes = [] {
+    ByteArray<kPackedSize<kShape>> packed;
+    PackShape(packed, kShape);
+    return packed;
+}();
+
+// The packed form of a shape declared `constexpr`, for a command class's kShape.
+template <const CommandShape& kShape>
+constexpr PackedShape Pack() {
+    return {kPackedBytes<kShape>.bytes, kShape.structure};
+}
+
 // Every field present with its empty typed value, nested structs included.
 std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape);
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters);
-std::shared_ptr<OutputSpec> MakeOutputSpec(const CommandShape& shape);
+std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape);
+std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape);
 // Description and default output, as a constructor sets them.
-void ApplyShape(CppTools::AutoCli::CommandSpec& command, const CommandShape& shape);
+void ApplyShape(CppTools::AutoCli::CommandSpec& command, const PackedShape& shape);
 
 }  // namespace Declare
 
@@ -118,7 +214,7 @@ public:
                  const std::shared_ptr<Output>& output) override;
 };
 
-// Base of every command class: `Self` provides `static const Declare::CommandShape kShape` and
+// Base of every command class: `Self` provides `static const Declare::PackedShape kShape` and
 // `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape. The
 // command class's own constructor applies the shape (`Self() { Declare::ApplyShape(*this,
 // kShape); }`): with nothing to do here while this part is built, the compiler drops this
@@ -139,19 +235,21 @@ public:
 
 protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override {
-        return Declare::MakeInputSpec(Self::kShape.parameters);
+        return Declare::MakeInputSpec(Self::kShape);
     }
     std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
         return Declare::MakeOutputSpec(Self::kShape);
     }
 };
 
-// Declares a command class of a subsystem header; its source file defines kShape and
-// ExecuteInternal.
+// Declares a command class of a subsystem header; its source file defines ExecuteInternal and
+// kShape, packed from a `constexpr` CommandShape:
+//     constexpr Declare::CommandShape kNicListShape = {...};
+//     const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
 #define NETWORK_COMMAND(ClassName)                                            \
     class ClassName final : public DeclaredCommand<ClassName> {               \
     public:                                                                   \
-        static const Declare::CommandShape kShape;                            \
+        static const Declare::PackedShape kShape;                             \
         ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
     protected:                                                                \

@@ -1,5 +1,6 @@
 // The `network` namespace tree and the plug-in's one entry.
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -522,6 +523,57 @@ constexpr auto kEntryPlaces = [] {
     return places;
 }();
 
+// The tables above are read only here, at compile time; what a process reads is packed from
+// them: the texts into one array of characters, with the offset of each, so that the loader has
+// no pointer to relocate but the makers of the commands.
+template <std::size_t kCount, std::size_t kSize>
+struct PackedTexts {
+    char characters[kSize] = {};
+    std::uint16_t offsets[kCount] = {};
+    const char* operator[](std::size_t i) const { return characters + offsets[i]; }
+};
+
+template <std::size_t kCount, class Text>
+constexpr std::size_t PackedSize(Text text) {
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        size += std::string_view(text(i)).size() + 1;
+    }
+    return size;
+}
+
+template <std::size_t kCount, std::size_t kSize, class Text>
+constexpr PackedTexts<kCount, kSize> PackTexts(Text text) {
+    PackedTexts<kCount, kSize> packed;
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        packed.offsets[i] = static_cast<std::uint16_t>(next);
+        for (char character : std::string_view(text(i))) {
+            packed.characters[next++] = character;
+        }
+        packed.characters[next++] = '\0';
+    }
+    return packed;
+}
+
+constexpr auto kDescriptionOf = [](std::size_t i) { return kNamespaces[i].description; };
+constexpr auto kNameOf = [](std::size_t i) { return kEntries[i].name; };
+constexpr auto kNamespaceDescriptions =
+    PackTexts<kNamespaceCount, PackedSize<kNamespaceCount>(kDescriptionOf)>(kDescriptionOf);
+constexpr auto kEntryNames =
+    PackTexts<std::size(kEntries), PackedSize<std::size(kEntries)>(kNameOf)>(kNameOf);
+static_assert(sizeof(kNamespaceDescriptions.characters) < 65536 &&
+              sizeof(kEntryNames.characters) < 65536);
+
+// The maker of each command entry; null for a namespace.
+constexpr auto kMakers = [] {
+    std::array<NodeFactory, std::size(kEntries)> makers{};
+    for (std::size_t i = 0; i < makers.size(); ++i) {
+        makers[i] = kEntries[i].make;
+    }
+    return makers;
+}();
+
 // A namespace of the table that makes its entries when they are first asked for. A process
 // resolves one path, so it makes the few namespaces and commands along it rather than the whole
 // tree; a walk of the tree (help, the tests) makes all of it, in the table's order.
@@ -530,7 +582,7 @@ public:
     static std::shared_ptr<TableNamespace> New(std::size_t index) {
         auto node = std::make_shared<TableNamespace>(index);
         node->PrimeThis(node);
-        node->SetDescription(kNamespaces[index].description);
+        node->SetDescription(kNamespaceDescriptions[index]);
         return node;
     }
 
@@ -569,9 +621,8 @@ private:
             if (kEntryPlaces[i].parent != index_) {
                 continue;
             }
-            const EntryRow& entry = kEntries[i];
             self->Namespace::RegisterNamespaceNode(
-                entry.command ? entry.make() : New(kEntryPlaces[i].child), entry.name);
+                kMakers[i] ? kMakers[i]() : New(kEntryPlaces[i].child), kEntryNames[i]);
         }
     }
 

@@ -111,7 +111,7 @@ void Collect(MetaList& list, std::string_view protocol, const std::string& key) 
 
 }  // namespace
 
-const Declare::CommandShape IpConnectionList::kShape = {
+constexpr Declare::CommandShape kIpConnectionListShape = {
     .description = "List active TCP/IP connections",
     .formatter = "table",
     .outputParameters = kOutputParameters,
@@ -119,6 +119,7 @@ const Declare::CommandShape IpConnectionList::kShape = {
     .root = Declare::Root::List,
     .structure = &kConnection,
 };
+const Declare::PackedShape IpConnectionList::kShape = Declare::Pack<kIpConnectionListShape>();
 
 void IpConnectionList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) {

@@ -45,7 +45,7 @@ std::string NetstackKey(const Input& input) {
 
 }  // namespace
 
-const Declare::CommandShape IpDNSSearchList::kShape = {
+constexpr Declare::CommandShape kIpDNSSearchListShape = {
     .description =
         "List the search domains currently configured on the Ostrel host in the order "
         "in which they will be used when searching.",
@@ -54,22 +54,25 @@ const Declare::CommandShape IpDNSSearchList::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kSearchList,
 };
+const Declare::PackedShape IpDNSSearchList::kShape = Declare::Pack<kIpDNSSearchListShape>();
 
-const Declare::CommandShape IpDNSSearchAdd::kShape = {
+constexpr Declare::CommandShape kIpDNSSearchAddShape = {
     .description =
         "Add a search domain to the list of domains to be searched when trying to "
         "resolve an host name on the Ostrel host.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpDNSSearchAdd::kShape = Declare::Pack<kIpDNSSearchAddShape>();
 
-const Declare::CommandShape IpDNSSearchRemove::kShape = {
+constexpr Declare::CommandShape kIpDNSSearchRemoveShape = {
     .description =
         "Remove a search domain from the list of domains to be searched when trying to "
         "resolve an host name on the Ostrel host.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpDNSSearchRemove::kShape = Declare::Pack<kIpDNSSearchRemoveShape>();
 
 void IpDNSSearchList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                       const std::shared_ptr<Output>& output) {

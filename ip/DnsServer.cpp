@@ -89,7 +89,7 @@ const char* DhcpDnsConflict(const std::string& key) {
 
 }  // namespace
 
-const Declare::CommandShape IpDNSServerList::kShape = {
+constexpr Declare::CommandShape kIpDNSServerListShape = {
     .description =
         "Print a list of the DNS server currently configured on the system in the "
         "order in which they will be used.",
@@ -98,20 +98,23 @@ const Declare::CommandShape IpDNSServerList::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kNameServerList,
 };
+const Declare::PackedShape IpDNSServerList::kShape = Declare::Pack<kIpDNSServerListShape>();
 
-const Declare::CommandShape IpDNSServerAdd::kShape = {
+constexpr Declare::CommandShape kIpDNSServerAddShape = {
     .description =
         "Add a new DNS server to the end of the list of DNS servers to use for this "
         "Ostrel host.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpDNSServerAdd::kShape = Declare::Pack<kIpDNSServerAddShape>();
 
-const Declare::CommandShape IpDNSServerRemove::kShape = {
+constexpr Declare::CommandShape kIpDNSServerRemoveShape = {
     .description = "Remove a DNS server from the list of DNS servers to use for this Ostrel host.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpDNSServerRemove::kShape = Declare::Pack<kIpDNSServerRemoveShape>();
 
 void IpDNSServerList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                       const std::shared_ptr<Output>& output) {

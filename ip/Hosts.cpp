@@ -49,25 +49,28 @@ constexpr Declare::OutputParameter kListOutputParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape IpHostsList::kShape = {
+constexpr Declare::CommandShape kIpHostsListShape = {
     .description = "List the user specified associations of IP addresses with host names.",
     .formatter = "simple",
     .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kHostEntry,
 };
+const Declare::PackedShape IpHostsList::kShape = Declare::Pack<kIpHostsListShape>();
 
-const Declare::CommandShape IpHostsAdd::kShape = {
+constexpr Declare::CommandShape kIpHostsAddShape = {
     .description = "Add association of IP addresses with host names.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpHostsAdd::kShape = Declare::Pack<kIpHostsAddShape>();
 
-const Declare::CommandShape IpHostsRemove::kShape = {
+constexpr Declare::CommandShape kIpHostsRemoveShape = {
     .description = "Remove association of IP addresses with host names.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpHostsRemove::kShape = Declare::Pack<kIpHostsRemoveShape>();
 
 void IpHostsList::ExecuteInternal(const std::shared_ptr<Input>&,
                                   const std::shared_ptr<Output>& output) {

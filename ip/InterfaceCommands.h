@@ -24,7 +24,7 @@ NETWORK_COMMAND(IpInterfaceTagGet);
 // `tag add`, whose description lists the tags the host offers when the object is made.
 class IpInterfaceTagAdd final : public DeclaredCommand<IpInterfaceTagAdd> {
 public:
-    static const Declare::CommandShape kShape;
+    static const Declare::PackedShape kShape;
     IpInterfaceTagAdd();
 
 protected:

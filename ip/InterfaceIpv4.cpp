@@ -153,7 +153,7 @@ bool ApplyStatic(const Input& input, Output& output, HostCtl::Network::IpConfig&
 
 }  // namespace
 
-const Declare::CommandShape IpInterfaceIpv4Get::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv4GetShape = {
     .description = "List the IPv4 addresses assigned to Kelm network interfaces.",
     .formatter = "table",
     .outputParameters = kGetOutput,
@@ -161,6 +161,7 @@ const Declare::CommandShape IpInterfaceIpv4Get::kShape = {
     .root = Declare::Root::List,
     .structure = &kIpv4Interface,
 };
+const Declare::PackedShape IpInterfaceIpv4Get::kShape = Declare::Pack<kIpInterfaceIpv4GetShape>();
 
 void IpInterfaceIpv4Get::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {
@@ -213,11 +214,12 @@ void IpInterfaceIpv4Get::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceIpv4Set::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv4SetShape = {
     .description = "Configure IPv4 setting for a given Kelm network interface.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceIpv4Set::kShape = Declare::Pack<kIpInterfaceIpv4SetShape>();
 
 void IpInterfaceIpv4Set::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {

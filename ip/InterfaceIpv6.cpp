@@ -180,7 +180,7 @@ std::unique_ptr<HostCtl::Network::KelmNic> ChangeAddresses(const Input& input, O
 
 }  // namespace
 
-const Declare::CommandShape IpInterfaceIpv6Get::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv6GetShape = {
     .description =
         "Get IPv6 settings for Kelm network interfaces. This does not include the IPv6 "
         "addresses which can be found in the \"address list\" command.",
@@ -190,6 +190,7 @@ const Declare::CommandShape IpInterfaceIpv6Get::kShape = {
     .root = Declare::Root::List,
     .structure = &kSettingsStruct,
 };
+const Declare::PackedShape IpInterfaceIpv6Get::kShape = Declare::Pack<kIpInterfaceIpv6GetShape>();
 
 void IpInterfaceIpv6Get::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {
@@ -228,11 +229,12 @@ void IpInterfaceIpv6Get::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceIpv6Set::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv6SetShape = {
     .description = "Configure IPv6 settings for a given Kelm network interface.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceIpv6Set::kShape = Declare::Pack<kIpInterfaceIpv6SetShape>();
 
 void IpInterfaceIpv6Set::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {
@@ -295,7 +297,7 @@ void IpInterfaceIpv6Set::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceIpv6AddressList::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv6AddressListShape = {
     .description =
         "This command will list all of the IPv6 addresses currently assigned to the "
         "system",
@@ -305,6 +307,8 @@ const Declare::CommandShape IpInterfaceIpv6AddressList::kShape = {
     .root = Declare::Root::List,
     .structure = &kAddressStruct,
 };
+const Declare::PackedShape IpInterfaceIpv6AddressList::kShape =
+    Declare::Pack<kIpInterfaceIpv6AddressListShape>();
 
 void IpInterfaceIpv6AddressList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                  const std::shared_ptr<Output>& output) {
@@ -343,11 +347,13 @@ void IpInterfaceIpv6AddressList::ExecuteInternal(const std::shared_ptr<Input>& i
     }
 }
 
-const Declare::CommandShape IpInterfaceIpv6AddressAdd::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv6AddressAddShape = {
     .description = "Add a static IPv6 address to a given Kelm network interface.",
     .parameters = kAddressAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceIpv6AddressAdd::kShape =
+    Declare::Pack<kIpInterfaceIpv6AddressAddShape>();
 
 void IpInterfaceIpv6AddressAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                 const std::shared_ptr<Output>& output) {
@@ -370,11 +376,13 @@ void IpInterfaceIpv6AddressAdd::ExecuteInternal(const std::shared_ptr<Input>& in
     }
 }
 
-const Declare::CommandShape IpInterfaceIpv6AddressRemove::kShape = {
+constexpr Declare::CommandShape kIpInterfaceIpv6AddressRemoveShape = {
     .description = "Remove an IPv6 address from a given Kelm network interface.",
     .parameters = kAddressRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceIpv6AddressRemove::kShape =
+    Declare::Pack<kIpInterfaceIpv6AddressRemoveShape>();
 
 void IpInterfaceIpv6AddressRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                    const std::shared_ptr<Output>& output) {

@@ -203,11 +203,12 @@ bool NetstackExists(const std::string& key) {
 
 }  // namespace
 
-const Declare::CommandShape IpInterfaceAdd::kShape = {
+constexpr Declare::CommandShape kIpInterfaceAddShape = {
     .description = "Add a new Kelm network interface.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceAdd::kShape = Declare::Pack<kIpInterfaceAddShape>();
 
 void IpInterfaceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {
@@ -275,7 +276,7 @@ void IpInterfaceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceRemove::kShape = {
+constexpr Declare::CommandShape kIpInterfaceRemoveShape = {
     .description =
         "Remove a Kelm network interface from the Ostrel host. A Kelm network interface can be "
         "uniquely specified by --interface-name or --portgroup-name or --dvs-name/--dvport-id. "
@@ -284,6 +285,7 @@ const Declare::CommandShape IpInterfaceRemove::kShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceRemove::kShape = Declare::Pack<kIpInterfaceRemoveShape>();
 
 void IpInterfaceRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                         const std::shared_ptr<Output>& output) {

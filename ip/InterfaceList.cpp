@@ -142,7 +142,7 @@ void SetAttachment(const HostCtl::Network::KelmNic& nic, MetaStruct& row, Output
 
 }  // namespace
 
-const Declare::CommandShape IpInterfaceList::kShape = {
+constexpr Declare::CommandShape kIpInterfaceListShape = {
     .description =
         "This command will list the Kelm network interfaces currently known to the system.",
     .formatter = "simple",
@@ -151,6 +151,7 @@ const Declare::CommandShape IpInterfaceList::kShape = {
     .root = Declare::Root::List,
     .structure = &kNetworkInterface,
 };
+const Declare::PackedShape IpInterfaceList::kShape = Declare::Pack<kIpInterfaceListShape>();
 
 void IpInterfaceList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                       const std::shared_ptr<Output>& output) {
@@ -188,11 +189,12 @@ void IpInterfaceList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceSet::kShape = {
+constexpr Declare::CommandShape kIpInterfaceSetShape = {
     .description = "This command sets the enabled status and MTU size of a given IP interface ",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceSet::kShape = Declare::Pack<kIpInterfaceSetShape>();
 
 void IpInterfaceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {

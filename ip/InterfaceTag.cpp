@@ -110,11 +110,12 @@ bool FitsNetstack(KelmNicTagType tag, const std::string& netstack) {
 
 }  // namespace
 
-const Declare::CommandShape IpInterfaceTagAdd::kShape = {
+constexpr Declare::CommandShape kIpInterfaceTagAddShape = {
     .description = kAddDescription,
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceTagAdd::kShape = Declare::Pack<kIpInterfaceTagAddShape>();
 
 // The last tag is offered only while the host's feature switch for it is on.
 IpInterfaceTagAdd::IpInterfaceTagAdd() {
@@ -165,11 +166,13 @@ void IpInterfaceTagAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceTagRemove::kShape = {
+constexpr Declare::CommandShape kIpInterfaceTagRemoveShape = {
     .description = "Removes a tag on a given Kelm network interface.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpInterfaceTagRemove::kShape =
+    Declare::Pack<kIpInterfaceTagRemoveShape>();
 
 void IpInterfaceTagRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                            const std::shared_ptr<Output>& output) {
@@ -200,7 +203,7 @@ void IpInterfaceTagRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpInterfaceTagGet::kShape = {
+constexpr Declare::CommandShape kIpInterfaceTagGetShape = {
     .description = "Gets the tags set on the given Kelm network interface.",
     .formatter = "simple",
     .outputParameters = kGetOutput,
@@ -208,6 +211,7 @@ const Declare::CommandShape IpInterfaceTagGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kInterfaceTag,
 };
+const Declare::PackedShape IpInterfaceTagGet::kShape = Declare::Pack<kIpInterfaceTagGetShape>();
 
 void IpInterfaceTagGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                         const std::shared_ptr<Output>& output) {

@@ -24,18 +24,20 @@ constexpr Declare::StructShape kIpInfo = {"IPInfo", kFields};
 
 }  // namespace
 
-const Declare::CommandShape IpGet::kShape = {
+constexpr Declare::CommandShape kIpGetShape = {
     .description = "Get global IP settings",
     .formatter = "simple",
     .root = Declare::Root::Struct,
     .structure = &kIpInfo,
 };
+const Declare::PackedShape IpGet::kShape = Declare::Pack<kIpGetShape>();
 
-const Declare::CommandShape IpSet::kShape = {
+constexpr Declare::CommandShape kIpSetShape = {
     .description = "Update global IP settings",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpSet::kShape = Declare::Pack<kIpSetShape>();
 
 void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
     try {

@@ -164,25 +164,28 @@ std::string ConvertToHrsMinsAndSecs(std::uint64_t seconds) {
     return text;
 }
 
-const Declare::CommandShape IpIpsecSAAdd::kShape = {
+constexpr Declare::CommandShape kIpIpsecSAAddShape = {
     .description = "Add a Security Association.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpIpsecSAAdd::kShape = Declare::Pack<kIpIpsecSAAddShape>();
 
-const Declare::CommandShape IpIpsecSARemove::kShape = {
+constexpr Declare::CommandShape kIpIpsecSARemoveShape = {
     .description = "Operation to remove Security Association(s)",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpIpsecSARemove::kShape = Declare::Pack<kIpIpsecSARemoveShape>();
 
-const Declare::CommandShape IpIpsecSAList::kShape = {
+constexpr Declare::CommandShape kIpIpsecSAListShape = {
     .description = "List configured Security Associations",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kAssociation,
 };
+const Declare::PackedShape IpIpsecSAList::kShape = Declare::Pack<kIpIpsecSAListShape>();
 
 void IpIpsecSAAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                    const std::shared_ptr<Output>& output) {

@@ -141,25 +141,28 @@ Ipv6Network ReadNetwork(const Input& input, const char* parameter) {
 
 }  // namespace
 
-const Declare::CommandShape IpIpsecSPAdd::kShape = {
+constexpr Declare::CommandShape kIpIpsecSPAddShape = {
     .description = "Add a Security Policy.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpIpsecSPAdd::kShape = Declare::Pack<kIpIpsecSPAddShape>();
 
-const Declare::CommandShape IpIpsecSPRemove::kShape = {
+constexpr Declare::CommandShape kIpIpsecSPRemoveShape = {
     .description = "Operation to remove Security Policy",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpIpsecSPRemove::kShape = Declare::Pack<kIpIpsecSPRemoveShape>();
 
-const Declare::CommandShape IpIpsecSPList::kShape = {
+constexpr Declare::CommandShape kIpIpsecSPListShape = {
     .description = "List configured Security Policys",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kPolicy,
 };
+const Declare::PackedShape IpIpsecSPList::kShape = Declare::Pack<kIpIpsecSPListShape>();
 
 void IpIpsecSPAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                    const std::shared_ptr<Output>& output) {

@@ -28,13 +28,14 @@ constexpr Declare::OutputParameter kOutputParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape MulticastGroupList::kShape = {
+constexpr Declare::CommandShape kMulticastGroupListShape = {
     .description = "List all the multicast group members.",
     .formatter = "table",
     .outputParameters = kOutputParameters,
     .root = Declare::Root::List,
     .structure = &kNic,
 };
+const Declare::PackedShape MulticastGroupList::kShape = Declare::Pack<kMulticastGroupListShape>();
 
 void MulticastGroupList::ExecuteInternal(const std::shared_ptr<Input>&,
                                          const std::shared_ptr<Output>& output) {

@@ -91,7 +91,7 @@ std::string NetstackKey(const Input& input) {
 
 }  // namespace
 
-const Declare::CommandShape IpNeighborList::kShape = {
+constexpr Declare::CommandShape kIpNeighborListShape = {
     .description = "List ARP table entries",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
@@ -99,12 +99,14 @@ const Declare::CommandShape IpNeighborList::kShape = {
     .root = Declare::Root::List,
     .structure = &kNetworkNeighbor,
 };
+const Declare::PackedShape IpNeighborList::kShape = Declare::Pack<kIpNeighborListShape>();
 
-const Declare::CommandShape IpNeighborRemove::kShape = {
+constexpr Declare::CommandShape kIpNeighborRemoveShape = {
     .description = "Remove ARP table entries",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpNeighborRemove::kShape = Declare::Pack<kIpNeighborRemoveShape>();
 
 // No handler of its own: a failure of the host leaves the command.
 void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,

@@ -115,7 +115,7 @@ constexpr Declare::Parameter kSetParametersAfter[] = {
 
 }  // namespace
 
-const Declare::CommandShape IpNetstackInstanceList::kShape = {
+constexpr Declare::CommandShape kIpNetstackInstanceListShape = {
     .description =
         "This command will list the Kelm Netstack instances currently known to the system.",
     .formatter = "simple",
@@ -123,6 +123,8 @@ const Declare::CommandShape IpNetstackInstanceList::kShape = {
     .root = Declare::Root::List,
     .structure = &kListStruct,
 };
+const Declare::PackedShape IpNetstackInstanceList::kShape =
+    Declare::Pack<kIpNetstackInstanceListShape>();
 
 void IpNetstackInstanceList::ExecuteInternal(const std::shared_ptr<Input>&,
                                              const std::shared_ptr<Output>& output) {
@@ -145,7 +147,7 @@ void IpNetstackInstanceList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-const Declare::CommandShape IpNetstackInstanceGet::kShape = {
+constexpr Declare::CommandShape kIpNetstackInstanceGetShape = {
     .description = "Get runtime/configuration settings for a given Netstack Instance.",
     .formatter = "simple",
     .outputParameters = kGetOutput,
@@ -153,6 +155,8 @@ const Declare::CommandShape IpNetstackInstanceGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kGetStruct,
 };
+const Declare::PackedShape IpNetstackInstanceGet::kShape =
+    Declare::Pack<kIpNetstackInstanceGetShape>();
 
 void IpNetstackInstanceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                             const std::shared_ptr<Output>& output) {
@@ -186,11 +190,13 @@ void IpNetstackInstanceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpNetstackInstanceAdd::kShape = {
+constexpr Declare::CommandShape kIpNetstackInstanceAddShape = {
     .description = "Add a new Netstack Instance.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpNetstackInstanceAdd::kShape =
+    Declare::Pack<kIpNetstackInstanceAddShape>();
 
 void IpNetstackInstanceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                             const std::shared_ptr<Output>& output) {
@@ -208,11 +214,13 @@ void IpNetstackInstanceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape IpNetstackInstanceRemove::kShape = {
+constexpr Declare::CommandShape kIpNetstackInstanceRemoveShape = {
     .description = "Remove a new Netstack Instance.",
     .parameters = kKeyParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpNetstackInstanceRemove::kShape =
+    Declare::Pack<kIpNetstackInstanceRemoveShape>();
 
 void IpNetstackInstanceRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                const std::shared_ptr<Output>& output) {
@@ -227,10 +235,12 @@ void IpNetstackInstanceRemove::ExecuteInternal(const std::shared_ptr<Input>& inp
     }
 }
 
-const Declare::CommandShape IpNetstackInstanceSet::kShape = {
+constexpr Declare::CommandShape kIpNetstackInstanceSetShape = {
     .description = "Configure settings for a given Netstack Instance.",
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpNetstackInstanceSet::kShape =
+    Declare::Pack<kIpNetstackInstanceSetShape>();
 
 std::shared_ptr<InputSpec> IpNetstackInstanceSet::GetInputSpecInternal() {
     auto spec = Declare::MakeInputSpec(kSetParametersBefore);

@@ -14,7 +14,7 @@ NETWORK_COMMAND(IpNetstackInstanceGet);
 // input spec is built.
 class IpNetstackInstanceSet final : public DeclaredCommand<IpNetstackInstanceSet> {
 public:
-    static const Declare::CommandShape kShape;
+    static const Declare::PackedShape kShape;
     IpNetstackInstanceSet() { Declare::ApplyShape(*this, kShape); }
 
 protected:

@@ -71,19 +71,21 @@ Ipv4Network ReadNetwork(const Input& input) {
 
 }  // namespace
 
-const Declare::CommandShape IpRouteIpv4Add::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv4AddShape = {
     .description = "Add IPv4 route to the Kelm.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpRouteIpv4Add::kShape = Declare::Pack<kIpRouteIpv4AddShape>();
 
-const Declare::CommandShape IpRouteIpv4Remove::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv4RemoveShape = {
     .description = "Remove IPv4 route",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpRouteIpv4Remove::kShape = Declare::Pack<kIpRouteIpv4RemoveShape>();
 
-const Declare::CommandShape IpRouteIpv4List::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv4ListShape = {
     .description = "List configured IPv4 routes",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
@@ -91,6 +93,7 @@ const Declare::CommandShape IpRouteIpv4List::kShape = {
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
+const Declare::PackedShape IpRouteIpv4List::kShape = Declare::Pack<kIpRouteIpv4ListShape>();
 
 void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {

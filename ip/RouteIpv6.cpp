@@ -67,19 +67,21 @@ void RefreshNetDumper(KelmCtl::Network::NetworkInfoImpl& networkInfo) {
 
 }  // namespace
 
-const Declare::CommandShape IpRouteIpv6Add::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv6AddShape = {
     .description = "Add IPv6 route to the Kelm.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpRouteIpv6Add::kShape = Declare::Pack<kIpRouteIpv6AddShape>();
 
-const Declare::CommandShape IpRouteIpv6Remove::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv6RemoveShape = {
     .description = "Remove IPv6 route from the Kelm",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape IpRouteIpv6Remove::kShape = Declare::Pack<kIpRouteIpv6RemoveShape>();
 
-const Declare::CommandShape IpRouteIpv6List::kShape = {
+constexpr Declare::CommandShape kIpRouteIpv6ListShape = {
     .description = "List configured IPv6 routes",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
@@ -87,6 +89,7 @@ const Declare::CommandShape IpRouteIpv6List::kShape = {
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
+const Declare::PackedShape IpRouteIpv6List::kShape = Declare::Pack<kIpRouteIpv6ListShape>();
 
 void IpRouteIpv6Add::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {

@@ -65,19 +65,21 @@ constexpr char kListFailed[] = "Unable to list uplink's attachment info: ";
 
 }  // namespace
 
-const Declare::CommandShape NicAttachmentAdd::kShape = {
+constexpr Declare::CommandShape kNicAttachmentAddShape = {
     .description = "Attach one uplink as a branch to a trunk uplink with specified VLAN ID.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicAttachmentAdd::kShape = Declare::Pack<kNicAttachmentAddShape>();
 
-const Declare::CommandShape NicAttachmentRemove::kShape = {
+constexpr Declare::CommandShape kNicAttachmentRemoveShape = {
     .description = "Detach a branch uplink from its trunk.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicAttachmentRemove::kShape = Declare::Pack<kNicAttachmentRemoveShape>();
 
-const Declare::CommandShape NicAttachmentList::kShape = {
+constexpr Declare::CommandShape kNicAttachmentListShape = {
     .description = "Show uplink attachment information.",
     .formatter = "table",
     .outputParameters = kListOutput,
@@ -85,6 +87,7 @@ const Declare::CommandShape NicAttachmentList::kShape = {
     .root = Declare::Root::List,
     .structure = &kAttachment,
 };
+const Declare::PackedShape NicAttachmentList::kShape = Declare::Pack<kNicAttachmentListShape>();
 
 void NicAttachmentAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) {

@@ -239,7 +239,7 @@ void BandSet(const Band& band, const Input& input, Output& output) {
 
 }  // namespace
 
-const Declare::CommandShape NicCoalesceGet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceGetShape = {
     .description = "Get coalesce parameters",
     .formatter = "table",
     .outputParameters = kGeneralOutput,
@@ -247,14 +247,16 @@ const Declare::CommandShape NicCoalesceGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kGeneralShape,
 };
+const Declare::PackedShape NicCoalesceGet::kShape = Declare::Pack<kNicCoalesceGetShape>();
 
-const Declare::CommandShape NicCoalesceSet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceSetShape = {
     .description = "Set coalesce parameters on a nic",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicCoalesceSet::kShape = Declare::Pack<kNicCoalesceSetShape>();
 
-const Declare::CommandShape NicCoalesceLowGet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceLowGetShape = {
     .description =
         "Get information about the behavior of a NIC when it sends or receives "
         "packets at low packet rate.",
@@ -264,16 +266,18 @@ const Declare::CommandShape NicCoalesceLowGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kLowShape,
 };
+const Declare::PackedShape NicCoalesceLowGet::kShape = Declare::Pack<kNicCoalesceLowGetShape>();
 
-const Declare::CommandShape NicCoalesceLowSet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceLowSetShape = {
     .description =
         "Set parameters to control the behavior of a NIC when it sends or receives "
         "packets at low packet rate.",
     .parameters = kLowSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicCoalesceLowSet::kShape = Declare::Pack<kNicCoalesceLowSetShape>();
 
-const Declare::CommandShape NicCoalesceHighGet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceHighGetShape = {
     .description =
         "Get information about the behavior of a NIC when it sends or receives "
         "packets at high packet rate.",
@@ -283,14 +287,16 @@ const Declare::CommandShape NicCoalesceHighGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kHighShape,
 };
+const Declare::PackedShape NicCoalesceHighGet::kShape = Declare::Pack<kNicCoalesceHighGetShape>();
 
-const Declare::CommandShape NicCoalesceHighSet::kShape = {
+constexpr Declare::CommandShape kNicCoalesceHighSetShape = {
     .description =
         "Set parameters to control the behavior of a NIC when it sends or receives "
         "packets at high packet rate.",
     .parameters = kHighSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicCoalesceHighSet::kShape = Declare::Pack<kNicCoalesceHighSetShape>();
 
 void NicCoalesceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {

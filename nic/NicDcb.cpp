@@ -149,7 +149,7 @@ std::string DcbArrayToStringUint64(unsigned long* values) {
                                     values[4], values[5], values[6], values[7]);
 }
 
-const Declare::CommandShape NicDcbStatusGet::kShape = {
+constexpr Declare::CommandShape kNicDcbStatusGetShape = {
     .description = "Get the DCB information for a NIC.",
     .formatter = "simple",
     .outputParameters = kOutput,
@@ -157,6 +157,7 @@ const Declare::CommandShape NicDcbStatusGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kStatus,
 };
+const Declare::PackedShape NicDcbStatusGet::kShape = Declare::Pack<kNicDcbStatusGetShape>();
 
 void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                       const std::shared_ptr<Output>& output) {

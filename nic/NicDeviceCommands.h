@@ -32,7 +32,7 @@ public:
 
 protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override {
-        return Declare::MakeInputSpec(Self::kShape.parameters);
+        return Declare::MakeInputSpec(Self::kShape);
     }
     std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
         return Declare::MakeOutputSpec(Self::kShape);
@@ -42,7 +42,7 @@ protected:
 #define NETWORK_COMMAND_FORM(ClassName, Base, oneBlock)                       \
     class ClassName final : public FormedCommand<ClassName, Base, oneBlock> { \
     public:                                                                   \
-        static const Declare::CommandShape kShape;                            \
+        static const Declare::PackedShape kShape;                             \
         ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
     protected:                                                                \

@@ -115,7 +115,7 @@ std::shared_ptr<MetaList> DumpBinary(unsigned int offset, std::vector<unsigned c
 
 }  // namespace
 
-const Declare::CommandShape NicEepromDump::kShape = {
+constexpr Declare::CommandShape kNicEepromDumpShape = {
     .description = "Dump device EEPROM",
     .formatter = "table",
     .outputParameters = kEepromOutput,
@@ -123,14 +123,16 @@ const Declare::CommandShape NicEepromDump::kShape = {
     .root = Declare::Root::List,
     .structure = &kEepromStruct,
 };
+const Declare::PackedShape NicEepromDump::kShape = Declare::Pack<kNicEepromDumpShape>();
 
-const Declare::CommandShape NicEepromChange::kShape = {
+constexpr Declare::CommandShape kNicEepromChangeShape = {
     .description = "Change EEPROM on a nic",
     .parameters = kEepromChangeParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicEepromChange::kShape = Declare::Pack<kNicEepromChangeShape>();
 
-const Declare::CommandShape NicRegisterDump::kShape = {
+constexpr Declare::CommandShape kNicRegisterDumpShape = {
     .description = "Dump device registers",
     .formatter = "table",
     .outputParameters = kRegisterOutput,
@@ -138,8 +140,9 @@ const Declare::CommandShape NicRegisterDump::kShape = {
     .root = Declare::Root::List,
     .structure = &kRegisterStruct,
 };
+const Declare::PackedShape NicRegisterDump::kShape = Declare::Pack<kNicRegisterDumpShape>();
 
-const Declare::CommandShape NicSelfTestRun::kShape = {
+constexpr Declare::CommandShape kNicSelfTestRunShape = {
     .description = "Run self test",
     .formatter = "table",
     .outputParameters = kSelfTestOutput,
@@ -147,12 +150,15 @@ const Declare::CommandShape NicSelfTestRun::kShape = {
     .root = Declare::Root::List,
     .structure = &kSelfTestStruct,
 };
+const Declare::PackedShape NicSelfTestRun::kShape = Declare::Pack<kNicSelfTestRunShape>();
 
-const Declare::CommandShape NicNegotiationRestart::kShape = {
+constexpr Declare::CommandShape kNicNegotiationRestartShape = {
     .description = "Restart N-Way negotiation on a nic",
     .parameters = kNegotiateParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicNegotiationRestart::kShape =
+    Declare::Pack<kNicNegotiationRestartShape>();
 
 void NicEepromDump::ExecuteInternal(const std::shared_ptr<Input>& input,
                                     const std::shared_ptr<Output>& output) {

@@ -127,13 +127,14 @@ std::shared_ptr<MetaStruct> GetDriverInfoStructure() {
 
 }  // namespace
 
-const Declare::CommandShape NicGet::kShape = {
+constexpr Declare::CommandShape kNicGetShape = {
     .description = "Get the generic configuration of a network device",
     .formatter = "simple",
     .parameters = kParameters,
     .root = Declare::Root::Struct,
     .structure = &kNicInfoShape,
 };
+const Declare::PackedShape NicGet::kShape = Declare::Pack<kNicGetShape>();
 
 void NicGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                              const std::shared_ptr<Output>& output) {

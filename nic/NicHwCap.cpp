@@ -99,7 +99,7 @@ void ListCapabilities(const Input& input, Output& output, bool activated,
 
 }  // namespace
 
-const Declare::CommandShape NicHwCapSupportedList::kShape = {
+constexpr Declare::CommandShape kNicHwCapSupportedListShape = {
     .description = "List supported hardware capabilities of physical NICs.",
     .formatter = "table",
     .outputParameters = kSupportedOutput,
@@ -107,8 +107,10 @@ const Declare::CommandShape NicHwCapSupportedList::kShape = {
     .root = Declare::Root::List,
     .structure = &kSupportedStruct,
 };
+const Declare::PackedShape NicHwCapSupportedList::kShape =
+    Declare::Pack<kNicHwCapSupportedListShape>();
 
-const Declare::CommandShape NicHwCapActivatedList::kShape = {
+constexpr Declare::CommandShape kNicHwCapActivatedListShape = {
     .description = "List activated hardware capabilities of physical NICs.",
     .formatter = "table",
     .outputParameters = kActivatedOutput,
@@ -116,6 +118,8 @@ const Declare::CommandShape NicHwCapActivatedList::kShape = {
     .root = Declare::Root::List,
     .structure = &kActivatedStruct,
 };
+const Declare::PackedShape NicHwCapActivatedList::kShape =
+    Declare::Pack<kNicHwCapActivatedListShape>();
 
 void NicHwCapSupportedList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                             const std::shared_ptr<Output>& output) {

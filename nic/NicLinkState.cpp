@@ -25,17 +25,19 @@ void SetLinkState(KelmCtl::Network::NetworkInfoImpl& networkInfo, const std::str
 
 }  // namespace
 
-const Declare::CommandShape NicUp::kShape = {
+constexpr Declare::CommandShape kNicUpShape = {
     .description = "Bring up the specified network device.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicUp::kShape = Declare::Pack<kNicUpShape>();
 
-const Declare::CommandShape NicDown::kShape = {
+constexpr Declare::CommandShape kNicDownShape = {
     .description = "Bring down the specified network device.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicDown::kShape = Declare::Pack<kNicDownShape>();
 
 void NicUp::ExecuteInternal(const std::shared_ptr<Input>& input,
                             const std::shared_ptr<Output>& output) {

@@ -95,7 +95,7 @@ VendorAndDevice ReadDescriptor(const HostCtl::Network::Pnic& pnic) {
 
 }  // namespace
 
-const Declare::CommandShape NicList::kShape = {
+constexpr Declare::CommandShape kNicListShape = {
     .description =
         "This command will list the Physical NICs currently installed and loaded on "
         "the system.",
@@ -104,6 +104,7 @@ const Declare::CommandShape NicList::kShape = {
     .root = Declare::Root::List,
     .structure = &kNic,
 };
+const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
 
 void NicList::ExecuteInternal(const std::shared_ptr<Input>&,
                               const std::shared_ptr<Output>& output) {

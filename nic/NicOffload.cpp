@@ -232,7 +232,7 @@ void OffloadSet(const Offload& offload, const Input& input, Output& output) {
 
 }  // namespace
 
-const Declare::CommandShape NicCsoGet::kShape = {
+constexpr Declare::CommandShape kNicCsoGetShape = {
     .description = "Get checksum offload settings",
     .formatter = "table",
     .outputParameters = kCsoOutput,
@@ -240,7 +240,8 @@ const Declare::CommandShape NicCsoGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kCsoShape,
 };
-const Declare::CommandShape NicTsoGet::kShape = {
+const Declare::PackedShape NicCsoGet::kShape = Declare::Pack<kNicCsoGetShape>();
+constexpr Declare::CommandShape kNicTsoGetShape = {
     .description = "Get TCP segmentation offload settings",
     .formatter = "table",
     .outputParameters = kTsoOutput,
@@ -248,7 +249,8 @@ const Declare::CommandShape NicTsoGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kTsoShape,
 };
-const Declare::CommandShape NicSgGet::kShape = {
+const Declare::PackedShape NicTsoGet::kShape = Declare::Pack<kNicTsoGetShape>();
+constexpr Declare::CommandShape kNicSgGetShape = {
     .description = "Get scatter-gather settings",
     .formatter = "table",
     .outputParameters = kSgOutput,
@@ -256,22 +258,26 @@ const Declare::CommandShape NicSgGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kSgShape,
 };
-const Declare::CommandShape NicCsoSet::kShape = {
+const Declare::PackedShape NicSgGet::kShape = Declare::Pack<kNicSgGetShape>();
+constexpr Declare::CommandShape kNicCsoSetShape = {
     .description = "Set checksum offload settings on a nic, which is not persistent.",
     .parameters = kCsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::CommandShape NicTsoSet::kShape = {
+const Declare::PackedShape NicCsoSet::kShape = Declare::Pack<kNicCsoSetShape>();
+constexpr Declare::CommandShape kNicTsoSetShape = {
     .description = "Set TCP segmentation offload settings on a nic, which is not persistent.",
     .parameters = kTsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::CommandShape NicSgSet::kShape = {
+const Declare::PackedShape NicTsoSet::kShape = Declare::Pack<kNicTsoSetShape>();
+constexpr Declare::CommandShape kNicSgSetShape = {
     .description = "Set scatter-gatter settings on a nic, which is not persistent.",
     .parameters = kSgSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::CommandShape NicSoftwareList::kShape = {
+const Declare::PackedShape NicSgSet::kShape = Declare::Pack<kNicSgSetShape>();
+constexpr Declare::CommandShape kNicSoftwareListShape = {
     .description =
         "List software simulation settings of physical NICs currently installed and "
         "loaded on the system.",
@@ -281,11 +287,13 @@ const Declare::CommandShape NicSoftwareList::kShape = {
     .root = Declare::Root::List,
     .structure = &kSoftwareShape,
 };
-const Declare::CommandShape NicSoftwareSet::kShape = {
+const Declare::PackedShape NicSoftwareList::kShape = Declare::Pack<kNicSoftwareListShape>();
+constexpr Declare::CommandShape kNicSoftwareSetShape = {
     .description = "Enable and disable software simulation settings on a NIC.",
     .parameters = kSoftwareSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicSoftwareSet::kShape = Declare::Pack<kNicSoftwareSetShape>();
 
 void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                 const std::shared_ptr<Output>& output) {

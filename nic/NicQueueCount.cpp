@@ -51,7 +51,7 @@ constexpr Declare::OutputParameter kFilterClassOutput[] = {
 
 }  // namespace
 
-const Declare::CommandShape NicQueueCountGet::kShape = {
+constexpr Declare::CommandShape kNicQueueCountGetShape = {
     .description = "Get netqueue count on a nic",
     .formatter = "table",
     .outputParameters = kCountOutput,
@@ -59,14 +59,16 @@ const Declare::CommandShape NicQueueCountGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kCountStruct,
 };
+const Declare::PackedShape NicQueueCountGet::kShape = Declare::Pack<kNicQueueCountGetShape>();
 
-const Declare::CommandShape NicQueueCountSet::kShape = {
+constexpr Declare::CommandShape kNicQueueCountSetShape = {
     .description = "Set number of netqueues on a nic",
     .parameters = kCountSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicQueueCountSet::kShape = Declare::Pack<kNicQueueCountSetShape>();
 
-const Declare::CommandShape NicQueueFilterClassList::kShape = {
+constexpr Declare::CommandShape kNicQueueFilterClassListShape = {
     .description =
         "List the netqueue supported filterclass of all physical NICs currently installed and "
         "loaded on the system.",
@@ -75,6 +77,8 @@ const Declare::CommandShape NicQueueFilterClassList::kShape = {
     .root = Declare::Root::List,
     .structure = &kFilterClassStruct,
 };
+const Declare::PackedShape NicQueueFilterClassList::kShape =
+    Declare::Pack<kNicQueueFilterClassListShape>();
 
 void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) {

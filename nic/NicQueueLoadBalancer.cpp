@@ -138,7 +138,7 @@ std::unique_ptr<HostCtl::Network::Pnic> NamedPnic(HostCtl::Network::NetworkInfo&
 
 }  // namespace
 
-const Declare::CommandShape NicQueueLbSettingList::kShape = {
+constexpr Declare::CommandShape kNicQueueLbSettingListShape = {
     .description =
         "List the load balancer settings of all the installed and loaded physical NICs. "
         "(S:supported, U:unsupported, N:not-applicable, A:allowed, D:disallowed).",
@@ -147,14 +147,18 @@ const Declare::CommandShape NicQueueLbSettingList::kShape = {
     .root = Declare::Root::List,
     .structure = &kSettingStruct,
 };
+const Declare::PackedShape NicQueueLbSettingList::kShape =
+    Declare::Pack<kNicQueueLbSettingListShape>();
 
-const Declare::CommandShape NicQueueLbSettingSet::kShape = {
+constexpr Declare::CommandShape kNicQueueLbSettingSetShape = {
     .description = "Enable/disable netqueue load balancer setting on a NIC.",
     .parameters = kSettingSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicQueueLbSettingSet::kShape =
+    Declare::Pack<kNicQueueLbSettingSetShape>();
 
-const Declare::CommandShape NicQueueLbStateList::kShape = {
+constexpr Declare::CommandShape kNicQueueLbStateListShape = {
     .description =
         "Netqueue balancer state of all physical NICs currently installed and loaded on the "
         "system",
@@ -164,14 +168,16 @@ const Declare::CommandShape NicQueueLbStateList::kShape = {
     .root = Declare::Root::List,
     .structure = &kStateStruct,
 };
+const Declare::PackedShape NicQueueLbStateList::kShape = Declare::Pack<kNicQueueLbStateListShape>();
 
-const Declare::CommandShape NicQueueLbStateSet::kShape = {
+constexpr Declare::CommandShape kNicQueueLbStateSetShape = {
     .description = "Enable/disable netqueue balancer on a NIC",
     .parameters = kStateSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicQueueLbStateSet::kShape = Declare::Pack<kNicQueueLbStateSetShape>();
 
-const Declare::CommandShape NicQueueLbPluginList::kShape = {
+constexpr Declare::CommandShape kNicQueueLbPluginListShape = {
     .description =
         "Details of netqueue balancer plugins on all physical NICs currently installed and "
         "loaded on the system",
@@ -181,12 +187,15 @@ const Declare::CommandShape NicQueueLbPluginList::kShape = {
     .root = Declare::Root::List,
     .structure = &kPluginStruct,
 };
+const Declare::PackedShape NicQueueLbPluginList::kShape =
+    Declare::Pack<kNicQueueLbPluginListShape>();
 
-const Declare::CommandShape NicQueueLbPluginSet::kShape = {
+constexpr Declare::CommandShape kNicQueueLbPluginSetShape = {
     .description = "Enable/disable netqueue balancer plugin on a NIC",
     .parameters = kPluginSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicQueueLbPluginSet::kShape = Declare::Pack<kNicQueueLbPluginSetShape>();
 
 void NicQueueLbSettingList::ExecuteInternal(const std::shared_ptr<Input>&,
                                             const std::shared_ptr<Output>& output) {

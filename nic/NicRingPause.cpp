@@ -150,7 +150,7 @@ constexpr const char* kMaxFields[] = {kMaxRxField, kMaxRxMiniField, kMaxRxJumboF
 
 }  // namespace
 
-const Declare::CommandShape NicRingPresetGet::kShape = {
+constexpr Declare::CommandShape kNicRingPresetGetShape = {
     .description = "Get preset maximums for RX/TX ring buffer parameters of a NIC.",
     .formatter = "simple",
     .outputParameters = kPresetOutput,
@@ -158,7 +158,8 @@ const Declare::CommandShape NicRingPresetGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kPresetShape,
 };
-const Declare::CommandShape NicRingCurrentGet::kShape = {
+const Declare::PackedShape NicRingPresetGet::kShape = Declare::Pack<kNicRingPresetGetShape>();
+constexpr Declare::CommandShape kNicRingCurrentGetShape = {
     .description = "Get current RX/TX ring buffer parameters of a NIC",
     .formatter = "simple",
     .outputParameters = kCurrentOutput,
@@ -166,12 +167,14 @@ const Declare::CommandShape NicRingCurrentGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kCurrentShape,
 };
-const Declare::CommandShape NicRingCurrentSet::kShape = {
+const Declare::PackedShape NicRingCurrentGet::kShape = Declare::Pack<kNicRingCurrentGetShape>();
+constexpr Declare::CommandShape kNicRingCurrentSetShape = {
     .description = "Set current RX/TX ring buffer parameters of a NIC",
     .parameters = kCurrentSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::CommandShape NicPauseParamsList::kShape = {
+const Declare::PackedShape NicRingCurrentSet::kShape = Declare::Pack<kNicRingCurrentSetShape>();
+constexpr Declare::CommandShape kNicPauseParamsListShape = {
     .description = "List pause parameters of all NICs",
     .formatter = "table",
     .outputParameters = kPauseOutput,
@@ -179,11 +182,13 @@ const Declare::CommandShape NicPauseParamsList::kShape = {
     .root = Declare::Root::List,
     .structure = &kPauseShape,
 };
-const Declare::CommandShape NicPauseParamsSet::kShape = {
+const Declare::PackedShape NicPauseParamsList::kShape = Declare::Pack<kNicPauseParamsListShape>();
+constexpr Declare::CommandShape kNicPauseParamsSetShape = {
     .description = "Set pause parameters for a NIC",
     .parameters = kPauseSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicPauseParamsSet::kShape = Declare::Pack<kNicPauseParamsSetShape>();
 
 void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                        const std::shared_ptr<Output>& output) {

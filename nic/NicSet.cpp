@@ -186,11 +186,12 @@ bool GetInfoFromParam(const Input& input, PnicInfo& info) {
 
 }  // namespace
 
-const Declare::CommandShape NicSet::kShape = {
+constexpr Declare::CommandShape kNicSetShape = {
     .description = "Set the general options for the specified ethernet device.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicSet::kShape = Declare::Pack<kNicSetShape>();
 
 void NicSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                              const std::shared_ptr<Output>& output) {

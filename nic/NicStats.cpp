@@ -125,7 +125,7 @@ std::unique_ptr<HostCtl::Network::Portset> FindUplinkSwitch(const std::string& n
 
 }  // namespace
 
-const Declare::CommandShape NicStatsGet::kShape = {
+constexpr Declare::CommandShape kNicStatsGetShape = {
     .description = "Get NIC statistics for a given interface.",
     .formatter = "simple",
     .outputParameters = kStatsOutput,
@@ -133,8 +133,9 @@ const Declare::CommandShape NicStatsGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kStatsShape,
 };
+const Declare::PackedShape NicStatsGet::kShape = Declare::Pack<kNicStatsGetShape>();
 
-const Declare::CommandShape NicVlanStatsGet::kShape = {
+constexpr Declare::CommandShape kNicVlanStatsGetShape = {
     .description = "List VLAN statistics for active VLAN's on the NIC.",
     .formatter = "simple",
     .outputParameters = kVlanOutput,
@@ -142,12 +143,14 @@ const Declare::CommandShape NicVlanStatsGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kVlanShape,
 };
+const Declare::PackedShape NicVlanStatsGet::kShape = Declare::Pack<kNicVlanStatsGetShape>();
 
-const Declare::CommandShape NicVlanStatsSet::kShape = {
+constexpr Declare::CommandShape kNicVlanStatsSetShape = {
     .description = "Enable/disable VLAN statistics collection on the NIC.",
     .parameters = kVlanSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape NicVlanStatsSet::kShape = Declare::Pack<kNicVlanStatsSetShape>();
 
 void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                   const std::shared_ptr<Output>& output) {

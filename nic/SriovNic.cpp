@@ -127,7 +127,7 @@ constexpr char kInvalidVfIdEnd[] = " provided. vf id starts from 0";
 
 }  // namespace
 
-const Declare::CommandShape SriovNicList::kShape = {
+constexpr Declare::CommandShape kSriovNicListShape = {
     .description =
         "This command will list the SRIOV Enabled NICs (PFs) currently installed and loaded on "
         "the system.",
@@ -136,8 +136,9 @@ const Declare::CommandShape SriovNicList::kShape = {
     .root = Declare::Root::List,
     .structure = &kSriovNic,
 };
+const Declare::PackedShape SriovNicList::kShape = Declare::Pack<kSriovNicListShape>();
 
-const Declare::CommandShape VfList::kShape = {
+constexpr Declare::CommandShape kVfListShape = {
     .description = "Get the generic configuration of VFs for SRIOV NIC.",
     .formatter = "table",
     .outputParameters = kVfListOutput,
@@ -145,8 +146,9 @@ const Declare::CommandShape VfList::kShape = {
     .root = Declare::Root::List,
     .structure = &kVfListStruct,
 };
+const Declare::PackedShape VfList::kShape = Declare::Pack<kVfListShape>();
 
-const Declare::CommandShape VfStats::kShape = {
+constexpr Declare::CommandShape kVfStatsShape = {
     .description = "Get statistics for given VF of a SRIOV NIC.",
     .formatter = "simple",
     .outputParameters = kVfStatsOutput,
@@ -154,6 +156,7 @@ const Declare::CommandShape VfStats::kShape = {
     .root = Declare::Root::List,
     .structure = &kVfStatsStruct,
 };
+const Declare::PackedShape VfStats::kShape = Declare::Pack<kVfStatsShape>();
 
 void SriovNicList::ExecuteInternal(const std::shared_ptr<Input>&,
                                    const std::shared_ptr<Output>& output) {

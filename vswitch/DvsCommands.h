@@ -11,7 +11,7 @@ namespace ZanvexCli::NetworkNamespace {
 
 class VirtualSwitchDVSZanvexList final : public DeclaredCommand<VirtualSwitchDVSZanvexList> {
 public:
-    static const Declare::CommandShape kShape;
+    static const Declare::PackedShape kShape;
     VirtualSwitchDVSZanvexList() { Declare::ApplyShape(*this, kShape); }
 
     // The struct of one port of a switch, an element of its "DVPort" list.
@@ -29,7 +29,7 @@ NETWORK_COMMAND(LacpGetConfig);
 
 class LacpGetStatus final : public DeclaredCommand<LacpGetStatus> {
 public:
-    static const Declare::CommandShape kShape;
+    static const Declare::PackedShape kShape;
     LacpGetStatus() { Declare::ApplyShape(*this, kShape); }
 
     // The structs nested in a "LAG" row: one NIC, and its local and partner sides.

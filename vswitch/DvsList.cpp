@@ -76,7 +76,7 @@ constexpr char kUnableToAccessAll[] = "Unable to access all oDS";
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchDVSZanvexList::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchDVSZanvexListShape = {
     .description =
         "List the Zanvex Orbiq Distributed Switch currently configured on the Ostrel host.",
     .formatter = "simple",
@@ -85,6 +85,8 @@ const Declare::CommandShape VirtualSwitchDVSZanvexList::kShape = {
     .root = Declare::Root::List,
     .structure = &kOds,
 };
+const Declare::PackedShape VirtualSwitchDVSZanvexList::kShape =
+    Declare::Pack<kVirtualSwitchDVSZanvexListShape>();
 
 std::shared_ptr<MetaStruct> VirtualSwitchDVSZanvexList::GetDVPortStructure() {
     return Declare::MakeStruct(kDVPortShape);

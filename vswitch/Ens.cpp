@@ -75,11 +75,12 @@ void WithNetworkInfo(Output& output, Call call) {
 
 }  // namespace
 
-const Declare::CommandShape EnsMaxlcoresGet::kShape = {
+constexpr Declare::CommandShape kEnsMaxlcoresGetShape = {
     .description = "Get the maximum number of ENS contexts (lcores).",
     .formatter = "simple",
     .root = Declare::Root::Int,
 };
+const Declare::PackedShape EnsMaxlcoresGet::kShape = Declare::Pack<kEnsMaxlcoresGetShape>();
 
 void EnsMaxlcoresGet::ExecuteInternal(const std::shared_ptr<Input>&,
                                       const std::shared_ptr<Output>& output) {
@@ -88,11 +89,12 @@ void EnsMaxlcoresGet::ExecuteInternal(const std::shared_ptr<Input>&,
     });
 }
 
-const Declare::CommandShape EnsMaxlcoresSet::kShape = {
+constexpr Declare::CommandShape kEnsMaxlcoresSetShape = {
     .description = "Set the maximum number of ENS contexts.",
     .parameters = kMaxLcoresParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsMaxlcoresSet::kShape = Declare::Pack<kEnsMaxlcoresSetShape>();
 
 void EnsMaxlcoresSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                       const std::shared_ptr<Output>& output) {
@@ -103,11 +105,12 @@ void EnsMaxlcoresSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreAdd::kShape = {
+constexpr Declare::CommandShape kEnsLcoreAddShape = {
     .description = "Create ENS context.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsLcoreAdd::kShape = Declare::Pack<kEnsLcoreAddShape>();
 
 void EnsLcoreAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                   const std::shared_ptr<Output>& output) {
@@ -116,11 +119,12 @@ void EnsLcoreAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreRemove::kShape = {
+constexpr Declare::CommandShape kEnsLcoreRemoveShape = {
     .description = "Destroy ENS context.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsLcoreRemove::kShape = Declare::Pack<kEnsLcoreRemoveShape>();
 
 void EnsLcoreRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {
@@ -129,13 +133,14 @@ void EnsLcoreRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreList::kShape = {
+constexpr Declare::CommandShape kEnsLcoreListShape = {
     .description = "List ENS contexts.",
     .formatter = "table",
     .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kEns,
 };
+const Declare::PackedShape EnsLcoreList::kShape = Declare::Pack<kEnsLcoreListShape>();
 
 void EnsLcoreList::ExecuteInternal(const std::shared_ptr<Input>&,
                                    const std::shared_ptr<Output>& output) {
@@ -154,12 +159,13 @@ void EnsLcoreList::ExecuteInternal(const std::shared_ptr<Input>&,
     });
 }
 
-const Declare::CommandShape EnsLcoreSwitchGet::kShape = {
+constexpr Declare::CommandShape kEnsLcoreSwitchGetShape = {
     .description = "Get the switch associated with given ENS context.",
     .formatter = "simple",
     .parameters = kLcoreParameters,
     .root = Declare::Root::String,
 };
+const Declare::PackedShape EnsLcoreSwitchGet::kShape = Declare::Pack<kEnsLcoreSwitchGetShape>();
 
 void EnsLcoreSwitchGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                         const std::shared_ptr<Output>& output) {
@@ -168,11 +174,12 @@ void EnsLcoreSwitchGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreSwitchAdd::kShape = {
+constexpr Declare::CommandShape kEnsLcoreSwitchAddShape = {
     .description = "Associate given ENS context with given switch.",
     .parameters = kSwitchAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsLcoreSwitchAdd::kShape = Declare::Pack<kEnsLcoreSwitchAddShape>();
 
 void EnsLcoreSwitchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                         const std::shared_ptr<Output>& output) {
@@ -182,11 +189,13 @@ void EnsLcoreSwitchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreSwitchRemove::kShape = {
+constexpr Declare::CommandShape kEnsLcoreSwitchRemoveShape = {
     .description = "Disassociate given ENS context from virtual switch.",
     .parameters = kLcoreParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsLcoreSwitchRemove::kShape =
+    Declare::Pack<kEnsLcoreSwitchRemoveShape>();
 
 void EnsLcoreSwitchRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                            const std::shared_ptr<Output>& output) {
@@ -195,12 +204,13 @@ void EnsLcoreSwitchRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreAffinityGet::kShape = {
+constexpr Declare::CommandShape kEnsLcoreAffinityGetShape = {
     .description = "Get the affinity for given ENS context.",
     .formatter = "simple",
     .parameters = kLcoreParameters,
     .root = Declare::Root::Int,
 };
+const Declare::PackedShape EnsLcoreAffinityGet::kShape = Declare::Pack<kEnsLcoreAffinityGetShape>();
 
 void EnsLcoreAffinityGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                           const std::shared_ptr<Output>& output) {
@@ -210,11 +220,12 @@ void EnsLcoreAffinityGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     });
 }
 
-const Declare::CommandShape EnsLcoreAffinitySet::kShape = {
+constexpr Declare::CommandShape kEnsLcoreAffinitySetShape = {
     .description = "Set affinity for given ENS context.",
     .parameters = kAffinitySetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape EnsLcoreAffinitySet::kShape = Declare::Pack<kEnsLcoreAffinitySetShape>();
 
 void EnsLcoreAffinitySet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                           const std::shared_ptr<Output>& output) {

@@ -180,7 +180,7 @@ long AddLagRows(const DVSwitch& dvSwitch, MetaList& list) {
 
 }  // namespace
 
-const Declare::CommandShape LacpGetConfig::kShape = {
+constexpr Declare::CommandShape kLacpGetConfigShape = {
     .description = "Get LACP configuration on DVS",
     .formatter = "table",
     .outputParameters = kOutputParameters,
@@ -188,6 +188,7 @@ const Declare::CommandShape LacpGetConfig::kShape = {
     .root = Declare::Root::List,
     .structure = &kLacp,
 };
+const Declare::PackedShape LacpGetConfig::kShape = Declare::Pack<kLacpGetConfigShape>();
 
 void LacpGetConfig::ExecuteInternal(const std::shared_ptr<Input>& input,
                                     const std::shared_ptr<Output>& output) {

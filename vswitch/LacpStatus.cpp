@@ -182,7 +182,7 @@ std::shared_ptr<MetaStruct> NicRow(const LacpNicStatus& nic, bool onDpu) {
 
 }  // namespace
 
-const Declare::CommandShape LacpGetStatus::kShape = {
+constexpr Declare::CommandShape kLacpGetStatusShape = {
     .description = "Get LACP status on DVS",
     .formatter = "simple",
     .outputParameters = kStatusOutputParameters,
@@ -190,6 +190,7 @@ const Declare::CommandShape LacpGetStatus::kShape = {
     .root = Declare::Root::List,
     .structure = &kLag,
 };
+const Declare::PackedShape LacpGetStatus::kShape = Declare::Pack<kLacpGetStatusShape>();
 
 std::shared_ptr<MetaStruct> LacpGetStatus::GetLACPNicInfoStruct() {
     return Declare::MakeStruct(kNicStatus);
@@ -242,7 +243,7 @@ void LacpGetStatus::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape LacpGetStats::kShape = {
+constexpr Declare::CommandShape kLacpGetStatsShape = {
     .description = "Get LACP stats on DVS uplinks",
     .formatter = "table",
     .outputParameters = kStatsOutputParameters,
@@ -250,6 +251,7 @@ const Declare::CommandShape LacpGetStats::kShape = {
     .root = Declare::Root::List,
     .structure = &kLacpStats,
 };
+const Declare::PackedShape LacpGetStats::kShape = Declare::Pack<kLacpGetStatsShape>();
 
 void LacpGetStats::ExecuteInternal(const std::shared_ptr<Input>& input,
                                    const std::shared_ptr<Output>& output) {

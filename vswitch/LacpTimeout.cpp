@@ -27,11 +27,12 @@ constexpr char kLagIdEmpty[] = "LAG ID is empty";
 
 }  // namespace
 
-const Declare::CommandShape LacpSetTimeout::kShape = {
+constexpr Declare::CommandShape kLacpSetTimeoutShape = {
     .description = "Set long/short timeout for hwnics in one LACP LAG",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape LacpSetTimeout::kShape = Declare::Pack<kLacpSetTimeoutShape>();
 
 void LacpSetTimeout::ExecuteInternal(const std::shared_ptr<Input>& input,
                                      const std::shared_ptr<Output>& output) {

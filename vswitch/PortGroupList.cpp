@@ -35,7 +35,7 @@ constexpr Declare::Parameter kParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchPortGroupList::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupListShape = {
     .description = "List all of the port groups currently on the system.",
     .formatter = "table",
     .outputParameters = kOutputParameters,
@@ -43,6 +43,8 @@ const Declare::CommandShape VirtualSwitchPortGroupList::kShape = {
     .root = Declare::Root::List,
     .structure = &kPortGroup,
 };
+const Declare::PackedShape VirtualSwitchPortGroupList::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupListShape>();
 
 void VirtualSwitchPortGroupList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                  const std::shared_ptr<Output>& output) {

@@ -44,17 +44,21 @@ void ChangePortGroups(const Input& input, Output& output,
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchPortGroupAdd::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupAddShape = {
     .description = "Allows the addition of a standard port group to a virtual switch.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupAdd::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupAddShape>();
 
-const Declare::CommandShape VirtualSwitchPortGroupRemove::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupRemoveShape = {
     .description = "Remove a port group from the given virtual switch",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupRemove::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupRemoveShape>();
 
 void VirtualSwitchPortGroupAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                 const std::shared_ptr<Output>& output) {

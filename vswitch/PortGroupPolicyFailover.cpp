@@ -44,7 +44,7 @@ constexpr Declare::Parameter kSetParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicyFailoverGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyFailoverGetShape = {
     .description = "Get the network failover policy settings governing the given port group",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -52,14 +52,18 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicyFailoverGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kFailoverPolicy,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicyFailoverGet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicyFailoverGetShape>();
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicyFailoverSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyFailoverSetShape = {
     .description =
         "Configure the Failover policy for a port group. These setting may "
         "potentially override virtual switch settings.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicyFailoverSet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicyFailoverSetShape>();
 
 void VirtualSwitchPortGroupPolicyFailoverGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {

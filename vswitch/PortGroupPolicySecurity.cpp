@@ -41,7 +41,7 @@ constexpr Declare::Parameter kSetParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicySecurityGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicySecurityGetShape = {
     .description = "Get the Security Policy governing the given port group. ",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -49,12 +49,16 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicySecurityGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kSecurityPolicy,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicySecurityGet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicySecurityGetShape>();
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicySecuritySet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicySecuritySetShape = {
     .description = "Set the security policy for a given port group",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicySecuritySet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicySecuritySetShape>();
 
 void VirtualSwitchPortGroupPolicySecurityGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {

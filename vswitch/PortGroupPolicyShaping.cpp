@@ -61,7 +61,7 @@ constexpr RequiredValue kRequiredValues[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicyShapingGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyShapingGetShape = {
     .description = "Get the network shaping policy settings governing the given port group",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -69,12 +69,16 @@ const Declare::CommandShape VirtualSwitchPortGroupPolicyShapingGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kShapingPolicy,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicyShapingGet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicyShapingGetShape>();
 
-const Declare::CommandShape VirtualSwitchPortGroupPolicyShapingSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyShapingSetShape = {
     .description = "Set the shaping policy settings for the given port group",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupPolicyShapingSet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupPolicyShapingSetShape>();
 
 void VirtualSwitchPortGroupPolicyShapingGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {

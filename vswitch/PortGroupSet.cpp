@@ -29,11 +29,13 @@ void AddVlanIdParameter(const std::shared_ptr<InputSpec>& spec) {
     AddParameters(spec, vlanId);
 }
 
-const Declare::CommandShape VirtualSwitchPortGroupSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchPortGroupSetShape = {
     .description = "Set the vlan id for the given port group",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchPortGroupSet::kShape =
+    Declare::Pack<kVirtualSwitchPortGroupSetShape>();
 
 void VirtualSwitchPortGroupSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                 const std::shared_ptr<Output>& output) {

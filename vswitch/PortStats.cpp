@@ -130,7 +130,7 @@ bool sortFilterStats(const std::unique_ptr<HostCtl::Network::FilterStats>& a,
     return a->orderKey.compare(b->orderKey) > 0;
 }
 
-const Declare::CommandShape PortStatsGet::kShape = {
+constexpr Declare::CommandShape kPortStatsGetShape = {
     .description = "Packet statistics for a given port.",
     .formatter = "simple",
     .outputParameters = kStatsOutputParameters,
@@ -138,6 +138,7 @@ const Declare::CommandShape PortStatsGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kPort,
 };
+const Declare::PackedShape PortStatsGet::kShape = Declare::Pack<kPortStatsGetShape>();
 
 void PortStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                    const std::shared_ptr<Output>& output) {
@@ -176,7 +177,7 @@ void PortStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-const Declare::CommandShape PortFilterStatsGet::kShape = {
+constexpr Declare::CommandShape kPortFilterStatsGetShape = {
     .description = "Filter statistics for a given port.",
     .formatter = "simple",
     .outputParameters = kFilterOutputParameters,
@@ -184,6 +185,7 @@ const Declare::CommandShape PortFilterStatsGet::kShape = {
     .root = Declare::Root::List,
     .structure = &kFilter,
 };
+const Declare::PackedShape PortFilterStatsGet::kShape = Declare::Pack<kPortFilterStatsGetShape>();
 
 void PortFilterStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {

@@ -27,11 +27,13 @@ constexpr Declare::Parameter kParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardAdd::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardAddShape = {
     .description = "Add a new virtual switch to the Ostrel networking system.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardAdd::kShape =
+    Declare::Pack<kVirtualSwitchStandardAddShape>();
 
 void VirtualSwitchStandardAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                const std::shared_ptr<Output>& output) {

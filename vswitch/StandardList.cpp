@@ -76,7 +76,7 @@ std::vector<std::string> UplinkNicNames() {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardList::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardListShape = {
     .description = "List the virtual switches current on the Ostrel host.",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -84,6 +84,8 @@ const Declare::CommandShape VirtualSwitchStandardList::kShape = {
     .root = Declare::Root::List,
     .structure = &kVirtualSwitch,
 };
+const Declare::PackedShape VirtualSwitchStandardList::kShape =
+    Declare::Pack<kVirtualSwitchStandardListShape>();
 
 void VirtualSwitchStandardList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                 const std::shared_ptr<Output>& output) {

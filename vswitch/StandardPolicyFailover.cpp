@@ -27,7 +27,7 @@ constexpr Declare::Parameter kSetParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardPolicyFailoverGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicyFailoverGetShape = {
     .description = "Get the failover policy settings governing the given virtual switch",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -35,12 +35,16 @@ const Declare::CommandShape VirtualSwitchStandardPolicyFailoverGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kFailoverPolicy,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicyFailoverGet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicyFailoverGetShape>();
 
-const Declare::CommandShape VirtualSwitchStandardPolicyFailoverSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicyFailoverSetShape = {
     .description = "Configure the Failover policy for a virtual switch.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicyFailoverSet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicyFailoverSetShape>();
 
 void VirtualSwitchStandardPolicyFailoverGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {

@@ -31,7 +31,7 @@ constexpr Declare::Parameter kSetParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardPolicySecurityGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicySecurityGetShape = {
     .description = "Get the Security Policy governing the given virtual switch.",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -39,12 +39,16 @@ const Declare::CommandShape VirtualSwitchStandardPolicySecurityGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kSecurityPolicy,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicySecurityGet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicySecurityGetShape>();
 
-const Declare::CommandShape VirtualSwitchStandardPolicySecuritySet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicySecuritySetShape = {
     .description = "Set the security policy for a given virtual switch",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicySecuritySet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicySecuritySetShape>();
 
 void VirtualSwitchStandardPolicySecurityGet::ExecuteInternal(
     const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {

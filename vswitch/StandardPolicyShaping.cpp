@@ -30,7 +30,7 @@ constexpr Declare::Parameter kSetParameters[] = {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardPolicyShapingGet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicyShapingGetShape = {
     .description = "Get the shaping policy settings for the given virtual switch",
     .formatter = "simple",
     .outputParameters = kOutputParameters,
@@ -38,12 +38,16 @@ const Declare::CommandShape VirtualSwitchStandardPolicyShapingGet::kShape = {
     .root = Declare::Root::Struct,
     .structure = &kShapingPolicy,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicyShapingGet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicyShapingGetShape>();
 
-const Declare::CommandShape VirtualSwitchStandardPolicyShapingSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardPolicyShapingSetShape = {
     .description = "Set the shaping policy settings for the given virtual switch",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardPolicyShapingSet::kShape =
+    Declare::Pack<kVirtualSwitchStandardPolicyShapingSetShape>();
 
 void VirtualSwitchStandardPolicyShapingGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                             const std::shared_ptr<Output>& output) {

@@ -17,11 +17,13 @@ constexpr char kNoSwitch[] = "Unable to find virtual switch with the name ";
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardRemove::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardRemoveShape = {
     .description = "Remove a virtual switch from the Ostrel networking system.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardRemove::kShape =
+    Declare::Pack<kVirtualSwitchStandardRemoveShape>();
 
 void VirtualSwitchStandardRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                   const std::shared_ptr<Output>& output) {

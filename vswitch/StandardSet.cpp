@@ -53,11 +53,13 @@ int CdpStatusIndex(const std::string& word) {
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardSet::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardSetShape = {
     .description = "This command sets the MTU size and CDP status of a given virtual switch.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardSet::kShape =
+    Declare::Pack<kVirtualSwitchStandardSetShape>();
 
 void VirtualSwitchStandardSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                const std::shared_ptr<Output>& output) {

@@ -43,7 +43,7 @@ void ChangeUplink(const Input& input, Output& output,
 
 }  // namespace
 
-const Declare::CommandShape VirtualSwitchStandardUplinkAdd::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardUplinkAddShape = {
     .description =
         "Add an uplink to the given virtual switch. Note if this virtual switch has a "
         "NIC teaming policy assigned to it then the policy must also be modified to "
@@ -51,8 +51,10 @@ const Declare::CommandShape VirtualSwitchStandardUplinkAdd::kShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardUplinkAdd::kShape =
+    Declare::Pack<kVirtualSwitchStandardUplinkAddShape>();
 
-const Declare::CommandShape VirtualSwitchStandardUplinkRemove::kShape = {
+constexpr Declare::CommandShape kVirtualSwitchStandardUplinkRemoveShape = {
     .description =
         "Remove an uplink from the given virtual switch. Note if this virtual switch "
         "has a NIC teaming policy assigned to it then the policy must also be "
@@ -60,6 +62,8 @@ const Declare::CommandShape VirtualSwitchStandardUplinkRemove::kShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
+const Declare::PackedShape VirtualSwitchStandardUplinkRemove::kShape =
+    Declare::Pack<kVirtualSwitchStandardUplinkRemoveShape>();
 
 void VirtualSwitchStandardUplinkAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                                      const std::shared_ptr<Output>& output) {

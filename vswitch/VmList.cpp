@@ -88,13 +88,14 @@ std::string DVPortgroupOf(const PortImpl& port, const HostCtl::Network::Portset&
 
 }  // namespace
 
-const Declare::CommandShape VMList::kShape = {
+constexpr Declare::CommandShape kVMListShape = {
     .description = "List networking information for the VM's that have active ports.",
     .formatter = "table",
     .outputParameters = kVmOutputParameters,
     .root = Declare::Root::List,
     .structure = &kVm,
 };
+const Declare::PackedShape VMList::kShape = Declare::Pack<kVMListShape>();
 
 void VMList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -137,7 +138,7 @@ void VMList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_pt
     }
 }
 
-const Declare::CommandShape VMPortList::kShape = {
+constexpr Declare::CommandShape kVMPortListShape = {
     .description = "List of active ports for a given VM.",
     .formatter = "simple",
     .outputParameters = kPortOutputParameters,
@@ -145,6 +146,7 @@ const Declare::CommandShape VMPortList::kShape = {
     .root = Declare::Root::List,
     .structure = &kPort,
 };
+const Declare::PackedShape VMPortList::kShape = Declare::Pack<kVMPortListShape>();
 
 void VMPortList::ExecuteInternal(const std::shared_ptr<Input>& input,
                                  const std::shared_ptr<Output>& output) {

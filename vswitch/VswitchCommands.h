@@ -11,11 +11,11 @@ namespace ZanvexCli::NetworkNamespace {
 // `AddParameters(spec)` adds.
 #define NETWORK_COMMAND_WITH_PARAMETERS(ClassName, AddParameters)             \
     class ClassName final : public DeclaredCommand<ClassName> {               \
-      public:                                                                 \
-        static const Declare::CommandShape kShape;                            \
+    public:                                                                   \
+        static const Declare::PackedShape kShape;                             \
         ClassName() { Declare::ApplyShape(*this, kShape); }                   \
                                                                               \
-      protected:                                                              \
+    protected:                                                                \
         std::shared_ptr<InputSpec> GetInputSpecInternal() override {          \
             auto spec = DeclaredCommand::GetInputSpecInternal();              \
             AddParameters(spec);                                              \
