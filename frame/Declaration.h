@@ -215,16 +215,22 @@ public:
 };
 
 // Base of every command class: `Self` provides `static const Declare::PackedShape kShape` and
-// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape. The
-// command class's own constructor applies the shape (`Self() { Declare::ApplyShape(*this,
-// kShape); }`): with nothing to do here while this part is built, the compiler drops this
-// template's own table of virtual functions, which the loader would otherwise relocate for every
-// command of every process.
-template <class Self>
-class DeclaredCommand : public CommandNode {
+// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape. `Base`
+// is CommandNode, or a class that has it as a virtual base; New allocates the object with its
+// reference counts (make_shared) when `kOneBlock`, else alone (`new`). The command class's own
+// constructor applies the shape (`Self() { Declare::ApplyShape(*this, kShape); }`): with nothing
+// to do here while this part is built, the compiler drops this template's own table of virtual
+// functions, which the loader would otherwise relocate for every command of every process.
+template <class Self, class Base = CommandNode, bool kOneBlock = true>
+class DeclaredCommand : public Base {
 public:
     static std::shared_ptr<Self> New() {
-        auto command = std::make_shared<Self>();
+        std::shared_ptr<Self> command;
+        if constexpr (kOneBlock) {
+            command = std::make_shared<Self>();
+        } else {
+            command = std::shared_ptr<Self>(new Self);
+        }
         command->PrimeThis(command);
         return command;
     }
@@ -242,19 +248,23 @@ protected:
     }
 };
 
-// Declares a command class of a subsystem header; its source file defines ExecuteInternal and
-// kShape, packed from a `constexpr` CommandShape:
+// Declares a command class of a subsystem header, of the form DeclaredCommand's `Base` and
+// `oneBlock` give; its source file defines ExecuteInternal and kShape, packed from a
+// `constexpr` CommandShape:
 //     constexpr Declare::CommandShape kNicListShape = {...};
 //     const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
-#define NETWORK_COMMAND(ClassName)                                            \
-    class ClassName final : public DeclaredCommand<ClassName> {               \
-    public:                                                                   \
-        static const Declare::PackedShape kShape;                             \
-        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
-                                                                              \
-    protected:                                                                \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,             \
-                             const std::shared_ptr<Output>& output) override; \
+#define NETWORK_COMMAND_FORM(ClassName, Base, oneBlock)                         \
+    class ClassName final : public DeclaredCommand<ClassName, Base, oneBlock> { \
+    public:                                                                     \
+        static const Declare::PackedShape kShape;                               \
+        ClassName() { Declare::ApplyShape(*this, kShape); }                     \
+                                                                                \
+    protected:                                                                  \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,               \
+                             const std::shared_ptr<Output>& output) override;   \
     }
+
+// A command class of the plain form: `Command` a plain base, New with make_shared.
+#define NETWORK_COMMAND(ClassName) NETWORK_COMMAND_FORM(ClassName, CommandNode, true)
 
 }  // namespace ZanvexCli::NetworkNamespace

@@ -6,49 +6,9 @@
 
 namespace ZanvexCli::NetworkNamespace {
 
-// The forms of command class these commands keep: `Command` as a virtual base or a plain one,
-// and New allocating the object alone (`new`) or with its reference counts (make_shared). The
-// virtual base is reached through CommandNode, so that its tables of virtual functions point
-// into this library as every other command's do.
+// `Command` as a virtual base, for NETWORK_COMMAND_FORM. It is reached through CommandNode, so
+// that its tables of virtual functions point into this library as every other command's do.
 class VirtualCommand : public virtual CommandNode {};
-
-template <class Self, class Base, bool kOneBlock>
-class FormedCommand : public Base {
-public:
-    static std::shared_ptr<Self> New() {
-        std::shared_ptr<Self> command;
-        if constexpr (kOneBlock) {
-            command = std::make_shared<Self>();
-        } else {
-            command = std::shared_ptr<Self>(new Self);
-        }
-        command->PrimeThis(command);
-        return command;
-    }
-
-    static std::shared_ptr<MetaStruct> GetOutputStructure() {
-        return Declare::MakeStruct(*Self::kShape.structure);
-    }
-
-protected:
-    std::shared_ptr<InputSpec> GetInputSpecInternal() override {
-        return Declare::MakeInputSpec(Self::kShape);
-    }
-    std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
-        return Declare::MakeOutputSpec(Self::kShape);
-    }
-};
-
-#define NETWORK_COMMAND_FORM(ClassName, Base, oneBlock)                       \
-    class ClassName final : public FormedCommand<ClassName, Base, oneBlock> { \
-    public:                                                                   \
-        static const Declare::PackedShape kShape;                             \
-        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
-                                                                              \
-    protected:                                                                \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,             \
-                             const std::shared_ptr<Output>& output) override; \
-    }
 
 NETWORK_COMMAND_FORM(SriovNicList, VirtualCommand, false);
 NETWORK_COMMAND_FORM(VfList, VirtualCommand, false);

@@ -355,13 +355,6 @@ Json ReadNeighborTable(Database& database, const std::string& netstack) {
 
 bool DeleteNeighbors(Database& database, const std::string& netstack, int family,
                      const std::string& address, const std::string& interfaceName) {
-    auto count = database.Query(
-        "SELECT count(*) FROM routing_neighbor WHERE netstack = ?1 AND family = ?2"
-        " AND system = 0 AND address = ?3 AND (?4 = '' OR interface = ?4)");
-    count.Bind(1, netstack).Bind(2, std::int64_t{family}).Bind(3, address).Bind(4, interfaceName);
-    if (!count.Step() || count.Int(0) == 0) {
-        return false;
-    }
     database
         .Query(
             "DELETE FROM routing_neighbor WHERE netstack = ?1 AND family = ?2 AND system = 0"
@@ -371,7 +364,7 @@ bool DeleteNeighbors(Database& database, const std::string& netstack, int family
         .Bind(3, address)
         .Bind(4, interfaceName)
         .Run();
-    return true;
+    return database.Changes() > 0;
 }
 
 Json NormalNeighbor(const Json& neighbor) {
