@@ -45,6 +45,18 @@ void WritePolicy(const std::string& name, const char* sql, const std::string& js
     });
 }
 
+// A port group listed by name is read in full when first asked for more than its name.
+PortGroupRecord& Detailed(PortGroupRecord& record) {
+    if (!record.detailed) {
+        auto loaded = HostSim::Vswitch::LoadPortGroup(Store(), record.name);
+        if (!loaded) {
+            throw HostCtlException(NoSuchPortGroup(record.name));
+        }
+        record = std::move(*loaded);
+    }
+    return record;
+}
+
 }  // namespace
 
 PortGroupImpl::PortGroupImpl(const std::string& name) {
@@ -78,12 +90,12 @@ bool PortGroupImpl::IsValid() const {
 
 std::uint32_t PortGroupImpl::GetActiveClients() const {
     PassOperation("PortGroup::GetActiveClients", record_->name);
-    return static_cast<std::uint32_t>(record_->users.size());
+    return static_cast<std::uint32_t>(Detailed(*record_).users.size());
 }
 
 std::uint16_t PortGroupImpl::GetVlanId() const {
     PassOperation("PortGroup::GetVlanId", record_->name);
-    return record_->vlanId;
+    return Detailed(*record_).vlanId;
 }
 
 void PortGroupImpl::SetVlanId(int vlanId) {
@@ -109,12 +121,12 @@ std::unique_ptr<HostCtl::Network::VirtualSwitch> PortGroupImpl::GetVirtualSwitch
 
 PortSecurityPolicy PortGroupImpl::GetEffectiveSecurityPolicy() const {
     PassOperation("PortGroup::GetEffectiveSecurityPolicy", record_->name);
-    return record_->Effective().security;
+    return Detailed(*record_).Effective().security;
 }
 
 PortSecurityPolicy PortGroupImpl::GetSecurityPolicy() const {
     PassOperation("PortGroup::GetSecurityPolicy", record_->name);
-    return record_->own.security;
+    return Detailed(*record_).own.security;
 }
 
 void PortGroupImpl::SetSecurityPolicy(const PortSecurityPolicy& policy) {
@@ -126,12 +138,12 @@ void PortGroupImpl::SetSecurityPolicy(const PortSecurityPolicy& policy) {
 
 ShapingPolicy PortGroupImpl::GetEffectiveShapingPolicy() const {
     PassOperation("PortGroup::GetEffectiveShapingPolicy", record_->name);
-    return record_->Effective().shaping;
+    return Detailed(*record_).Effective().shaping;
 }
 
 ShapingPolicy PortGroupImpl::GetShapingPolicy() const {
     PassOperation("PortGroup::GetShapingPolicy", record_->name);
-    return record_->own.shaping;
+    return Detailed(*record_).own.shaping;
 }
 
 void PortGroupImpl::SetShapingPolicy(const ShapingPolicy& policy) {
@@ -143,12 +155,12 @@ void PortGroupImpl::SetShapingPolicy(const ShapingPolicy& policy) {
 
 NicTeamingPolicy PortGroupImpl::GetEffectiveTeamingPolicy() const {
     PassOperation("PortGroup::GetEffectiveTeamingPolicy", record_->name);
-    return record_->Effective().teaming;
+    return Detailed(*record_).Effective().teaming;
 }
 
 NicTeamingPolicy PortGroupImpl::GetTeamingPolicy() const {
     PassOperation("PortGroup::GetTeamingPolicy", record_->name);
-    return record_->own.teaming;
+    return Detailed(*record_).own.teaming;
 }
 
 void PortGroupImpl::SetTeamingPolicy(const NicTeamingPolicy& policy) {

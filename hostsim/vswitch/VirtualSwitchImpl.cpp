@@ -134,7 +134,7 @@ std::vector<std::string> VirtualSwitchImpl::GetBeaconRequiredBy() const {
 std::vector<std::unique_ptr<PortGroup>> VirtualSwitchImpl::GetPortGroups() const {
     PassOperation("VirtualSwitch::GetPortGroups", record_.name);
     std::vector<std::unique_ptr<PortGroup>> portGroups;
-    for (PortGroupRecord& record : LoadPortGroupsOf(Store(), record_.name)) {
+    for (PortGroupRecord& record : ListPortGroupsOf(Store(), record_.name)) {
         portGroups.push_back(
             std::make_unique<PortGroupImpl>(std::make_unique<PortGroupRecord>(std::move(record))));
     }

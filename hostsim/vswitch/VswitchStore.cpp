@@ -429,6 +429,20 @@ std::optional<PortGroupRecord> LoadPortGroup(Database& database, const std::stri
     return PortGroupReader().Read(query);
 }
 
+std::vector<PortGroupRecord> ListPortGroupsOf(Database& database, const std::string& switchName) {
+    std::vector<PortGroupRecord> portGroups;
+    auto query =
+        database.Query("SELECT name FROM vswitch_portgroup WHERE vswitch = ?1 ORDER BY position");
+    query.Bind(1, switchName);
+    while (query.Step()) {
+        PortGroupRecord& record = portGroups.emplace_back();
+        record.name = query.Text(0);
+        record.switchName = switchName;
+        record.detailed = false;
+    }
+    return portGroups;
+}
+
 std::vector<std::string> UplinkNicNames(Database& database) {
     std::vector<std::string> names;
     auto query = database.Query("SELECT nic FROM vswitch_uplink ORDER BY position");

@@ -49,6 +49,8 @@ struct PortGroupRecord {
     HostSim::Vswitch::Policies own;
     // The effective policies of the switch, read with the port group.
     HostSim::Vswitch::Policies inherited;
+    // False for a port group listed by name, whose other fields are read when first asked for.
+    bool detailed = true;
 
     HostSim::Vswitch::Policies Effective() const { return HostSim::Vswitch::Merge(own, inherited); }
 };
@@ -97,6 +99,9 @@ std::vector<KelmCtl::Network::PortGroupRecord> LoadPortGroupsOf(Database& databa
                                                                 const std::string& switchName);
 std::optional<KelmCtl::Network::PortGroupRecord> LoadPortGroup(Database& database,
                                                                const std::string& name);
+// The port groups of a switch by name alone, in order: what a listing of names needs.
+std::vector<KelmCtl::Network::PortGroupRecord> ListPortGroupsOf(Database& database,
+                                                                const std::string& switchName);
 
 // The names of all NICs that some switch, standard or distributed, uses as an uplink.
 std::vector<std::string> UplinkNicNames(Database& database);

@@ -1,4 +1,5 @@
-// A port group of the host, read when it is made.
+// A port group of the host, read when it is made, or when first asked for more than its name
+// if a switch listed it.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,8 @@
 // Port groups: listing, adding, removing and their VLAN ids.
 #include "VswitchTest.h"
+#include "hostctl/HostCtlException.h"
+#include "hostctl/PortGroup.h"
+#include "kelmctl/VirtualSwitchInfoImpl.h"
 
 namespace {
 
@@ -115,6 +118,29 @@ TEST_F(PortGroups, VlanIdDescriptionNamesTheHostsRange) {
     ASSERT_TRUE(vlanId->GetConstraint());
     EXPECT_EQ(vlanId->GetConstraint()->GetLow(), 0);
     EXPECT_EQ(vlanId->GetConstraint()->GetHigh(), 4095);
+}
+
+// A switch lists its port groups by name; the rest of a port group is read when first asked
+// for, so it shows the host as it is then.
+TEST_F(PortGroups, ASwitchsPortGroupIsReadInFullWhenFirstAskedFor) {
+    auto virtualSwitch = KelmCtl::Network::VirtualSwitchInfoImpl().GetVirtualSwitchByName(
+        "storageswitch1", HostCtl::Network::PortsetGetNormal);
+    ASSERT_TRUE(virtualSwitch);
+    auto portGroups = virtualSwitch->GetPortGroups();
+    ASSERT_EQ(portGroups.size(), 3u);
+    Change({"portgroup", "set", "-p", "Migration Network", "--vlan-id=31"});
+    Change({"portgroup", "remove", "-p", "Backup Network", "-v", "storageswitch1"});
+    EXPECT_EQ(portGroups[0]->GetName(), "Storage Network");
+    EXPECT_EQ(portGroups[0]->GetVlanId(), 20);
+    EXPECT_EQ(portGroups[1]->GetActiveClients(), 1u);
+    EXPECT_EQ(portGroups[1]->GetVlanId(), 31);
+    EXPECT_EQ(portGroups[2]->GetPortsetName(), "storageswitch1");
+    try {
+        portGroups[2]->GetVlanId();
+        ADD_FAILURE() << "a removed port group gave its VLAN id";
+    } catch (const HostCtl::Lib::HostCtlException& e) {
+        EXPECT_STREQ(e.what(), "There is no port group named Backup Network");
+    }
 }
 
 }  // namespace
