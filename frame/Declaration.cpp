@@ -200,19 +200,6 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
     return spec;
 }
 
-void ApplyShape(CppTools::AutoCli::CommandSpec& command, const PackedShape& shape) {
-    ShapeReader reader(shape.bytes);
-    reader.Byte();
-    command.SetDescription(reader.Text());
-    if (const char* formatter = reader.Text()) {
-        command.SetDefaultOutputFormatter(formatter);
-    }
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        const char* key = reader.Text();
-        command.SetDefaultOutputParameter(key, reader.Text());
-    }
-}
-
 }  // namespace ZanvexCli::NetworkNamespace::Declare
 
 namespace ZanvexCli::NetworkNamespace {
@@ -288,6 +275,28 @@ std::shared_ptr<OutputSpec> CommandNode::GetOutputSpec() {
 void CommandNode::Execute(const std::shared_ptr<Input>& input,
                           const std::shared_ptr<Output>& output) {
     Command::Execute(input, output);
+}
+
+void CommandNode::TakeShape(const Declare::PackedShape& shape) {
+    shape_ = &shape;
+    Declare::ShapeReader reader(shape.bytes);
+    reader.Byte();
+    SetDescription(reader.Text());
+    if (const char* formatter = reader.Text()) {
+        SetDefaultOutputFormatter(formatter);
+    }
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        const char* key = reader.Text();
+        SetDefaultOutputParameter(key, reader.Text());
+    }
+}
+
+std::shared_ptr<InputSpec> CommandNode::GetInputSpecInternal() {
+    return Declare::MakeInputSpec(*shape_);
+}
+
+std::shared_ptr<OutputSpec> CommandNode::GetOutputSpecInternal() {
+    return Declare::MakeOutputSpec(*shape_);
 }
 
 }  // namespace ZanvexCli::NetworkNamespace

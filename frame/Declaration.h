@@ -183,14 +183,12 @@ std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape);
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters);
 std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape);
 std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape);
-// Description and default output, as a constructor sets them.
-void ApplyShape(CppTools::AutoCli::CommandSpec& command, const PackedShape& shape);
-
 }  // namespace Declare
 
 // The tree and spec operations of a command, each passed on to the command host's own. Every
 // command class's table of virtual functions then points into this library instead of into the
 // host's, so that loading the plug-in binds a few symbols rather than a few dozen per command.
+// It also gives every command its specs from the packed shape its constructor takes.
 class CommandNode : public Command {
 public:
     std::shared_ptr<NamespaceNode> GetThis() override;
@@ -212,59 +210,58 @@ public:
     std::shared_ptr<OutputSpec> GetOutputSpec() override;
     void Execute(const std::shared_ptr<Input>& input,
                  const std::shared_ptr<Output>& output) override;
-};
-
-// Base of every command class: `Self` provides `static const Declare::PackedShape kShape` and
-// `ExecuteInternal`; this gives it New, the specs and GetOutputStructure from the shape. `Base`
-// is CommandNode, or a class that has it as a virtual base; New allocates the object with its
-// reference counts (make_shared) when `kOneBlock`, else alone (`new`). The command class's own
-// constructor applies the shape (`Self() { Declare::ApplyShape(*this, kShape); }`): with nothing
-// to do here while this part is built, the compiler drops this template's own table of virtual
-// functions, which the loader would otherwise relocate for every command of every process.
-template <class Self, class Base = CommandNode, bool kOneBlock = true>
-class DeclaredCommand : public Base {
-public:
-    static std::shared_ptr<Self> New() {
-        std::shared_ptr<Self> command;
-        if constexpr (kOneBlock) {
-            command = std::make_shared<Self>();
-        } else {
-            command = std::shared_ptr<Self>(new Self);
-        }
-        command->PrimeThis(command);
-        return command;
-    }
-
-    static std::shared_ptr<MetaStruct> GetOutputStructure() {
-        return Declare::MakeStruct(*Self::kShape.structure);
-    }
 
 protected:
-    std::shared_ptr<InputSpec> GetInputSpecInternal() override {
-        return Declare::MakeInputSpec(Self::kShape);
-    }
-    std::shared_ptr<OutputSpec> GetOutputSpecInternal() override {
-        return Declare::MakeOutputSpec(Self::kShape);
-    }
+    // Sets the description and default output of `shape`, and keeps it for the specs.
+    void TakeShape(const Declare::PackedShape& shape);
+    std::shared_ptr<InputSpec> GetInputSpecInternal() override;
+    std::shared_ptr<OutputSpec> GetOutputSpecInternal() override;
+
+private:
+    const Declare::PackedShape* shape_ = nullptr;
 };
 
-// Declares a command class of a subsystem header, of the form DeclaredCommand's `Base` and
-// `oneBlock` give; its source file defines ExecuteInternal and kShape, packed from a
-// `constexpr` CommandShape:
-//     constexpr Declare::CommandShape kNicListShape = {...};
-//     const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
-#define NETWORK_COMMAND_FORM(ClassName, Base, oneBlock)                         \
-    class ClassName final : public DeclaredCommand<ClassName, Base, oneBlock> { \
-    public:                                                                     \
-        static const Declare::PackedShape kShape;                               \
-        ClassName() { Declare::ApplyShape(*this, kShape); }                     \
-                                                                                \
-    protected:                                                                  \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,               \
-                             const std::shared_ptr<Output>& output) override;   \
+// A new command of class `Self`, ready for the tree. Every command is owned through CommandNode,
+// so that all of them share one kind of reference count block: one per class would be a table
+// of virtual functions and a type description more for the loader to relocate in every process.
+template <class Self>
+std::shared_ptr<Self> MakeCommand() {
+    Self* command = new Self;
+    CommandNode* node = command;
+    std::shared_ptr<Self> owned(std::shared_ptr<CommandNode>(node), command);
+    owned->PrimeThis(owned);
+    return owned;
+}
+
+// The members of every command class: its shape, packed from a `constexpr` CommandShape in its
+// source file, New, and the struct of one result (or row). Its constructor calls
+// TakeShape(kShape); the class derives from CommandNode itself, not through a template, so that
+// no table of virtual functions or type description is made for a class between the two.
+#define NETWORK_COMMAND_MEMBERS(ClassName)                    \
+    static const Declare::PackedShape kShape;                 \
+    static std::shared_ptr<ClassName> New() {                 \
+        return MakeCommand<ClassName>();                      \
+    }                                                         \
+    static std::shared_ptr<MetaStruct> GetOutputStructure() { \
+        return Declare::MakeStruct(*kShape.structure);        \
     }
 
-// A command class of the plain form: `Command` a plain base, New with make_shared.
-#define NETWORK_COMMAND(ClassName) NETWORK_COMMAND_FORM(ClassName, CommandNode, true)
+// Declares a command class of a subsystem header on `Base`, CommandNode or a class that has it
+// as a virtual base; its source file defines ExecuteInternal and kShape:
+//     constexpr Declare::CommandShape kNicListShape = {...};
+//     const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
+#define NETWORK_COMMAND_FORM(ClassName, Base)                                 \
+    class ClassName final : public Base {                                     \
+    public:                                                                   \
+        NETWORK_COMMAND_MEMBERS(ClassName)                                    \
+        ClassName() { TakeShape(kShape); }                                    \
+                                                                              \
+    protected:                                                                \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,             \
+                             const std::shared_ptr<Output>& output) override; \
+    }
+
+// A command class with `Command` a plain base.
+#define NETWORK_COMMAND(ClassName) NETWORK_COMMAND_FORM(ClassName, CommandNode)
 
 }  // namespace ZanvexCli::NetworkNamespace

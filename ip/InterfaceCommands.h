@@ -22,9 +22,9 @@ NETWORK_COMMAND(IpInterfaceTagRemove);
 NETWORK_COMMAND(IpInterfaceTagGet);
 
 // `tag add`, whose description lists the tags the host offers when the object is made.
-class IpInterfaceTagAdd final : public DeclaredCommand<IpInterfaceTagAdd> {
+class IpInterfaceTagAdd final : public CommandNode {
 public:
-    static const Declare::PackedShape kShape;
+    NETWORK_COMMAND_MEMBERS(IpInterfaceTagAdd)
     IpInterfaceTagAdd();
 
 protected:

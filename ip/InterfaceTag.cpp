@@ -119,7 +119,7 @@ const Declare::PackedShape IpInterfaceTagAdd::kShape = Declare::Pack<kIpInterfac
 
 // The last tag is offered only while the host's feature switch for it is on.
 IpInterfaceTagAdd::IpInterfaceTagAdd() {
-    Declare::ApplyShape(*this, kShape);
+    TakeShape(kShape);
     const bool lastTagOffered = *FeatureList.kelmNicDpuTransportTag != 0;
     SetDescription(kAddDescription + SupportedTags(lastTagOffered ? kLastTag : kLastTag - 1));
 }

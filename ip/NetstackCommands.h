@@ -12,10 +12,10 @@ NETWORK_COMMAND(IpNetstackInstanceGet);
 
 // `netstack set`, whose congestion control algorithms are the host's, asked for each time the
 // input spec is built.
-class IpNetstackInstanceSet final : public DeclaredCommand<IpNetstackInstanceSet> {
+class IpNetstackInstanceSet final : public CommandNode {
 public:
-    static const Declare::PackedShape kShape;
-    IpNetstackInstanceSet() { Declare::ApplyShape(*this, kShape); }
+    NETWORK_COMMAND_MEMBERS(IpNetstackInstanceSet)
+    IpNetstackInstanceSet() { TakeShape(kShape); }
 
 protected:
     std::shared_ptr<InputSpec> GetInputSpecInternal() override;

@@ -10,29 +10,29 @@ namespace ZanvexCli::NetworkNamespace {
 // that its tables of virtual functions point into this library as every other command's do.
 class VirtualCommand : public virtual CommandNode {};
 
-NETWORK_COMMAND_FORM(SriovNicList, VirtualCommand, false);
-NETWORK_COMMAND_FORM(VfList, VirtualCommand, false);
-NETWORK_COMMAND_FORM(VfStats, VirtualCommand, false);
+NETWORK_COMMAND_FORM(SriovNicList, VirtualCommand);
+NETWORK_COMMAND_FORM(VfList, VirtualCommand);
+NETWORK_COMMAND_FORM(VfStats, VirtualCommand);
 
-NETWORK_COMMAND_FORM(NicQueueCountGet, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueCountSet, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueFilterClassList, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbSettingList, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbSettingSet, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbStateList, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbStateSet, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbPluginList, VirtualCommand, true);
-NETWORK_COMMAND_FORM(NicQueueLbPluginSet, VirtualCommand, true);
+NETWORK_COMMAND_FORM(NicQueueCountGet, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueCountSet, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueFilterClassList, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbSettingList, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbSettingSet, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbStateList, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbStateSet, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbPluginList, VirtualCommand);
+NETWORK_COMMAND_FORM(NicQueueLbPluginSet, VirtualCommand);
 
-NETWORK_COMMAND_FORM(NicHwCapSupportedList, CommandNode, false);
-NETWORK_COMMAND_FORM(NicHwCapActivatedList, CommandNode, false);
+NETWORK_COMMAND_FORM(NicHwCapSupportedList, CommandNode);
+NETWORK_COMMAND_FORM(NicHwCapActivatedList, CommandNode);
 NETWORK_COMMAND(NicDcbStatusGet);
 
-NETWORK_COMMAND_FORM(NicEepromDump, VirtualCommand, false);
-NETWORK_COMMAND_FORM(NicEepromChange, VirtualCommand, false);
-NETWORK_COMMAND_FORM(NicRegisterDump, VirtualCommand, false);
-NETWORK_COMMAND_FORM(NicSelfTestRun, VirtualCommand, false);
-NETWORK_COMMAND_FORM(NicNegotiationRestart, VirtualCommand, false);
+NETWORK_COMMAND_FORM(NicEepromDump, VirtualCommand);
+NETWORK_COMMAND_FORM(NicEepromChange, VirtualCommand);
+NETWORK_COMMAND_FORM(NicRegisterDump, VirtualCommand);
+NETWORK_COMMAND_FORM(NicSelfTestRun, VirtualCommand);
+NETWORK_COMMAND_FORM(NicNegotiationRestart, VirtualCommand);
 
 NETWORK_COMMAND(NicAttachmentAdd);
 NETWORK_COMMAND(NicAttachmentRemove);

@@ -9,10 +9,10 @@
 
 namespace ZanvexCli::NetworkNamespace {
 
-class VirtualSwitchDVSZanvexList final : public DeclaredCommand<VirtualSwitchDVSZanvexList> {
+class VirtualSwitchDVSZanvexList final : public CommandNode {
 public:
-    static const Declare::PackedShape kShape;
-    VirtualSwitchDVSZanvexList() { Declare::ApplyShape(*this, kShape); }
+    NETWORK_COMMAND_MEMBERS(VirtualSwitchDVSZanvexList)
+    VirtualSwitchDVSZanvexList() { TakeShape(kShape); }
 
     // The struct of one port of a switch, an element of its "DVPort" list.
     static std::shared_ptr<MetaStruct> GetDVPortStructure();
@@ -27,10 +27,10 @@ protected:
 
 NETWORK_COMMAND(LacpGetConfig);
 
-class LacpGetStatus final : public DeclaredCommand<LacpGetStatus> {
+class LacpGetStatus final : public CommandNode {
 public:
-    static const Declare::PackedShape kShape;
-    LacpGetStatus() { Declare::ApplyShape(*this, kShape); }
+    NETWORK_COMMAND_MEMBERS(LacpGetStatus)
+    LacpGetStatus() { TakeShape(kShape); }
 
     // The structs nested in a "LAG" row: one NIC, and its local and partner sides.
     static std::shared_ptr<MetaStruct> GetLACPNicInfoStruct();

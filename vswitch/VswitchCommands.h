@@ -10,14 +10,14 @@ namespace ZanvexCli::NetworkNamespace {
 // Declares a command whose parameters are those of its table followed by those that
 // `AddParameters(spec)` adds.
 #define NETWORK_COMMAND_WITH_PARAMETERS(ClassName, AddParameters)             \
-    class ClassName final : public DeclaredCommand<ClassName> {               \
+    class ClassName final : public CommandNode {                              \
     public:                                                                   \
-        static const Declare::PackedShape kShape;                             \
-        ClassName() { Declare::ApplyShape(*this, kShape); }                   \
+        NETWORK_COMMAND_MEMBERS(ClassName)                                    \
+        ClassName() { TakeShape(kShape); }                                    \
                                                                               \
     protected:                                                                \
         std::shared_ptr<InputSpec> GetInputSpecInternal() override {          \
-            auto spec = DeclaredCommand::GetInputSpecInternal();              \
+            auto spec = CommandNode::GetInputSpecInternal();                  \
             AddParameters(spec);                                              \
             return spec;                                                      \
         }                                                                     \
