@@ -100,34 +100,41 @@ private:
     const char* next_;
 };
 
-}  // namespace
-
-std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape) {
-    auto structure = MetaStruct::New(shape.name);
-    for (const Field& field : shape.fields) {
-        switch (field.type) {
+// Reads a struct in the order PackStructShape wrote it.
+std::shared_ptr<MetaStruct> ReadStruct(ShapeReader& reader) {
+    auto structure = MetaStruct::New(reader.Text());
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        const char* name = reader.Text();
+        switch (static_cast<FieldType>(reader.Byte())) {
             case FieldType::String:
-                structure->SetField(field.name, MetaString::New());
+                structure->SetField(name, MetaString::New());
                 break;
             case FieldType::Int:
-                structure->SetField(field.name, MetaInt::New());
+                structure->SetField(name, MetaInt::New());
                 break;
             case FieldType::Bool:
-                structure->SetField(field.name, MetaBool::New());
+                structure->SetField(name, MetaBool::New());
                 break;
             case FieldType::StringList:
-                structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeString));
+                structure->SetField(name, MetaList::New(CppTools::MetaObj::MetaTypeString));
                 break;
             case FieldType::Struct:
-                structure->SetField(field.name, MakeStruct(*field.nested));
+                structure->SetField(name, ReadStruct(reader));
                 break;
             case FieldType::StructList:
-                structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeStruct,
-                                                              MakeStruct(*field.nested)));
+                structure->SetField(
+                    name, MetaList::New(CppTools::MetaObj::MetaTypeStruct, ReadStruct(reader)));
                 break;
         }
     }
     return structure;
+}
+
+}  // namespace
+
+std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape) {
+    ShapeReader reader(shape.bytes);
+    return ReadStruct(reader);
 }
 
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) {
@@ -190,11 +197,11 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
             spec->SetRootObject(MetaString::New());
             break;
         case Root::Struct:
-            spec->SetRootObject(MakeStruct(*shape.structure));
+            spec->SetRootObject(MakeStruct(shape.structure));
             break;
         case Root::List:
             spec->SetRootObject(
-                MetaList::New(CppTools::MetaObj::MetaTypeStruct, MakeStruct(*shape.structure)));
+                MetaList::New(CppTools::MetaObj::MetaTypeStruct, MakeStruct(shape.structure)));
             break;
     }
     return spec;

@@ -84,13 +84,18 @@ struct CommandShape {
     const StructShape* structure = nullptr;  // the struct, or a list's element, for Struct and List
 };
 
-// A command's shape as a command class keeps it: everything but the result's struct packed at
-// compile time into one array of bytes, without pointers. Every pointer in a table is an address
-// the loader must relocate, in every process, page by page; the packed bytes are read as they
-// are. The struct stays a pointer, since the command's run builds its rows from it too.
+// A struct packed at compile time, for the results and rows a command builds; null bytes for
+// none.
+struct PackedStruct {
+    const char* bytes = nullptr;
+};
+
+// A command's shape as a command class keeps it: packed at compile time into one array of bytes,
+// without pointers, its result's struct at the end. Every pointer in a table is an address the
+// loader must relocate, in every process, page by page; the packed bytes are read as they are.
 struct PackedShape {
     const char* bytes;
-    const StructShape* structure;
+    PackedStruct structure;
 };
 
 // The packing: each text is a byte 0 for none, or 1 and the text with its terminating zero;
@@ -146,6 +151,36 @@ constexpr void PackShape(Sink& sink, const CommandShape& shape) {
     }
 }
 
+// A struct: its name, the count of its fields, and each field's name and kind, followed, for a
+// struct or a list of structs, by that struct packed in turn.
+template <class Sink>
+constexpr void PackStructShape(Sink& sink, const StructShape& shape) {
+    PackText(sink, shape.name);
+    PackNumber(sink, shape.fields.size(), 2);
+    for (const Field& field : shape.fields) {
+        PackText(sink, field.name);
+        sink.Put(static_cast<char>(field.type));
+        if (field.type == FieldType::Struct || field.type == FieldType::StructList) {
+            PackStructShape(sink, *field.nested);
+        }
+    }
+}
+
+// What a packed shape of each kind holds: a command's shape with its struct at the end, or a
+// struct alone.
+template <class Sink>
+constexpr void PackInto(Sink& sink, const CommandShape& shape) {
+    PackShape(sink, shape);
+    if (shape.structure != nullptr) {
+        PackStructShape(sink, *shape.structure);
+    }
+}
+
+template <class Sink>
+constexpr void PackInto(Sink& sink, const StructShape& shape) {
+    PackStructShape(sink, shape);
+}
+
 struct ByteCounter {
     std::size_t size = 0;
     constexpr void Put(char) { ++size; }
@@ -158,31 +193,47 @@ struct ByteArray {
     constexpr void Put(char byte) { bytes[size++] = byte; }
 };
 
-template <const CommandShape& kShape>
+template <const auto& kShape>
 constexpr std::size_t kPackedSize = [] {
+    ByteCounter counter;
+    PackInto(counter, kShape);
+    return counter.size;
+}();
+
+template <const auto& kShape>
+constexpr ByteArray<kPackedSize<kShape>> kPackedBytes = [] {
+    ByteArray<kPackedSize<kShape>> packed;
+    PackInto(packed, kShape);
+    return packed;
+}();
+
+// Where a command's struct starts in its packed shape.
+template <const CommandShape& kShape>
+constexpr std::size_t kStructOffset = [] {
     ByteCounter counter;
     PackShape(counter, kShape);
     return counter.size;
 }();
 
-template <const CommandShape& kShape>
-constexpr ByteArray<kPackedSize<kShape>> kPackedBytes = [] {
-    ByteArray<kPackedSize<kShape>> packed;
-    PackShape(packed, kShape);
-    return packed;
-}();
-
 // The packed form of a shape declared `constexpr`, for a command class's kShape.
 template <const CommandShape& kShape>
 constexpr PackedShape Pack() {
-    return {kPackedBytes<kShape>.bytes, kShape.structure};
+    const char* bytes = kPackedBytes<kShape>.bytes;
+    return {bytes, {kShape.structure != nullptr ? bytes + kStructOffset<kShape> : nullptr}};
+}
+
+// The packed form of a struct declared `constexpr`, for the rows a command builds.
+template <const StructShape& kStruct>
+constexpr PackedStruct PackStruct() {
+    return {kPackedBytes<kStruct>.bytes};
 }
 
 // Every field present with its empty typed value, nested structs included.
-std::shared_ptr<MetaStruct> MakeStruct(const StructShape& shape);
+std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape);
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters);
 std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape);
 std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape);
+
 }  // namespace Declare
 
 // The tree and spec operations of a command, each passed on to the command host's own. Every
@@ -243,7 +294,7 @@ std::shared_ptr<Self> MakeCommand() {
         return MakeCommand<ClassName>();                      \
     }                                                         \
     static std::shared_ptr<MetaStruct> GetOutputStructure() { \
-        return Declare::MakeStruct(*kShape.structure);        \
+        return Declare::MakeStruct(kShape.structure);         \
     }
 
 // Declares a command class of a subsystem header on `Base`, CommandNode or a class that has it

@@ -142,7 +142,7 @@ void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
         std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
         routing.GetCurrentIpv4KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = MetaStruct::New(kShape.structure->name);
+            auto row = MetaStruct::New(kNetworkNeighbor.name);
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);
@@ -156,7 +156,7 @@ void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
         std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
         routing.GetCurrentIpv6KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = MetaStruct::New(kShape.structure->name);
+            auto row = MetaStruct::New(kNetworkNeighbor.name);
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);

@@ -202,7 +202,7 @@ void Overwrite(const Input& input, const char* parameter, std::uint8_t& flag) {
     }
 }
 
-std::shared_ptr<MetaStruct> BandGet(const Declare::StructShape& shape, const Band& band,
+std::shared_ptr<MetaStruct> BandGet(Declare::PackedStruct shape, const Band& band,
                                     const std::string& nicName) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     auto pnic = networkInfo->GetPnicByName(nicName, false);
@@ -375,7 +375,8 @@ void NicCoalesceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicCoalesceLowGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                         const std::shared_ptr<Output>& output) {
     try {
-        output->SetRootObject(BandGet(kLowShape, kLowBand, input->GetParameter(kHwnic)));
+        output->SetRootObject(
+            BandGet(Declare::PackStruct<kLowShape>(), kLowBand, input->GetParameter(kHwnic)));
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }
@@ -393,7 +394,8 @@ void NicCoalesceLowSet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicCoalesceHighGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                          const std::shared_ptr<Output>& output) {
     try {
-        output->SetRootObject(BandGet(kHighShape, kHighBand, input->GetParameter(kHwnic)));
+        output->SetRootObject(
+            BandGet(Declare::PackStruct<kHighShape>(), kHighBand, input->GetParameter(kHwnic)));
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }

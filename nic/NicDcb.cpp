@@ -169,7 +169,7 @@ void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
         status->SetField(kMode, DcbModeToString(dcb.GetMode()));
         status->SetField(kEnabled, dcb.IsEnabled());
 
-        auto capabilities = Declare::MakeStruct(kCapabilities);
+        auto capabilities = Declare::MakeStruct(Declare::PackStruct<kCapabilities>());
         const auto caps = dcb.GetCapabilities();
         capabilities->SetField(kPriorityGroup, caps.priorityGroup != 0);
         capabilities->SetField(kPriorityFlowControl, caps.priorityFlowControl != 0);
@@ -182,7 +182,7 @@ void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
         status->SetField(kPfcConfiguration, DcbIntMaskToString(dcb.GetPfcConfig()));
 
         auto etsConfig = dcb.GetIeeeEtsConfig();
-        auto ets = Declare::MakeStruct(kEts);
+        auto ets = Declare::MakeStruct(Declare::PackStruct<kEts>());
         ets->SetField(kWilling, static_cast<long>(etsConfig.willing));
         ets->SetField(kSupportedCapacity, static_cast<long>(etsConfig.supportedCapacity));
         ets->SetField(kCreditBasedShaper, etsConfig.creditBasedShaper);
@@ -197,7 +197,7 @@ void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
         status->SetField(kIeeeEts, ets);
 
         auto pfcConfig = dcb.GetIeeePfcConfig();
-        auto pfc = Declare::MakeStruct(kPfc);
+        auto pfc = Declare::MakeStruct(Declare::PackStruct<kPfc>());
         pfc->SetField(kTrafficClasses, static_cast<long>(pfcConfig.trafficClasses));
         pfc->SetField(kPfcConfiguration, DcbIntMaskToString(pfcConfig.pfcConfig));
         pfc->SetField(kMacsecBypass, static_cast<long>(pfcConfig.macsecBypass));
@@ -207,10 +207,11 @@ void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
         status->SetField(kIeePfc, pfc);
 
         const auto appInfo = dcb.GetAppInfo();
-        auto apps = MetaList::New(CppTools::MetaObj::MetaTypeStruct, Declare::MakeStruct(kApps));
+        auto apps = MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                                  Declare::MakeStruct(Declare::PackStruct<kApps>()));
         apps->Reserve(appInfo.size());
         for (const auto& app : appInfo) {
-            auto row = Declare::MakeStruct(kApps);
+            auto row = Declare::MakeStruct(Declare::PackStruct<kApps>());
             row->SetField(kAppType, app.appType);
             row->SetField(kProtocolId, app.protocolId);
             row->SetField(kUserPriority, app.userPriority);

@@ -93,8 +93,8 @@ std::unique_ptr<HostCtl::Network::Pnic> DiagnosedPnic(const Input& input, Output
 // Rows of sixteen columns aligned to the EEPROM's addresses: the first row starts with three
 // blanks for each column ahead of `offset`; every byte is two digits and a blank.
 std::shared_ptr<MetaList> DumpBinary(unsigned int offset, std::vector<unsigned char>& data) {
-    auto list =
-        MetaList::New(CppTools::MetaObj::MetaTypeStruct, Declare::MakeStruct(kEepromStruct));
+    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                              Declare::MakeStruct(Declare::PackStruct<kEepromStruct>()));
     unsigned column = offset & 0xfu;
     unsigned address = offset & ~0xfu;
     std::size_t next = 0;
@@ -103,7 +103,7 @@ std::shared_ptr<MetaList> DumpBinary(unsigned int offset, std::vector<unsigned c
         for (; next < data.size() && column < kColumns; ++column, ++next) {
             text += HostCtl::Misc::StrPrintf("%02x ", data[next]);
         }
-        auto row = Declare::MakeStruct(kEepromStruct);
+        auto row = Declare::MakeStruct(Declare::PackStruct<kEepromStruct>());
         row->SetField(kValue, std::move(text));
         row->SetField(kOffset, HostCtl::Misc::StrPrintf(kRowAddress, address));
         list->Add(row);

@@ -122,7 +122,7 @@ std::string LinkModeText(const HostCtl::Network::PnicLinkMode& mode) {
 }
 
 std::shared_ptr<MetaStruct> GetDriverInfoStructure() {
-    return Declare::MakeStruct(kDriverInfoShape);
+    return Declare::MakeStruct(Declare::PackStruct<kDriverInfoShape>());
 }
 
 }  // namespace

@@ -173,7 +173,7 @@ constexpr Declare::OutputParameter kSoftwareOutput[] = {
      "VLAN Untagging"}};
 
 // `get` of one offload: a row per NIC, "N/A" for a NIC that can't report.
-void OffloadGet(const Offload& offload, const Declare::StructShape& shape, const Input& input,
+void OffloadGet(const Offload& offload, Declare::PackedStruct shape, const Input& input,
                 Output& output) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, Declare::MakeStruct(shape));
@@ -298,7 +298,7 @@ const Declare::PackedShape NicSoftwareSet::kShape = Declare::Pack<kNicSoftwareSe
 void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                 const std::shared_ptr<Output>& output) {
     try {
-        OffloadGet(kCso, kCsoShape, *input, *output);
+        OffloadGet(kCso, Declare::PackStruct<kCsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }
@@ -307,7 +307,7 @@ void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                 const std::shared_ptr<Output>& output) {
     try {
-        OffloadGet(kTso, kTsoShape, *input, *output);
+        OffloadGet(kTso, Declare::PackStruct<kTsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }
@@ -316,7 +316,7 @@ void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                const std::shared_ptr<Output>& output) {
     try {
-        OffloadGet(kSg, kSgShape, *input, *output);
+        OffloadGet(kSg, Declare::PackStruct<kSgShape>(), *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }

@@ -89,7 +89,7 @@ const Declare::PackedShape VirtualSwitchDVSZanvexList::kShape =
     Declare::Pack<kVirtualSwitchDVSZanvexListShape>();
 
 std::shared_ptr<MetaStruct> VirtualSwitchDVSZanvexList::GetDVPortStructure() {
-    return Declare::MakeStruct(kDVPortShape);
+    return Declare::MakeStruct(Declare::PackStruct<kDVPortShape>());
 }
 
 std::shared_ptr<MetaList> VirtualSwitchDVSZanvexList::GetDVPortList(

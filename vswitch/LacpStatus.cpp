@@ -193,15 +193,15 @@ constexpr Declare::CommandShape kLacpGetStatusShape = {
 const Declare::PackedShape LacpGetStatus::kShape = Declare::Pack<kLacpGetStatusShape>();
 
 std::shared_ptr<MetaStruct> LacpGetStatus::GetLACPNicInfoStruct() {
-    return Declare::MakeStruct(kNicStatus);
+    return Declare::MakeStruct(Declare::PackStruct<kNicStatus>());
 }
 
 std::shared_ptr<MetaStruct> LacpGetStatus::GetLACPLocalInfoStruct() {
-    return Declare::MakeStruct(kLocalInfo);
+    return Declare::MakeStruct(Declare::PackStruct<kLocalInfo>());
 }
 
 std::shared_ptr<MetaStruct> LacpGetStatus::GetLACPPartnerInfoStruct() {
-    return Declare::MakeStruct(kPartnerInfo);
+    return Declare::MakeStruct(Declare::PackStruct<kPartnerInfo>());
 }
 
 void LacpGetStatus::ExecuteInternal(const std::shared_ptr<Input>& input,

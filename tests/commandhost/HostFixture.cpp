@@ -100,7 +100,8 @@ std::shared_ptr<OutputSpec> ScriptedCommand::GetOutputSpecInternal() {
             break;
         case Root::NicList:
             spec->SetRootObject(
-                MetaList::New(CppTools::MetaObj::MetaTypeStruct, Declare::MakeStruct(kNicShape)));
+                MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                              Declare::MakeStruct(Declare::PackStruct<kNicShape>())));
             break;
     }
     return spec;
@@ -115,12 +116,12 @@ void ScriptedCommand::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 std::shared_ptr<MetaStruct> SampleNic(const char* name, long speed, bool up,
                                       std::vector<std::string> addresses) {
-    auto nic = Declare::MakeStruct(kNicShape);
+    auto nic = Declare::MakeStruct(Declare::PackStruct<kNicShape>());
     nic->SetField("Name", name);
     nic->SetField("Speed", speed);
     nic->SetField("Link Up", up);
     nic->SetField("Addresses", addresses);
-    auto detail = Declare::MakeStruct(kDetailShape);
+    auto detail = Declare::MakeStruct(Declare::PackStruct<kDetailShape>());
     detail->SetField("Vendor", "Zanvex");
     detail->SetField("Model", std::string("ZX-") + name);
     nic->SetField("Detail", detail);
@@ -128,7 +129,8 @@ std::shared_ptr<MetaStruct> SampleNic(const char* name, long speed, bool up,
 }
 
 std::shared_ptr<MetaList> SampleNics() {
-    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, Declare::MakeStruct(kNicShape));
+    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                              Declare::MakeStruct(Declare::PackStruct<kNicShape>()));
     list->Add(SampleNic("hwnic0", 10000, true, {"192.0.2.10", "192.0.2.11"}));
     list->Add(SampleNic("hwnic1", 1000, false, {}));
     return list;
