@@ -297,12 +297,15 @@ std::shared_ptr<Self> MakeCommand() {
         return Declare::MakeStruct(kShape.structure);         \
     }
 
-// Declares a command class of a subsystem header on `Base`, CommandNode or a class that has it
-// as a virtual base; its source file defines ExecuteInternal and kShape:
+// Declares a command class of a subsystem header; its source file defines ExecuteInternal and
+// kShape:
 //     constexpr Declare::CommandShape kNicListShape = {...};
 //     const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
-#define NETWORK_COMMAND_FORM(ClassName, Base)                                 \
-    class ClassName final : public Base {                                     \
+// `Command` is a plain base, reached through CommandNode: with it as a virtual base, as the
+// command host also allows, each class would bring construction tables for the loader to
+// relocate in every process.
+#define NETWORK_COMMAND(ClassName)                                            \
+    class ClassName final : public CommandNode {                              \
     public:                                                                   \
         NETWORK_COMMAND_MEMBERS(ClassName)                                    \
         ClassName() { TakeShape(kShape); }                                    \
@@ -311,8 +314,5 @@ std::shared_ptr<Self> MakeCommand() {
         void ExecuteInternal(const std::shared_ptr<Input>& input,             \
                              const std::shared_ptr<Output>& output) override; \
     }
-
-// A command class with `Command` a plain base.
-#define NETWORK_COMMAND(ClassName) NETWORK_COMMAND_FORM(ClassName, CommandNode)
 
 }  // namespace ZanvexCli::NetworkNamespace

@@ -6,33 +6,29 @@
 
 namespace ZanvexCli::NetworkNamespace {
 
-// `Command` as a virtual base, for NETWORK_COMMAND_FORM. It is reached through CommandNode, so
-// that its tables of virtual functions point into this library as every other command's do.
-class VirtualCommand : public virtual CommandNode {};
+NETWORK_COMMAND(SriovNicList);
+NETWORK_COMMAND(VfList);
+NETWORK_COMMAND(VfStats);
 
-NETWORK_COMMAND_FORM(SriovNicList, VirtualCommand);
-NETWORK_COMMAND_FORM(VfList, VirtualCommand);
-NETWORK_COMMAND_FORM(VfStats, VirtualCommand);
+NETWORK_COMMAND(NicQueueCountGet);
+NETWORK_COMMAND(NicQueueCountSet);
+NETWORK_COMMAND(NicQueueFilterClassList);
+NETWORK_COMMAND(NicQueueLbSettingList);
+NETWORK_COMMAND(NicQueueLbSettingSet);
+NETWORK_COMMAND(NicQueueLbStateList);
+NETWORK_COMMAND(NicQueueLbStateSet);
+NETWORK_COMMAND(NicQueueLbPluginList);
+NETWORK_COMMAND(NicQueueLbPluginSet);
 
-NETWORK_COMMAND_FORM(NicQueueCountGet, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueCountSet, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueFilterClassList, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbSettingList, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbSettingSet, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbStateList, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbStateSet, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbPluginList, VirtualCommand);
-NETWORK_COMMAND_FORM(NicQueueLbPluginSet, VirtualCommand);
-
-NETWORK_COMMAND_FORM(NicHwCapSupportedList, CommandNode);
-NETWORK_COMMAND_FORM(NicHwCapActivatedList, CommandNode);
+NETWORK_COMMAND(NicHwCapSupportedList);
+NETWORK_COMMAND(NicHwCapActivatedList);
 NETWORK_COMMAND(NicDcbStatusGet);
 
-NETWORK_COMMAND_FORM(NicEepromDump, VirtualCommand);
-NETWORK_COMMAND_FORM(NicEepromChange, VirtualCommand);
-NETWORK_COMMAND_FORM(NicRegisterDump, VirtualCommand);
-NETWORK_COMMAND_FORM(NicSelfTestRun, VirtualCommand);
-NETWORK_COMMAND_FORM(NicNegotiationRestart, VirtualCommand);
+NETWORK_COMMAND(NicEepromDump);
+NETWORK_COMMAND(NicEepromChange);
+NETWORK_COMMAND(NicRegisterDump);
+NETWORK_COMMAND(NicSelfTestRun);
+NETWORK_COMMAND(NicNegotiationRestart);
 
 NETWORK_COMMAND(NicAttachmentAdd);
 NETWORK_COMMAND(NicAttachmentRemove);
