@@ -100,6 +100,27 @@ private:
     const char* next_;
 };
 
+// Reads the head of a packed shape, up to its parameters: the kind of root, then the description
+// and the default output, which `command` takes when one is given.
+void ReadHead(ShapeReader& reader, CppTools::AutoCli::CommandSpec* command) {
+    reader.Byte();
+    const char* description = reader.Text();
+    const char* formatter = reader.Text();
+    if (command != nullptr) {
+        command->SetDescription(description);
+        if (formatter != nullptr) {
+            command->SetDefaultOutputFormatter(formatter);
+        }
+    }
+    for (std::size_t i = reader.Count(); i > 0; --i) {
+        const char* key = reader.Text();
+        const char* value = reader.Text();
+        if (command != nullptr) {
+            command->SetDefaultOutputParameter(key, value);
+        }
+    }
+}
+
 // Reads a struct in the order PackStructShape wrote it.
 std::shared_ptr<MetaStruct> ReadStruct(ShapeReader& reader) {
     auto structure = MetaStruct::New(reader.Text());
@@ -147,13 +168,7 @@ std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) 
 
 std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape) {
     ShapeReader reader(shape.bytes);
-    reader.Byte();
-    reader.Text();
-    reader.Text();
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        reader.Text();
-        reader.Text();
-    }
+    ReadHead(reader, nullptr);
     auto spec = InputSpec::New();
     std::vector<long> intChoices;
     std::vector<Choice> stringChoices;
@@ -287,15 +302,7 @@ void CommandNode::Execute(const std::shared_ptr<Input>& input,
 void CommandNode::TakeShape(const Declare::PackedShape& shape) {
     shape_ = &shape;
     Declare::ShapeReader reader(shape.bytes);
-    reader.Byte();
-    SetDescription(reader.Text());
-    if (const char* formatter = reader.Text()) {
-        SetDefaultOutputFormatter(formatter);
-    }
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        const char* key = reader.Text();
-        SetDefaultOutputParameter(key, reader.Text());
-    }
+    Declare::ReadHead(reader, this);
 }
 
 std::shared_ptr<InputSpec> CommandNode::GetInputSpecInternal() {

@@ -193,12 +193,16 @@ struct ByteArray {
     constexpr void Put(char byte) { bytes[size++] = byte; }
 };
 
-template <const auto& kShape>
-constexpr std::size_t kPackedSize = [] {
+// The number of bytes `pack` puts into its sink.
+template <class Pack>
+constexpr std::size_t CountBytes(Pack pack) {
     ByteCounter counter;
-    PackInto(counter, kShape);
+    pack(counter);
     return counter.size;
-}();
+}
+
+template <const auto& kShape>
+constexpr std::size_t kPackedSize = CountBytes([](auto& sink) { PackInto(sink, kShape); });
 
 template <const auto& kShape>
 constexpr ByteArray<kPackedSize<kShape>> kPackedBytes = [] {
@@ -209,11 +213,7 @@ constexpr ByteArray<kPackedSize<kShape>> kPackedBytes = [] {
 
 // Where a command's struct starts in its packed shape.
 template <const CommandShape& kShape>
-constexpr std::size_t kStructOffset = [] {
-    ByteCounter counter;
-    PackShape(counter, kShape);
-    return counter.size;
-}();
+constexpr std::size_t kStructOffset = CountBytes([](auto& sink) { PackShape(sink, kShape); });
 
 // The packed form of a shape declared `constexpr`, for a command class's kShape.
 template <const CommandShape& kShape>
