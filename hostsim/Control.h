@@ -14,6 +14,9 @@ void UseStateDirectory(const std::string& directory);
 // ${XDG_STATE_HOME:-$HOME/.local/state}/hostsim.
 std::string StateDirectory();
 
+// The host this process acts on from now on, "sim" or "linux", in place of AUTOCLI_HOST.
+void ChooseHost(const std::string& host);
+
 // Replaces the host in the state directory with the one a profile (JSON text, the format of
 // `hostsim export`) describes; sections the profile leaves out are empty.
 void ImportProfile(const std::string& profileJson);

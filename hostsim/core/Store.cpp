@@ -10,8 +10,10 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/Control.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Profile.h"
 #include "hostsim/core/Subject.h"
+#include "hostsim/linux/LiveHost.h"
 
 namespace HostSim {
 
@@ -300,6 +302,11 @@ std::string DatabasePath(const std::string& directory) {
 }
 
 Database& Store() {
+    // The live host keeps no state of the simulator's: an operation that only the simulated
+    // host has fails here, in the one text for all of them.
+    if (LiveHost() != nullptr) {
+        throw HostCtlException(Live::kNotAvailable);
+    }
     Connection& connection = CurrentConnection();
     std::string directory = StateDirectory();
     if (connection.database &&

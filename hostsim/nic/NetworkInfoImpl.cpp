@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/ListedDpus.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/nicdevices/DeviceStore.h"
@@ -14,10 +16,13 @@ namespace KelmCtl::Network {
 
 using HostSim::PassOperation;
 
-// Opens the host's store, so that a host that can't be reached fails here.
+// Reaches the host, so that a host that can't be reached fails here: the simulated host's store
+// is opened, the live host's module loaded.
 NetworkInfoImpl::NetworkInfoImpl() {
     PassOperation("NetworkInfoImpl::NetworkInfoImpl");
-    HostSim::Store();
+    if (HostSim::LiveHost() == nullptr) {
+        HostSim::Store();
+    }
 }
 
 NetworkInfoImpl::~NetworkInfoImpl() {
@@ -25,20 +30,35 @@ NetworkInfoImpl::~NetworkInfoImpl() {
     HostSim::NicDevices::ForgetListing(this);
 }
 
-// Every NIC, or those that some switch uses as an uplink.
-std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
-    HostCtl::Network::PnicGetType type) {
-    PassOperation("NetworkInfo::GetPnics");
-    std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
+namespace {
+
+// The simulated host's NICs of a listing by `owner`, which remembers what they show until it
+// goes.
+std::vector<std::unique_ptr<HostSim::Nic::Record>> SimulatedNics(
+    const void* owner, HostCtl::Network::PnicGetType type) {
     auto records = HostSim::Nic::LoadAll(HostSim::Store());
-    HostSim::Nic::RememberListedDpus(this, records);
-    HostSim::NicDevices::RememberListing(this);
+    HostSim::Nic::RememberListedDpus(owner, records);
+    HostSim::NicDevices::RememberListing(owner);
     if (type == HostCtl::Network::PnicGetUplinks) {
         const auto uplinks = HostSim::Vswitch::UplinkNicNames(HostSim::Store());
         std::erase_if(records, [&uplinks](const std::unique_ptr<HostSim::Nic::Record>& record) {
             return std::find(uplinks.begin(), uplinks.end(), record->name) == uplinks.end();
         });
     }
+    return records;
+}
+
+}  // namespace
+
+// Every NIC, or those that some switch uses as an uplink.
+std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
+    HostCtl::Network::PnicGetType type) {
+    PassOperation("NetworkInfo::GetPnics");
+    auto* live = HostSim::LiveHost();
+    auto records = live == nullptr                               ? SimulatedNics(this, type)
+                   : type == HostCtl::Network::PnicGetUplinks ? live->Nics().LoadUplinks()
+                                                                 : live->Nics().LoadAll();
+    std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
     pnics.reserve(records.size());
     for (auto& record : records) {
         pnics.push_back(std::make_unique<PnicImpl>(std::move(record)));
@@ -50,7 +70,8 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
 std::unique_ptr<HostCtl::Network::Pnic> NetworkInfoImpl::GetPnicByName(const std::string& name,
                                                                        bool) {
     PassOperation("NetworkInfo::GetPnicByName", name);
-    auto record = HostSim::Nic::Load(HostSim::Store(), name);
+    auto* live = HostSim::LiveHost();
+    auto record = live != nullptr ? live->Nics().Load(name) : HostSim::Nic::Load(HostSim::Store(), name);
     if (!record) {
         return nullptr;
     }

@@ -9,40 +9,11 @@
 #include "hostctl/Pnic.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
-#include "kelmctl/PnicImpl.h"
-
-namespace KelmCtl::Network {
-
-// One row of the nic table. The nested detail stays JSON text until it is asked for.
-struct PnicImpl::Record {
-    std::string name;
-    std::string pciAddress;  // empty for a pseudo NIC
-    std::string pciVendor;
-    std::string pciDevice;
-    std::string descriptor;       // a pseudo NIC's "kind:vendor:device"
-    std::string descriptorError;  // when set, reading the descriptor fails with it
-    std::string driver;
-    bool adminUp = false;
-    bool cableConnected = false;  // the link comes up when the NIC is up and this is set
-    std::uint32_t speed = 0;
-    std::uint32_t duplex = 0;
-    std::string mac;
-    std::uint32_t mtu = 0;
-    std::string dpuId;     // empty when no DPU backs the NIC
-    std::string linkInfo;  // JSON of PnicInfo without the link status
-    std::string pause;     // JSON of PnicPauseParams
-    std::string driverVersion;
-    std::string firmwareVersion;
-    std::string busInfo;
-
-    bool LinkUp() const { return adminUp && cableConnected; }
-};
-
-}  // namespace KelmCtl::Network
+#include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Nic {
 
-using Record = KelmCtl::Network::PnicImpl::Record;
+using Record = NicRecord;
 
 // Every NIC in the profile's order, in one query. Each record is allocated once, so that a
 // long listing moves pointers as it grows, not records.

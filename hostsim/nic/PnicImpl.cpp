@@ -1,8 +1,10 @@
 #include "kelmctl/PnicImpl.h"
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/NicStore.h"
 
 namespace KelmCtl::Network {
@@ -44,11 +46,19 @@ private:
     std::string address_;
 };
 
+// The NIC's record as the host in force has it; none when there is no such NIC.
+std::optional<PnicImpl::Record> LoadNic(const std::string& name) {
+    if (auto* live = HostSim::LiveHost()) {
+        return live->Nics().Load(name);
+    }
+    return HostSim::Nic::Load(HostSim::Store(), name);
+}
+
 }  // namespace
 
 PnicImpl::PnicImpl(const std::string& name) {
     PassOperation("PnicImpl::PnicImpl", name);
-    auto record = HostSim::Nic::Load(HostSim::Store(), name);
+    auto record = LoadNic(name);
     if (!record) {
         throw HostCtlException(NoSuchNic(name));
     }
@@ -61,12 +71,12 @@ PnicImpl::~PnicImpl() = default;
 
 bool PnicImpl::IsValidPnic(const std::string& name) {
     PassOperation("PnicImpl::IsValidPnic", name);
-    return HostSim::Nic::Load(HostSim::Store(), name).has_value();
+    return LoadNic(name).has_value();
 }
 
 void PnicImpl::Refresh() {
     PassOperation("PnicImpl::Refresh", record_->name);
-    auto record = HostSim::Nic::Load(HostSim::Store(), record_->name);
+    auto record = LoadNic(record_->name);
     if (!record) {
         throw HostCtlException(NoSuchNic(record_->name));
     }
@@ -124,7 +134,9 @@ HostCtl::Network::MacAddress PnicImpl::GetMacAddress() const {
 
 void PnicImpl::SetLinkState(bool up) {
     PassOperation("Pnic::SetLinkState", record_->name);
-    if (!HostSim::Nic::SetAdminState(HostSim::Store(), record_->name, up)) {
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetAdminState(record_->name, up);
+    } else if (!HostSim::Nic::SetAdminState(HostSim::Store(), record_->name, up)) {
         throw HostCtlException(NoSuchNic(record_->name));
     }
     record_->adminUp = up;
@@ -145,12 +157,20 @@ std::string PnicImpl::GetDeviceDescriptor() const {
 
 void PnicImpl::GetPnicInfo(HostCtl::Network::PnicInfo& info) const {
     PassOperation("Pnic::GetPnicInfo", record_->name);
-    info = HostSim::Nic::LinkInfoFromJson(HostSim::Json::parse(record_->linkInfo));
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetLinkInfo(record_->name, info);
+    } else {
+        info = HostSim::Nic::LinkInfoFromJson(HostSim::Json::parse(record_->linkInfo));
+    }
     info.linkStatus = record_->LinkUp() ? "Up" : "Down";
 }
 
 void PnicImpl::GetPauseParams(HostCtl::Network::PnicPauseParams& params) const {
     PassOperation("Pnic::GetPauseParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetPause(record_->name, params);
+        return;
+    }
     params = HostSim::Nic::PauseFromJson(HostSim::Json::parse(record_->pause));
 }
 

@@ -1,4 +1,5 @@
 #include "hostctl/SmartNic.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/nic/ListedDpus.h"
@@ -26,6 +27,10 @@ private:
 
 std::unique_ptr<SmartNic> SmartNicInfo::GetSmartNicByPnic(const std::string& pnicName) {
     HostSim::PassOperation("SmartNicInfo::GetSmartNicByPnic", pnicName);
+    // No DPU backs a NIC of a Linux host.
+    if (HostSim::LiveHost() != nullptr) {
+        return nullptr;
+    }
     auto listed = HostSim::Nic::ListedDpuId(pnicName);
     std::string id = listed ? std::move(*listed) : HostSim::Nic::DpuId(HostSim::Store(), pnicName);
     if (id.empty()) {

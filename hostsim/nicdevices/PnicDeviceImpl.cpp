@@ -6,8 +6,10 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/nicdevices/DeviceStore.h"
 #include "kelmctl/PnicImpl.h"
@@ -127,10 +129,37 @@ constexpr const char* kHwCapNames[] = {
 };
 constexpr const char kReservedCapability[] = "Reserved";
 
+// The image in `file` for an EEPROM of `capacity` bytes: 1 to `capacity` bytes.
+std::vector<unsigned char> ReadEepromImage(const std::string& file, std::size_t capacity,
+                                           const std::string& nic) {
+    std::ifstream stream(file, std::ios::binary);
+    // One byte more than the EEPROM holds tells an image that is too large, and an endless
+    // file (a device) is never read to its end.
+    std::vector<unsigned char> image(capacity + 1);
+    if (stream) {
+        stream.read(reinterpret_cast<char*>(image.data()),
+                    static_cast<std::streamsize>(image.size()));
+    }
+    image.resize(stream ? image.size() : static_cast<std::size_t>(stream.gcount()));
+    if (!stream && !stream.eof()) {
+        throw HostCtlException("Unable to read EEPROM image file " + file);
+    }
+    if (image.empty() || image.size() > capacity) {
+        throw HostCtlException(
+            StrPrintf("EEPROM image file %s holds %s bytes; NIC %s takes 1 to %zu", file.c_str(),
+                      image.empty() ? "no" : "too many", nic.c_str(), capacity));
+    }
+    return image;
+}
+
 }  // namespace
 
 void PnicImpl::GetNetqueueParams(HostCtl::Network::PnicNetqueueParams& params) const {
     PassOperation("Pnic::GetNetqueueParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetQueues(record_->name, params);
+        return;
+    }
     auto device = DeviceOf(record_->name);
     if (!device || !device->netqueue) {
         throw HostCtlException(NoNetqueue(record_->name));
@@ -160,6 +189,10 @@ void PnicImpl::GetNetqueueParams(HostCtl::Network::PnicNetqueueParams& params) c
 // feature allowed only where it is supported, a plug-in the NIC has.
 void PnicImpl::SetNetqueueParams(const HostCtl::Network::PnicNetqueueParams& params) {
     PassOperation("Pnic::SetNetqueueParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetQueues(record_->name, params);
+        return;
+    }
     const std::string& nic = record_->name;
     HostSim::WriteTransaction transaction(HostSim::Store());
     Device device = DeviceForChange(nic);
@@ -235,6 +268,10 @@ const char* PnicImpl::GetHwCapName(unsigned char bit) {
 
 void PnicImpl::DumpRegisters(std::vector<std::uint32_t>& registers) const {
     PassOperation("Pnic::DumpRegisters", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().DumpRegisters(record_->name, registers);
+        return;
+    }
     auto device = DeviceOf(record_->name);
     if (!device || device->diagnostics.empty()) {
         throw HostCtlException(NoDiagnostics(record_->name, "register dumps"));
@@ -250,6 +287,10 @@ void PnicImpl::DumpRegisters(std::vector<std::uint32_t>& registers) const {
 void PnicImpl::GetEeprom(std::vector<unsigned char>& data, std::uint32_t length,
                          std::uint32_t offset) const {
     PassOperation("Pnic::GetEeprom", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetEeprom(record_->name, data, length, offset);
+        return;
+    }
     auto device = DeviceOf(record_->name);
     if (!device || device->diagnostics.empty()) {
         throw HostCtlException(NoDiagnostics(record_->name, "EEPROM access"));
@@ -271,6 +312,14 @@ void PnicImpl::GetEeprom(std::vector<unsigned char>& data, std::uint32_t length,
 
 void PnicImpl::SetEeprom(std::uint32_t magic, std::uint32_t offset, std::uint32_t value) {
     PassOperation("Pnic::SetEeprom", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        std::vector<unsigned char> bytes(4);
+        for (unsigned i = 0; i < bytes.size(); ++i) {
+            bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+        }
+        live->Nics().SetEeprom(record_->name, magic, offset, bytes);
+        return;
+    }
     HostSim::WriteTransaction transaction(HostSim::Store());
     Device device = DeviceForChange(record_->name);
     Json diagnostics = EepromForChange(device, magic);
@@ -289,27 +338,18 @@ void PnicImpl::SetEeprom(std::uint32_t magic, std::uint32_t offset, std::uint32_
 
 void PnicImpl::SetEepromFromFile(std::uint32_t magic, const std::string& file) {
     PassOperation("Pnic::SetEepromFromFile", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        std::vector<unsigned char> eeprom;
+        live->Nics().GetEeprom(record_->name, eeprom, 0, 0);
+        live->Nics().SetEeprom(record_->name, magic, 0,
+                               ReadEepromImage(file, eeprom.size(), record_->name));
+        return;
+    }
     HostSim::WriteTransaction transaction(HostSim::Store());
     Device device = DeviceForChange(record_->name);
     Json diagnostics = EepromForChange(device, magic);
     std::vector<unsigned char> bytes = EepromBytes(diagnostics);
-    std::ifstream stream(file, std::ios::binary);
-    // One byte more than the EEPROM holds tells an image that is too large, and an endless
-    // file (a device) is never read to its end.
-    std::vector<unsigned char> image(bytes.size() + 1);
-    if (stream) {
-        stream.read(reinterpret_cast<char*>(image.data()),
-                    static_cast<std::streamsize>(image.size()));
-    }
-    image.resize(stream ? image.size() : static_cast<std::size_t>(stream.gcount()));
-    if (!stream && !stream.eof()) {
-        throw HostCtlException("Unable to read EEPROM image file " + file);
-    }
-    if (image.empty() || image.size() > bytes.size()) {
-        throw HostCtlException(
-            StrPrintf("EEPROM image file %s holds %s bytes; NIC %s takes 1 to %zu", file.c_str(),
-                      image.empty() ? "no" : "too many", record_->name.c_str(), bytes.size()));
-    }
+    const std::vector<unsigned char> image = ReadEepromImage(file, bytes.size(), record_->name);
     std::copy(image.begin(), image.end(), bytes.begin());
     SaveEeprom(device, diagnostics, bytes);
     transaction.Commit();
@@ -318,6 +358,10 @@ void PnicImpl::SetEepromFromFile(std::uint32_t magic, const std::string& file) {
 // Negotiation needs auto-negotiation on and the NIC up.
 void PnicImpl::RestartNegotiation() {
     PassOperation("Pnic::RestartNegotiation", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().RestartNegotiation(record_->name);
+        return;
+    }
     auto record = HostSim::Nic::Load(HostSim::Store(), record_->name);
     if (!record) {
         throw HostCtlException("There is no NIC named " + record_->name + " on this host");
@@ -332,6 +376,10 @@ void PnicImpl::RestartNegotiation() {
 
 void PnicImpl::RunSelfTest(HostCtl::Network::PnicSelfTestResult& result, bool online) {
     PassOperation("Pnic::RunSelfTest", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().RunSelfTest(record_->name, result, online);
+        return;
+    }
     auto device = DeviceOf(record_->name);
     if (!device || device->diagnostics.empty()) {
         throw HostCtlException(NoDiagnostics(record_->name, "self tests"));

@@ -4,8 +4,10 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/nicdevices/DeviceStore.h"
 #include "kelmctl/NetworkInfoImpl.h"
@@ -59,6 +61,13 @@ std::string DecimalPciAddress(const std::string& hex) {
 
 std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetSriovNics() {
     PassOperation("NetworkInfoImpl::GetSriovNics");
+    if (auto* live = HostSim::LiveHost()) {
+        std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
+        for (auto& record : live->Nics().LoadSriovNics()) {
+            pnics.push_back(std::make_unique<PnicImpl>(std::move(record)));
+        }
+        return pnics;
+    }
     std::set<std::string> enabled;
     for (const auto& device : HostSim::NicDevices::LoadAll(HostSim::Store())) {
         if (EnabledSriov(device)) {
@@ -77,6 +86,14 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetSriovNi
 std::unique_ptr<HostCtl::Network::Pnic> NetworkInfoImpl::GetSriovNicByName(
     const std::string& name) {
     PassOperation("NetworkInfoImpl::GetSriovNicByName", name);
+    if (auto* live = HostSim::LiveHost()) {
+        for (auto& record : live->Nics().LoadSriovNics()) {
+            if (record->name == name) {
+                return std::make_unique<PnicImpl>(std::move(record));
+            }
+        }
+        return nullptr;
+    }
     auto device = HostSim::NicDevices::Load(HostSim::Store(), name);
     if (!device || !EnabledSriov(*device)) {
         return nullptr;
@@ -91,6 +108,13 @@ std::unique_ptr<HostCtl::Network::Pnic> NetworkInfoImpl::GetSriovNicByName(
 std::vector<HostCtl::Network::SriovNicVFInfo> NetworkInfoImpl::GetSriovNicVFInfo(
     const std::string& name) {
     PassOperation("NetworkInfoImpl::GetSriovNicVFInfo", name);
+    if (auto* live = HostSim::LiveHost()) {
+        auto functions = live->Nics().GetVirtualFunctions(name);
+        for (auto& function : functions) {
+            function.pciAddress = DecimalPciAddress(function.hexPciAddress);
+        }
+        return functions;
+    }
     std::vector<HostCtl::Network::SriovNicVFInfo> functions;
     const Json sriov = SriovOf(name);
     for (const auto& vf : sriov["virtualFunctions"]) {
@@ -105,6 +129,10 @@ std::vector<HostCtl::Network::SriovNicVFInfo> NetworkInfoImpl::GetSriovNicVFInfo
 void NetworkInfoImpl::GetSriovNicVFStats(HostCtl::Network::SriovNicVFStats* stats,
                                          const std::string& name, int vfId) {
     PassOperation("NetworkInfoImpl::GetSriovNicVFStats", name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetVirtualFunctionStats(name, vfId, *stats);
+        return;
+    }
     const Json sriov = SriovOf(name);
     for (const auto& vf : sriov["virtualFunctions"]) {
         if (vf["id"].get<int>() != vfId) {

@@ -5,8 +5,10 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/nicsettings/NicSettingsStore.h"
 #include "kelmctl/PnicImpl.h"
@@ -193,6 +195,10 @@ void ApplyRings(const std::string& name, const PnicRingParams& change, Settings&
 
 void PnicImpl::SetPnicInfo(const PnicInfo& change) {
     PassOperation("Pnic::SetPnicInfo", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetLinkInfo(record_->name, change);
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     auto record = RequireNic(database, record_->name);
@@ -206,6 +212,10 @@ void PnicImpl::SetPnicInfo(const PnicInfo& change) {
 
 void PnicImpl::SetSpeedDuplex(unsigned speed, int duplex) {
     PassOperation("Pnic::SetSpeedDuplex", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetSpeedDuplex(record_->name, speed, duplex);
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     auto record = RequireNic(database, record_->name);
@@ -246,6 +256,10 @@ void PnicImpl::SetSpeedDuplex(unsigned speed, int duplex) {
 // negotiation on, the link partner is taken to agree to what is asked.
 void PnicImpl::SetPauseParams(const PnicPauseParams& params) {
     PassOperation("Pnic::SetPauseParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetPause(record_->name, params);
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     auto record = RequireNic(database, record_->name);
@@ -271,11 +285,19 @@ void PnicImpl::SetPauseParams(const PnicPauseParams& params) {
 
 void PnicImpl::GetPnicStats(PnicStats& stats) const {
     PassOperation("PnicImpl::GetPnicStats", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetStats(record_->name, stats);
+        return;
+    }
     stats = HostSim::NicSettings::Load(HostSim::Store(), record_->name).stats;
 }
 
 void PnicImpl::GetCoalesceParams(PnicCoalesceParams& params) const {
     PassOperation("Pnic::GetCoalesceParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetCoalesce(record_->name, params);
+        return;
+    }
     const auto settings = HostSim::NicSettings::Load(HostSim::Store(), record_->name);
     if (!settings.coalesce) {
         throw HostCtlException(NoCoalescing(*record_));
@@ -285,6 +307,10 @@ void PnicImpl::GetCoalesceParams(PnicCoalesceParams& params) const {
 
 void PnicImpl::SetCoalesceParams(const PnicCoalesceParams& params) {
     PassOperation("Pnic::SetCoalesceParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetCoalesce(record_->name, params);
+        return;
+    }
     ChangeSettings(record_->name, [&params](const Record& record, Settings& settings) {
         if (!settings.coalesce) {
             throw HostCtlException(NoCoalescing(record));
@@ -295,11 +321,19 @@ void PnicImpl::SetCoalesceParams(const PnicCoalesceParams& params) {
 
 void PnicImpl::GetOffloadParams(PnicOffloadParams& params) const {
     PassOperation("Pnic::GetOffloadParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetOffload(record_->name, params);
+        return;
+    }
     params = HostSim::NicSettings::Load(HostSim::Store(), record_->name).offload;
 }
 
 void PnicImpl::SetOffloadParams(const PnicOffloadParams& params) {
     PassOperation("Pnic::SetOffloadParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetOffload(record_->name, params);
+        return;
+    }
     ChangeSettings(record_->name, [&params](const Record& record, Settings& settings) {
         ApplyOffload(record.name, params, settings);
     });
@@ -324,6 +358,10 @@ void PnicImpl::SetSoftwareSimulation(const PnicSoftwareSimulation& change) {
 
 void PnicImpl::GetRingParams(PnicRingParams& preset, PnicRingParams& current) const {
     PassOperation("Pnic::GetRingParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetRings(record_->name, preset, current);
+        return;
+    }
     const auto settings = HostSim::NicSettings::Load(HostSim::Store(), record_->name);
     preset = settings.ringMaximum;
     current = settings.ringCurrent;
@@ -331,6 +369,10 @@ void PnicImpl::GetRingParams(PnicRingParams& preset, PnicRingParams& current) co
 
 void PnicImpl::SetRingParams(const PnicRingParams& params) {
     PassOperation("Pnic::SetRingParams", record_->name);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().SetRings(record_->name, params);
+        return;
+    }
     ChangeSettings(record_->name, [&params](const Record& record, Settings& settings) {
         ApplyRings(record.name, params, settings);
     });

@@ -1,0 +1,96 @@
+// The live Linux host: what the host library asks of the kernel of the network namespace the
+// process runs in. It is built as a module of its own (liblinuxhost.so) that the host library
+// loads only when a process chooses the live host, so that a process on the simulated host
+// loads none of the kernel libraries it needs. Every function throws HostCtlException with the
+// kernel's own words ("Operation not permitted") when the kernel refuses.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostctl/Pnic.h"
+#include "hostctl/Sriov.h"
+#include "hostsim/nic/NicRecord.h"
+
+namespace HostSim::Live {
+
+// The text every host operation that Linux has no counterpart for fails with.
+inline constexpr const char kNotAvailable[] = "not available on a Linux host";
+
+// The links of the namespace that are NICs: an Ethernet link with a bus device behind it, or an
+// Ethernet link of a kind that stands in for one (veth, tun/tap, dummy) as a pseudo NIC.
+class NicDriver {
+public:
+    virtual ~NicDriver() = default;
+
+    // Every NIC, in the kernel's order of link indices, from one dump of the link table.
+    virtual std::vector<std::unique_ptr<NicRecord>> LoadAll() = 0;
+    // The NICs enslaved to a bridge, which serve a standard switch as its uplinks.
+    virtual std::vector<std::unique_ptr<NicRecord>> LoadUplinks() = 0;
+    // Null when there is no NIC of that name.
+    virtual std::optional<NicRecord> Load(const std::string& name) = 0;
+    virtual void SetAdminState(const std::string& name, bool up) = 0;
+    virtual void GetStats(const std::string& name, HostCtl::Network::PnicStats& stats) = 0;
+
+    // Link settings: modes, auto negotiation, port, PHY address, transceiver, wake-on, message
+    // level; and pause.
+    virtual void GetLinkInfo(const std::string& name, HostCtl::Network::PnicInfo& info) = 0;
+    virtual void SetLinkInfo(const std::string& name, const HostCtl::Network::PnicInfo& change) = 0;
+    virtual void SetSpeedDuplex(const std::string& name, unsigned speed, int duplex) = 0;
+    virtual void GetPause(const std::string& name, HostCtl::Network::PnicPauseParams& params) = 0;
+    virtual void SetPause(const std::string& name,
+                          const HostCtl::Network::PnicPauseParams& params) = 0;
+
+    // Driver settings.
+    virtual void GetCoalesce(const std::string& name,
+                             HostCtl::Network::PnicCoalesceParams& params) = 0;
+    virtual void SetCoalesce(const std::string& name,
+                             const HostCtl::Network::PnicCoalesceParams& params) = 0;
+    virtual void GetOffload(const std::string& name,
+                            HostCtl::Network::PnicOffloadParams& params) = 0;
+    virtual void SetOffload(const std::string& name,
+                            const HostCtl::Network::PnicOffloadParams& params) = 0;
+    virtual void GetRings(const std::string& name, HostCtl::Network::PnicRingParams& preset,
+                          HostCtl::Network::PnicRingParams& current) = 0;
+    virtual void SetRings(const std::string& name,
+                          const HostCtl::Network::PnicRingParams& params) = 0;
+    // The queue counts, from the kernel's channels; the balancer's parts are left empty.
+    virtual void GetQueues(const std::string& name,
+                           HostCtl::Network::PnicNetqueueParams& params) = 0;
+    virtual void SetQueues(const std::string& name,
+                           const HostCtl::Network::PnicNetqueueParams& params) = 0;
+
+    // Diagnostics the driver offers.
+    virtual void DumpRegisters(const std::string& name, std::vector<std::uint32_t>& words) = 0;
+    // The bytes from `offset`, `length` of them (0: to the end), cut at the EEPROM's end.
+    virtual void GetEeprom(const std::string& name, std::vector<unsigned char>& data,
+                           std::uint32_t length, std::uint32_t offset) = 0;
+    // Writes `bytes` from `offset`; `magic` must be the driver's.
+    virtual void SetEeprom(const std::string& name, std::uint32_t magic, std::uint32_t offset,
+                           const std::vector<unsigned char>& bytes) = 0;
+    virtual void RestartNegotiation(const std::string& name) = 0;
+    virtual void RunSelfTest(const std::string& name,
+                             HostCtl::Network::PnicSelfTestResult& result, bool online) = 0;
+
+    // SR-IOV: the NICs with virtual functions enabled, and their functions.
+    virtual std::vector<std::unique_ptr<NicRecord>> LoadSriovNics() = 0;
+    // Each function's hexPciAddress and active flag; the caller derives the other forms.
+    virtual std::vector<HostCtl::Network::SriovNicVFInfo> GetVirtualFunctions(
+        const std::string& name) = 0;
+    virtual void GetVirtualFunctionStats(const std::string& name, int vfId,
+                                         HostCtl::Network::SriovNicVFStats& stats) = 0;
+};
+
+class Host {
+public:
+    virtual ~Host() = default;
+    virtual NicDriver& Nics() = 0;
+};
+
+}  // namespace HostSim::Live
+
+// The module's one entry: the live host, made on the first call and kept for the process.
+extern "C" HostSim::Live::Host* HostSim_LiveHost();

@@ -1,0 +1,22 @@
+// The live host module's entry.
+#include "hostsim/linux/LiveHost.h"
+#include "hostsim/linux/Nics.h"
+
+namespace HostSim::Linux {
+namespace {
+
+class LinuxHost final : public Live::Host {
+public:
+    Live::NicDriver& Nics() override { return nics_; }
+
+private:
+    Linux::Nics nics_;
+};
+
+}  // namespace
+}  // namespace HostSim::Linux
+
+extern "C" __attribute__((visibility("default"))) HostSim::Live::Host* HostSim_LiveHost() {
+    static HostSim::Linux::LinuxHost host;
+    return &host;
+}
