@@ -51,6 +51,7 @@ struct RunResult {
 struct GlobalOptions {
     std::string formatter;        // --formatter=NAME; empty: the command's default
     std::string pluginDirectory;  // --plugin-dir=DIR; empty: not given
+    std::string host;             // --host=sim|linux; empty: AUTOCLI_HOST, else sim
     bool help = false;            // --help
     bool version = false;         // --version
     std::string batch;            // --batch FILE: run its lines; "-" for standard input

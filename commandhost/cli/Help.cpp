@@ -264,7 +264,11 @@ std::string NamespaceHelp(const NamespaceNode& node, size_t width) {
     if (path.empty()) {
         out.append("Usage: autocli [options] <namespace> ... <command> [parameters]\n\n");
         AppendEntries("Options",
-                      {{"--formatter=NAME",
+                      {{"--host=sim|linux",
+                        "Act on the simulated host (sim, the default, its state in HOSTSIM_DIR) "
+                        "or on this machine's kernel (linux), in the network namespace autocli "
+                        "runs in; AUTOCLI_HOST chooses when this is not given."},
+                       {"--formatter=NAME",
                         "Print the result with the formatter NAME instead of the command's "
                         "default."},
                        {"--plugin-dir=DIR",

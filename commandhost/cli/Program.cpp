@@ -1,5 +1,8 @@
 // The whole of autocli once its plug-ins are loaded: the program's options, help, running the
 // command, formatting its result, and printing it in one piece.
+#include <algorithm>
+#include <cstdlib>
+
 #include "commandhost/cli/Batch.h"
 #include "commandhost/cli/CommandHost.h"
 #include "commandhost/cli/CommandLine.h"
@@ -18,6 +21,9 @@ constexpr std::string_view kHelpOption = "--help";
 constexpr std::string_view kVersionOption = "--version";
 constexpr std::string_view kBatchOption = "--batch";
 constexpr std::string_view kForceOption = "--force";
+constexpr std::string_view kHostOption = "--host";
+// The hosts a process can act on: the simulated host, and the Linux kernel it runs on.
+constexpr const char* kHosts[] = {"sim", "linux"};
 
 // Reads the value of `option` from "--option=value" or "--option value"; false when `word` is
 // not that option. `value` holds what an earlier occurrence gave, and a second one is refused.
@@ -72,6 +78,23 @@ int Finish(OutputChannel& out, OutputChannel& err, const std::string& text,
     return ExitOutputFailed;
 }
 
+// Passes --host to the host library, which reads AUTOCLI_HOST at its first call, for this
+// process and every line of a batch. Why the host named, by the option or the variable, is
+// refused; empty when it is known.
+std::string ChooseHost(const std::string& option) {
+    const char* variable = std::getenv("AUTOCLI_HOST");
+    const std::string host = !option.empty() ? option : variable != nullptr ? variable : "";
+    if (host.empty()) {
+        return {};
+    }
+    if (std::find(std::begin(kHosts), std::end(kHosts), host) == std::end(kHosts)) {
+        return "Unknown host " + QuoteValue(host) + (option.empty() ? " in AUTOCLI_HOST." : ".") +
+               DidYouMean(host, {kHosts[0], kHosts[1]}) + " Hosts: sim, linux.";
+    }
+    setenv("AUTOCLI_HOST", host.c_str(), 1);
+    return {};
+}
+
 }  // namespace
 
 GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
@@ -92,17 +115,18 @@ GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments) {
                                     options.error) &&
                    !ReadValueOption(arguments, index, kPluginDirectoryOption,
                                     options.pluginDirectory, options.error) &&
-                   !ReadValueOption(arguments, index, kBatchOption, options.batch, options.error)) {
+                   !ReadValueOption(arguments, index, kBatchOption, options.batch, options.error) &&
+                   !ReadValueOption(arguments, index, kHostOption, options.host, options.error)) {
             std::string name = word.substr(0, word.find('='));
             options.error =
                 "Unknown option " + QuoteValue(name) + "." +
-                DidYouMean(name,
-                           {std::string(kFormatterOption), std::string(kPluginDirectoryOption),
-                            std::string(kHelpOption), std::string(kVersionOption),
-                            std::string(kBatchOption), std::string(kForceOption)}) +
-                " Usage: autocli [--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] "
-                "network <path...> [parameters], or autocli [--formatter=NAME] --batch FILE "
-                "[--force]";
+                DidYouMean(name, {std::string(kFormatterOption),
+                                  std::string(kPluginDirectoryOption), std::string(kHelpOption),
+                                  std::string(kVersionOption), std::string(kBatchOption),
+                                  std::string(kForceOption), std::string(kHostOption)}) +
+                " Usage: autocli [--host=sim|linux] [--formatter=NAME] [--plugin-dir=DIR] "
+                "[--help] [--version] network <path...> [parameters], or autocli "
+                "[--host=sim|linux] [--formatter=NAME] --batch FILE [--force]";
         }
     }
     return options;
@@ -115,10 +139,13 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
         return Refuse(err, options.error);
     }
     if (inBatch_ && (!options.batch.empty() || options.force || !options.pluginDirectory.empty() ||
-                     options.version)) {
+                     options.version || !options.host.empty())) {
         return Refuse(err,
-                      "The options --batch, --force, --plugin-dir and --version can't be "
+                      "The options --batch, --force, --host, --plugin-dir and --version can't be "
                       "given on a line of a batch.");
+    }
+    if (const std::string refusal = ChooseHost(options.host); !refusal.empty()) {
+        return Refuse(err, refusal);
     }
     if (!options.batch.empty()) {
         if (options.next < arguments.size() || options.help) {

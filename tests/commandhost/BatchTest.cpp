@@ -110,11 +110,13 @@ TEST_F(BatchTest, AFormatterGivenWithTheBatchServesLinesWithoutTheirOwn) {
 }
 
 TEST_F(BatchTest, RefusesOptionsThatBelongToTheProcess) {
-    for (const char* line :
-         {"--batch other", "--force demo echo", "--version", "--plugin-dir=/tmp demo echo"}) {
+    for (const char* line : {"--batch other", "--force demo echo", "--version",
+                             "--plugin-dir=/tmp demo echo", "--host=sim demo echo"}) {
         EXPECT_EQ(Batch(line), CommandHost::ExitRefused) << line;
-        EXPECT_THAT(err_, ::testing::StartsWith("The options --batch, --force, --plugin-dir and "
-                                                "--version can't be given on a line of a batch."))
+        EXPECT_THAT(err_,
+                    ::testing::StartsWith("The options --batch, --force, --host, --plugin-dir "
+                                          "and --version can't be given on a line of a "
+                                          "batch."))
             << line;
     }
     EXPECT_EQ(Main({"--force", "demo", "echo"}), CommandHost::ExitRefused);

@@ -91,8 +91,9 @@ TEST_F(MainTest, GlobalOptions) {
     EXPECT_EQ(Main({"--fromatter=json", "demo", "echo"}), CommandHost::ExitRefused);
     EXPECT_EQ(err_,
               "Unknown option '--fromatter'. Did you mean '--formatter'? Usage: autocli "
-              "[--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] network <path...> "
-              "[parameters], or autocli [--formatter=NAME] --batch FILE [--force]\n");
+              "[--host=sim|linux] [--formatter=NAME] [--plugin-dir=DIR] [--help] [--version] "
+              "network <path...> [parameters], or autocli [--host=sim|linux] [--formatter=NAME] "
+              "--batch FILE [--force]\n");
     EXPECT_EQ(Main({"--formatter=jsno", "demo", "echo"}), CommandHost::ExitRefused);
     EXPECT_EQ(err_,
               "Unknown formatter 'jsno'. Did you mean 'json'? Formatters: table, simple, json, "
@@ -125,12 +126,29 @@ TEST_F(MainTest, AnOptionGivenTwiceOrInTheWrongCaseIsRefused) {
         {{"--formatter=JSON", "demo", "echo"},
          "Unknown formatter 'JSON'. Did you mean 'json'? Formatters: table, simple, json, xml, "
          "csv, keyvalue."},
+        {{"--host=linx", "demo", "echo"},
+         "Unknown host 'linx'. Did you mean 'linux'? Hosts: sim, linux."},
+        {{"--host=sim", "--host=sim", "demo", "echo"},
+         "The option '--host' was given more than once ('sim', then 'sim'); it takes a single "
+         "value."},
     };
     for (const auto& [arguments, message] : cases) {
         EXPECT_EQ(Main(arguments), CommandHost::ExitRefused);
         EXPECT_EQ(out_, "");
         EXPECT_EQ(err_, message + "\n");
     }
+}
+
+// The host comes from --host, else AUTOCLI_HOST; a value that names no host is refused whichever
+// gave it, before anything runs.
+TEST_F(MainTest, AHostThatIsNeitherSimulatedNorLinuxIsRefused) {
+    setenv("AUTOCLI_HOST", "bogus", 1);
+    EXPECT_EQ(Main({"demo", "echo", "-x", "hi"}), CommandHost::ExitRefused);
+    EXPECT_EQ(err_, "Unknown host 'bogus' in AUTOCLI_HOST. Hosts: sim, linux.\n");
+    EXPECT_EQ(echo_->Runs(), 0);
+    EXPECT_EQ(Main({"--host=sim", "demo", "echo", "-x", "hi"}), CommandHost::ExitOk);
+    EXPECT_EQ(out_, "hi\n");
+    unsetenv("AUTOCLI_HOST");
 }
 
 // Output that can't be written is never taken for success: the messages still go to stderr,
