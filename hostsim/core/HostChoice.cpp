@@ -48,8 +48,7 @@ Live::Host* LoadLiveHost() {
     const std::string path = ModulePath();
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) {
-        throw HostCtlException("The Linux host driver can't be loaded: " +
-                               std::string(dlerror()));
+        throw HostCtlException("The Linux host driver can't be loaded: " + std::string(dlerror()));
     }
     auto* entry = reinterpret_cast<Live::Host* (*)()>(dlsym(module, "HostSim_LiveHost"));
     if (entry == nullptr) {
@@ -79,8 +78,8 @@ Live::Host* LiveHost() {
     if (host == kLinuxHost) {
         choice.live = LoadLiveHost();
     } else if (host != kSimulatedHost) {
-        throw HostCtlException("AUTOCLI_HOST is \"" + host + "\"; the hosts are " +
-                               kSimulatedHost + " and " + kLinuxHost);
+        throw HostCtlException("AUTOCLI_HOST is \"" + host + "\"; the hosts are " + kSimulatedHost +
+                               " and " + kLinuxHost);
     }
     choice.made = true;
     return choice.live;

@@ -72,8 +72,8 @@ public:
     virtual void SetEeprom(const std::string& name, std::uint32_t magic, std::uint32_t offset,
                            const std::vector<unsigned char>& bytes) = 0;
     virtual void RestartNegotiation(const std::string& name) = 0;
-    virtual void RunSelfTest(const std::string& name,
-                             HostCtl::Network::PnicSelfTestResult& result, bool online) = 0;
+    virtual void RunSelfTest(const std::string& name, HostCtl::Network::PnicSelfTestResult& result,
+                             bool online) = 0;
 
     // SR-IOV: the NICs with virtual functions enabled, and their functions.
     virtual std::vector<std::unique_ptr<NicRecord>> LoadSriovNics() = 0;

@@ -61,7 +61,9 @@ std::string KernelWords(int error, const std::string& detail) {
 KernelError::KernelError(int error, const std::string& detail)
     : HostCtlException(KernelWords(error, detail)), error_(error) {}
 
-void ThrowKernelError(int error, const std::string& detail) { throw KernelError(error, detail); }
+void ThrowKernelError(int error, const std::string& detail) {
+    throw KernelError(error, detail);
+}
 
 Message::Message(std::uint16_t type, std::uint16_t flags)
     : buffer_(MNL_SOCKET_BUFFER_SIZE), header_(mnl_nlmsg_put_header(buffer_.data())) {
@@ -88,7 +90,9 @@ NetlinkSocket::NetlinkSocket(int protocol)
     port_ = mnl_socket_get_portid(socket_);
 }
 
-NetlinkSocket::~NetlinkSocket() { mnl_socket_close(socket_); }
+NetlinkSocket::~NetlinkSocket() {
+    mnl_socket_close(socket_);
+}
 
 void NetlinkSocket::Exchange(Message& request,
                              const std::function<void(const nlmsghdr&)>& onReply) {

@@ -141,10 +141,11 @@ std::unique_ptr<NicRecord> MakeRecord(const Link& link) {
         record->pciVendor = names.vendor;
         record->pciDevice = names.device;
     } else if (!link.parentDevice.empty()) {
-        record->descriptor = (link.parentBus == "usb"                               ? "USB-NIC:"
-                              : link.parentBus == "acpi" || link.parentBus == "platform" ? "ACPI-NIC:"
-                                                                                      : "PhyDev:") +
-                             link.parentBus + ":" + link.parentDevice;
+        record->descriptor =
+            (link.parentBus == "usb"                                    ? "USB-NIC:"
+             : link.parentBus == "acpi" || link.parentBus == "platform" ? "ACPI-NIC:"
+                                                                        : "PhyDev:") +
+            link.parentBus + ":" + link.parentDevice;
     } else {
         record->descriptor = "PhyDev:Linux:" + (link.kind.empty() ? record->driver : link.kind);
     }
@@ -158,13 +159,15 @@ void ReadLinkModes(Ethtool& ethtool, const std::string& name,
     try {
         ethtool.Exchange(request, [&records](const nlmsghdr& reply) {
             const auto attributes = Ethtool::Attributes(reply, ETHTOOL_A_LINKMODES_MAX);
-            const auto found = records.find(Ethtool::LinkName(attributes[ETHTOOL_A_LINKMODES_HEADER]));
+            const auto found =
+                records.find(Ethtool::LinkName(attributes[ETHTOOL_A_LINKMODES_HEADER]));
             if (found == records.end()) {
                 return;
             }
             if (const nlattr* speed = attributes[ETHTOOL_A_LINKMODES_SPEED]) {
                 const std::uint32_t value = mnl_attr_get_u32(speed);
-                found->second->speed = value == static_cast<std::uint32_t>(SPEED_UNKNOWN) ? 0 : value;
+                found->second->speed =
+                    value == static_cast<std::uint32_t>(SPEED_UNKNOWN) ? 0 : value;
             }
             if (const nlattr* duplex = attributes[ETHTOOL_A_LINKMODES_DUPLEX]) {
                 const std::uint8_t value = mnl_attr_get_u8(duplex);

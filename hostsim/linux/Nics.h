@@ -38,17 +38,15 @@ public:
                     const HostCtl::Network::PnicOffloadParams& params) override;
     void GetRings(const std::string& name, HostCtl::Network::PnicRingParams& preset,
                   HostCtl::Network::PnicRingParams& current) override;
-    void SetRings(const std::string& name,
-                  const HostCtl::Network::PnicRingParams& params) override;
-    void GetQueues(const std::string& name,
-                   HostCtl::Network::PnicNetqueueParams& params) override;
+    void SetRings(const std::string& name, const HostCtl::Network::PnicRingParams& params) override;
+    void GetQueues(const std::string& name, HostCtl::Network::PnicNetqueueParams& params) override;
     void SetQueues(const std::string& name,
                    const HostCtl::Network::PnicNetqueueParams& params) override;
 
     // Diagnostics through the ethtool ioctl (NicDiagnostics.cpp).
     void DumpRegisters(const std::string& name, std::vector<std::uint32_t>& words) override;
-    void GetEeprom(const std::string& name, std::vector<unsigned char>& data,
-                   std::uint32_t length, std::uint32_t offset) override;
+    void GetEeprom(const std::string& name, std::vector<unsigned char>& data, std::uint32_t length,
+                   std::uint32_t offset) override;
     void SetEeprom(const std::string& name, std::uint32_t magic, std::uint32_t offset,
                    const std::vector<unsigned char>& bytes) override;
     void RestartNegotiation(const std::string& name) override;

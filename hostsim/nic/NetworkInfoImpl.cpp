@@ -55,9 +55,9 @@ std::vector<std::unique_ptr<HostCtl::Network::Pnic>> NetworkInfoImpl::GetPnics(
     HostCtl::Network::PnicGetType type) {
     PassOperation("NetworkInfo::GetPnics");
     auto* live = HostSim::LiveHost();
-    auto records = live == nullptr                               ? SimulatedNics(this, type)
+    auto records = live == nullptr                            ? SimulatedNics(this, type)
                    : type == HostCtl::Network::PnicGetUplinks ? live->Nics().LoadUplinks()
-                                                                 : live->Nics().LoadAll();
+                                                              : live->Nics().LoadAll();
     std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;
     pnics.reserve(records.size());
     for (auto& record : records) {
@@ -71,7 +71,8 @@ std::unique_ptr<HostCtl::Network::Pnic> NetworkInfoImpl::GetPnicByName(const std
                                                                        bool) {
     PassOperation("NetworkInfo::GetPnicByName", name);
     auto* live = HostSim::LiveHost();
-    auto record = live != nullptr ? live->Nics().Load(name) : HostSim::Nic::Load(HostSim::Store(), name);
+    auto record =
+        live != nullptr ? live->Nics().Load(name) : HostSim::Nic::Load(HostSim::Store(), name);
     if (!record) {
         return nullptr;
     }
