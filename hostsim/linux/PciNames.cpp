@@ -1,11 +1,12 @@
 #include "hostsim/linux/PciNames.h"
 
+#include <dlfcn.h>
+
 extern "C" {
 #include <pci/pci.h>
 }
 
 #include <fstream>
-#include <memory>
 
 namespace HostSim::Linux {
 
@@ -23,19 +24,51 @@ int ReadIdentifier(const std::string& path) {
     return static_cast<int>(value);
 }
 
-struct PciAccessDeleter {
-    void operator()(pci_access* access) const { pci_cleanup(access); }
-};
+// libpci and the database behind it, loaded when the first name is looked up: a namespace of
+// virtual links never needs them, and the library brings two more with it.
+class PciDatabase {
+public:
+    PciDatabase() {
+        library_ = dlopen("libpci.so.3", RTLD_NOW | RTLD_LOCAL);
+        if (library_ == nullptr) {
+            return;
+        }
+        auto alloc = reinterpret_cast<pci_access* (*)()>(dlsym(library_, "pci_alloc"));
+        auto init = reinterpret_cast<void (*)(pci_access*)>(dlsym(library_, "pci_init"));
+        lookup_ = reinterpret_cast<LookupName>(dlsym(library_, "pci_lookup_name"));
+        cleanup_ = reinterpret_cast<void (*)(pci_access*)>(dlsym(library_, "pci_cleanup"));
+        if (alloc == nullptr || init == nullptr || lookup_ == nullptr || cleanup_ == nullptr) {
+            return;
+        }
+        access_ = alloc();
+        init(access_);
+    }
+    ~PciDatabase() {
+        if (access_ != nullptr) {
+            cleanup_(access_);
+        }
+    }
+    PciDatabase(const PciDatabase&) = delete;
+    PciDatabase& operator=(const PciDatabase&) = delete;
 
-// The database is read once, when the first name is looked up.
-pci_access* Database() {
-    static const std::unique_ptr<pci_access, PciAccessDeleter> access = [] {
-        pci_access* made = pci_alloc();
-        pci_init(made);
-        return std::unique_ptr<pci_access, PciAccessDeleter>(made);
-    }();
-    return access.get();
-}
+    // The name the database gives, or "Unknown".
+    template <class... Identifiers>
+    std::string Name(int flags, Identifiers... identifiers) {
+        char name[256];
+        const char* found =
+            access_ != nullptr
+                ? lookup_(access_, name, sizeof name, flags | PCI_LOOKUP_NO_NUMBERS, identifiers...)
+                : nullptr;
+        return found != nullptr ? found : kUnknown;
+    }
+
+private:
+    using LookupName = char* (*)(pci_access*, char*, int, int, ...);
+    void* library_ = nullptr;
+    pci_access* access_ = nullptr;
+    LookupName lookup_ = nullptr;
+    void (*cleanup_)(pci_access*) = nullptr;
+};
 
 }  // namespace
 
@@ -46,15 +79,9 @@ PciDeviceNames PciNames(const std::string& address) {
     if (vendor < 0 || device < 0) {
         return {kUnknown, kUnknown};
     }
-    char vendorName[256];
-    char deviceName[256];
-    const char* foundVendor = pci_lookup_name(Database(), vendorName, sizeof vendorName,
-                                              PCI_LOOKUP_VENDOR | PCI_LOOKUP_NO_NUMBERS, vendor);
-    const char* foundDevice =
-        pci_lookup_name(Database(), deviceName, sizeof deviceName,
-                        PCI_LOOKUP_DEVICE | PCI_LOOKUP_NO_NUMBERS, vendor, device);
-    return {foundVendor != nullptr ? foundVendor : kUnknown,
-            foundDevice != nullptr ? foundDevice : kUnknown};
+    static PciDatabase database;
+    return {database.Name(PCI_LOOKUP_VENDOR, vendor),
+            database.Name(PCI_LOOKUP_DEVICE, vendor, device)};
 }
 
 }  // namespace HostSim::Linux
