@@ -44,7 +44,7 @@ void Ethtool::Exchange(Message& request, const std::function<void(const nlmsghdr
     socket_.Exchange(request, onReply);
 }
 
-std::vector<const nlattr*> Ethtool::Attributes(const nlmsghdr& reply, unsigned maximum) {
+Attributes Ethtool::Attributes(const nlmsghdr& reply, unsigned maximum) {
     return ParseAttributes(reply, sizeof(genlmsghdr), maximum);
 }
 

@@ -25,7 +25,7 @@ public:
     void Exchange(Message& request, const std::function<void(const nlmsghdr&)>& onReply = {});
 
     // The attributes of a reply, by type up to `maximum`.
-    static std::vector<const nlattr*> Attributes(const nlmsghdr& reply, unsigned maximum);
+    static Linux::Attributes Attributes(const nlmsghdr& reply, unsigned maximum);
     // The link a reply speaks of, from its header attribute.
     static std::string LinkName(const nlattr* header);
 

@@ -140,30 +140,28 @@ void NetlinkSocket::Exchange(Message& request,
     }
 }
 
-std::vector<const nlattr*> ParseAttributes(const nlmsghdr& message, std::size_t extra,
-                                           unsigned maximum) {
-    std::vector<const nlattr*> attributes(maximum + 1);
+void Attributes::Put(const nlattr* attribute) {
+    const unsigned type = mnl_attr_get_type(attribute);
+    if (type <= maximum_) {
+        table_[type] = attribute;
+    }
+}
+
+Attributes ParseAttributes(const nlmsghdr& message, std::size_t extra, unsigned maximum) {
+    Attributes attributes(maximum);
     ForEachAttribute(mnl_nlmsg_get_payload_offset(&message, extra),
-                     mnl_nlmsg_get_payload_tail(&message), [&](const nlattr* attribute) {
-                         if (mnl_attr_get_type(attribute) <= maximum) {
-                             attributes[mnl_attr_get_type(attribute)] = attribute;
-                         }
-                     });
+                     mnl_nlmsg_get_payload_tail(&message),
+                     [&attributes](const nlattr* attribute) { attributes.Put(attribute); });
     return attributes;
 }
 
-std::vector<const nlattr*> ParseNested(const nlattr* nest, unsigned maximum) {
-    std::vector<const nlattr*> attributes(maximum + 1);
-    if (nest == nullptr) {
-        return attributes;
+Attributes ParseNested(const nlattr* nest, unsigned maximum) {
+    Attributes attributes(maximum);
+    if (nest != nullptr) {
+        ForEachAttribute(mnl_attr_get_payload(nest),
+                         static_cast<const char*>(static_cast<const void*>(nest)) + nest->nla_len,
+                         [&attributes](const nlattr* attribute) { attributes.Put(attribute); });
     }
-    ForEachAttribute(mnl_attr_get_payload(nest),
-                     static_cast<const char*>(static_cast<const void*>(nest)) + nest->nla_len,
-                     [&](const nlattr* attribute) {
-                         if (mnl_attr_get_type(attribute) <= maximum) {
-                             attributes[mnl_attr_get_type(attribute)] = attribute;
-                         }
-                     });
     return attributes;
 }
 

@@ -4,6 +4,7 @@
 #include <libmnl/libmnl.h>
 #include <linux/netlink.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -67,10 +68,26 @@ private:
     std::vector<char> buffer_;
 };
 
-// The attributes of a message after its fixed header of `extra` bytes (or of a nested
-// attribute), indexed by type up to `maximum`; absent ones are null.
-std::vector<const nlattr*> ParseAttributes(const nlmsghdr& message, std::size_t extra,
-                                           unsigned maximum);
-std::vector<const nlattr*> ParseNested(const nlattr* nest, unsigned maximum);
+// The attributes of a message or of a nested attribute, by type; an absent one, or one of a
+// type above what was asked for, is null. The table lives inline: a dump parses thousands.
+class Attributes {
+public:
+    static constexpr unsigned kCapacity = 128;
+    explicit Attributes(unsigned maximum)
+        : maximum_(maximum < kCapacity ? maximum : kCapacity - 1) {}
+    const nlattr* operator[](unsigned type) const {
+        return type <= maximum_ ? table_[type] : nullptr;
+    }
+    void Put(const nlattr* attribute);
+
+private:
+    unsigned maximum_;
+    std::array<const nlattr*, kCapacity> table_{};
+};
+
+// The attributes of a message after its fixed header of `extra` bytes, up to type `maximum`.
+Attributes ParseAttributes(const nlmsghdr& message, std::size_t extra, unsigned maximum);
+// The attributes inside a nested attribute (null: none).
+Attributes ParseNested(const nlattr* nest, unsigned maximum);
 
 }  // namespace HostSim::Linux

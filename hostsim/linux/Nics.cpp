@@ -47,13 +47,13 @@ std::string MacText(const nlattr* attribute) {
     if (attribute == nullptr) {
         return {};
     }
+    constexpr char kDigits[] = "0123456789abcdef";
     const auto* bytes = static_cast<const unsigned char*>(mnl_attr_get_payload(attribute));
     const std::size_t length = mnl_attr_get_payload_len(attribute);
-    std::string text;
+    std::string text(length == 0 ? 0 : length * 3 - 1, ':');
     for (std::size_t i = 0; i < length; ++i) {
-        char part[4];
-        std::snprintf(part, sizeof part, i == 0 ? "%02x" : ":%02x", bytes[i]);
-        text += part;
+        text[i * 3] = kDigits[bytes[i] >> 4];
+        text[i * 3 + 1] = kDigits[bytes[i] & 0xf];
     }
     return text;
 }
