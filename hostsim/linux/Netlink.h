@@ -89,5 +89,7 @@ private:
 Attributes ParseAttributes(const nlmsghdr& message, std::size_t extra, unsigned maximum);
 // The attributes inside a nested attribute (null: none).
 Attributes ParseNested(const nlattr* nest, unsigned maximum);
+// The attributes nested in `nest`, in their order: for a list of attributes of one type.
+std::vector<const nlattr*> NestedList(const nlattr* nest);
 
 }  // namespace HostSim::Linux
