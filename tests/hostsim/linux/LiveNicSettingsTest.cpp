@@ -2,18 +2,16 @@
 // in a network namespace of the test process's own, and checked against ethtool and ip run in
 // the same namespace.
 #include <linux/capability.h>
-#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "support/CommandTest.h"
+#include "support/LiveHostTest.h"
 
 namespace {
 
@@ -23,19 +21,6 @@ using Testing::Int;
 using Testing::ProcessResult;
 using Testing::Rows;
 using Testing::Str;
-
-// This process's own network namespace, entered on the first call and kept for the process,
-// so that the live host's sockets and the witnesses see the same links in every test. Empty
-// when entered, else why the kernel refused.
-const std::string& NamespaceRefusal() {
-    static const std::string refusal = [] {
-        if (unshare(CLONE_NEWNET) != 0) {
-            return std::string("the kernel refuses a network namespace: ") + std::strerror(errno);
-        }
-        return std::string();
-    }();
-    return refusal;
-}
 
 std::string ToolPath(const std::string& tool) {
     for (const char* directory : {"/usr/sbin/", "/sbin/", "/usr/bin/", "/bin/"}) {
@@ -67,42 +52,37 @@ private:
     __user_cap_data_struct saved_[2]{};
 };
 
-class LinuxNicSettingsTest : public Testing::CommandTest {
+class LinuxNicSettingsTest : public Testing::LiveHostTest {
 protected:
     static constexpr char kNic[] = "v0";
     static constexpr unsigned kQueues = 4;
 
     void SetUp() override {
-        CommandTest::SetUp();
-        if (!NamespaceRefusal().empty()) {
-            const char* required = std::getenv("AUTOCLI_REQUIRE_LIVE_TESTS");
-            if (required != nullptr && std::string(required) == "1") {
-                FAIL() << NamespaceRefusal();
-            }
-            GTEST_SKIP() << NamespaceRefusal();
+        LiveHostTest::SetUp();
+        if (IsSkipped() || HasFatalFailure()) {
+            return;
         }
-        HostSim::ChooseHost("linux");
         // The namespace is this process's own: the pair of an earlier test goes with v0.
-        Witness("ip", {"link", "del", kNic});
+        RunTool("ip", {"link", "del", kNic});
         const std::string queues = std::to_string(kQueues);
-        const auto made = Witness(
+        const auto made = RunTool(
             "ip", {"link", "add", kNic, "numrxqueues", queues, "numtxqueues", queues, "type",
                    "veth", "peer", "name", "v1", "numrxqueues", queues, "numtxqueues", queues});
         ASSERT_EQ(made.status, 0) << made.err;
     }
 
     void TearDown() override {
-        HostSim::ChooseHost("sim");
-        CommandTest::TearDown();
+        RunTool("ip", {"link", "del", kNic});
+        LiveHostTest::TearDown();
     }
 
-    ProcessResult Witness(const std::string& tool, const std::vector<std::string>& arguments) {
+    ProcessResult RunTool(const std::string& tool, const std::vector<std::string>& arguments) {
         return Testing::RunProgram(ToolPath(tool), arguments, StateDirectory());
     }
 
     // ethtool's view of the link's features: each feature by name, whether it is active.
     std::map<std::string, bool> ActiveFeatures() {
-        const auto shown = Witness("ethtool", {"--json", "-k", kNic});
+        const auto shown = RunTool("ethtool", {"--json", "-k", kNic});
         EXPECT_EQ(shown.status, 0) << shown.err;
         const json features = json::parse(shown.out).at(0);
         std::map<std::string, bool> active;
@@ -117,7 +97,7 @@ protected:
     // ethtool's lines "Key: value" (or "Key:\t\tvalue") under `section`, or of the whole text.
     std::map<std::string, std::string> WitnessFields(const std::vector<std::string>& arguments,
                                                      const std::string& section = {}) {
-        const auto shown = Witness("ethtool", arguments);
+        const auto shown = RunTool("ethtool", arguments);
         EXPECT_EQ(shown.status, 0) << shown.err;
         std::map<std::string, std::string> fields;
         std::istringstream lines(shown.out);
@@ -170,7 +150,7 @@ TEST_F(LinuxNicSettingsTest, OffloadFlagsReadAsEthtoolShowsThem) {
         if (!state.empty()) {
             std::vector<std::string> arguments{"-K", kNic};
             arguments.insert(arguments.end(), state.begin(), state.end());
-            ASSERT_EQ(Witness("ethtool", arguments).status, 0);
+            ASSERT_EQ(RunTool("ethtool", arguments).status, 0);
         }
         const auto active = ActiveFeatures();
         for (const auto& reading : kOffloadReadings) {
@@ -260,7 +240,7 @@ TEST_F(LinuxNicSettingsTest, NicGetShowsWhatEthtoolShows) {
     EXPECT_EQ(Int(info, "Current Message Level"),
               level == settings.end() ? -1 : std::stol(level->second, nullptr, 0));
     // ethtool tells pause support by whether the kernel answers for it.
-    EXPECT_EQ(Bool(info, "Supports Pause"), Witness("ethtool", {"-a", kNic}).status == 0);
+    EXPECT_EQ(Bool(info, "Supports Pause"), RunTool("ethtool", {"-a", kNic}).status == 0);
 }
 
 // What the driver of a veth lacks: the command fails with the kernel's words, as ethtool does
@@ -302,7 +282,7 @@ TEST_F(LinuxNicSettingsTest, WhatTheDriverLacksFailsInTheKernelsWords) {
         words.insert(words.end(), lack.command.begin(), lack.command.end());
         EXPECT_EQ(RunError(words), lack.error);
         if (!lack.witness.empty()) {
-            const auto refused = Witness("ethtool", lack.witness);
+            const auto refused = RunTool("ethtool", lack.witness);
             EXPECT_NE(refused.status, 0);
             EXPECT_NE(refused.err.find(unsupported), std::string::npos) << refused.err;
         }
@@ -316,7 +296,7 @@ TEST_F(LinuxNicSettingsTest, ReadsOfWhatTheDriverLacksShowNoSupport) {
     const auto pause = Rows(RunList({"nic", "pauseParams", "list", "-n", kNic}));
     ASSERT_EQ(pause.size(), 1u);
     EXPECT_FALSE(Bool(pause.front(), "Pause Params Supported"));
-    EXPECT_NE(Witness("ethtool", {"-a", kNic}).status, 0);
+    EXPECT_NE(RunTool("ethtool", {"-a", kNic}).status, 0);
 }
 
 TEST_F(LinuxNicSettingsTest, ChangesWithoutPrivilegeFailInTheKernelsWordsAndChangeNothing) {
