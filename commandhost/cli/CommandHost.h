@@ -86,6 +86,11 @@ public:
     // Returns the exit status.
     int Main(const std::vector<std::string>& arguments, OutputChannel& out, OutputChannel& err);
 
+    // The completion entry (see Completion.h): `words` are a command's path and one of its
+    // parameters; writes the names of the host's objects that the parameter may name, one to a
+    // line, and nothing for a parameter that names none. Returns the exit status.
+    int Complete(std::span<const std::string> words, OutputChannel& out, OutputChannel& err);
+
     // Runs each command line of `lines` through Main, one line a command, skipping blank lines
     // and lines that start with '#'. Stops at the first line that fails, naming it, unless
     // `options.force`; returns the exit status of the first failure, else ExitOk.
