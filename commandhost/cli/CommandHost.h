@@ -61,8 +61,7 @@ struct GlobalOptions {
 GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments);
 
 // The plug-in directory: `option` when given, else AUTOCLI_PLUGIN_DIR, else plugins/ beside the
-// folder of libcpptools.so as the build leaves it, else lib/autocli/plugins under the prefix
-// whose lib/ holds it, as an install does.
+// folder of libcpptools.so, where the build and an installation put them.
 std::string PluginDirectory(const std::string& option);
 
 class CommandHost {
