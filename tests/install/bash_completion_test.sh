@@ -11,6 +11,10 @@ nics=$(listed_names nic list | paste -sd' ')
 switches=$(listed_names vswitch standard list | paste -sd' ')
 netstacks=$(listed_names ip netstack list | paste -sd' ')
 formatters='table simple json xml csv keyvalue'
+global_options='--formatter --host --plugin-dir --batch --force --help --version'
+nic_children='list up get set down stats vlan coalesce cso tso sg pauseParams register eeprom
+    negotiate selftest queue software ring hwCap dcb attachment'
+speeds='10 100 1000 2500 5000 10000 20000 25000 37500 40000 50000 56000 75000 100000 200000 400000'
 management='Management\ Network'
 migration='Migration\ Network'
 
@@ -24,46 +28,47 @@ while IFS='|' read -r expected words; do
         "$(bash_complete "$@" | sorted)"
 done <<'END'
 # the program's options, the namespaces and commands of the tree
-network                                              | autocli ''
---formatter --host --plugin-dir --batch --force --help --version | autocli --
-vswitch                                              | autocli network vs
-list up get set down stats vlan coalesce cso tso sg pauseParams register eeprom negotiate selftest queue software ring hwCap dcb attachment | autocli network nic ''
---help --formatter                                   | autocli network nic -
+network | autocli ''
+$global_options | autocli --
+vswitch | autocli network vs
+$nic_children | autocli network nic ''
+--help --formatter | autocli network nic -
 # a command's parameters: long names, and short ones after a single dash
---help --formatter --nic-name                        | autocli network nic down ''
---help --formatter --nic-name -n                     | autocli network nic down -
---nic-name                                           | autocli network nic down --n
---help --formatter --nic-name                        | autocli network nic down -n hwnic0 ''
+--help --formatter --nic-name | autocli network nic down ''
+--help --formatter --nic-name -n | autocli network nic down -
+--nic-name | autocli network nic down --n
+--help --formatter --nic-name | autocli network nic down -n hwnic0 ''
 # values of enumerations and booleans, in both forms
-$formatters                                          | autocli --formatter = ''
-json                                                 | autocli --formatter j
-$formatters                                          | autocli network nic list --formatter ''
-sim linux                                            | autocli --host = ''
-linux                                                | autocli --host l
-full half                                            | autocli network nic set -n hwnic0 --duplex ''
-true false                                           | autocli network ip interface ipv4 set -i kelm0 --peer-dns ''
-10 100 1000 2500 5000 10000 20000 25000 37500 40000 50000 56000 75000 100000 200000 400000 | autocli network nic set -n hwnic0 -S ''
+$formatters | autocli --formatter = ''
+json | autocli --formatter j
+$formatters | autocli network nic list --formatter ''
+sim linux | autocli --host = ''
+linux | autocli --host l
+full half | autocli network nic set -n hwnic0 --duplex ''
+true false | autocli network ip interface ipv4 set -i kelm0 --peer-dns ''
+$speeds | autocli network nic set -n hwnic0 -S ''
 # the host's objects, by long and short name, in both forms
-$nics                                                | autocli network nic down -n ''
-$nics                                                | autocli network nic down --nic-name = ''
-hwnic1 hwnic10                                       | autocli network nic down --nic-name = hwnic1
-$switches                                            | autocli network vswitch standard portgroup add -v ''
-$netstacks                                           | autocli network ip netstack get --netstack ''
+$nics | autocli network nic down -n ''
+$nics | autocli network nic down --nic-name = ''
+hwnic1 hwnic10 | autocli network nic down --nic-name = hwnic1
+$switches | autocli network vswitch standard portgroup add -v ''
+$netstacks | autocli network ip netstack get --netstack ''
 # names with blanks: escaped, or left to the quote the user opened
-$management                                          | autocli network vswitch standard portgroup set -p Man
-$migration                                           | autocli network vswitch standard portgroup set -p Migration\\\ N
-Migration Network                                    | autocli network vswitch standard portgroup set -p "'Mig"
+$management | autocli network vswitch standard portgroup set -p Man
+$migration | autocli network vswitch standard portgroup set -p Migration\\\ N
+Migration Network | autocli network vswitch standard portgroup set -p "'Mig"
 # nothing: a new object's name, free text, a word that names nothing
-                                                     | autocli network vswitch standard portgroup add -p ''
-                                                     | autocli network ip interface tag add -i kelm0 -t ''
-                                                     | autocli network nix ''
-                                                     | autocli network nic down hwnic0 ''
+ | autocli network vswitch standard portgroup add -p ''
+ | autocli network ip interface tag add -i kelm0 -t ''
+ | autocli network nix ''
+ | autocli network nic down hwnic0 ''
 END
 
 # A batch file and a plug-in directory complete from the file system.
 mkdir -p "$work/files/plugins"
 touch "$work/files/changes"
-expect_equal "--batch FILE" "$work/files/changes" "$(bash_complete autocli --batch "$work/files/ch")"
+expect_equal "--batch FILE" "$work/files/changes" \
+    "$(bash_complete autocli --batch "$work/files/ch")"
 expect_equal "--plugin-dir DIR" "$work/files/plugins" \
     "$(bash_complete autocli --plugin-dir = "$work/files/")"
 
@@ -83,7 +88,8 @@ expect_equal "--host=linux" "host:linux __complete+network+nic+up+--nic-name" \
     "$(bash_complete "$stand_in" --host = linux network nic up --nic-name '')"
 expect_equal "--host linux and --plugin-dir" \
     "host:linux --plugin-dir=/opt/plugins+__complete+network+ip+netstack+get+--netstack" \
-    "$(bash_complete "$stand_in" --host linux --plugin-dir /opt/plugins network ip netstack get -N '')"
+    "$(bash_complete "$stand_in" --host linux --plugin-dir /opt/plugins network ip netstack get \
+        -N '')"
 expect_equal "AUTOCLI_HOST" "host:linux __complete+network+nic+down+--nic-name" \
     "$(AUTOCLI_HOST=linux bash_complete "$stand_in" network nic down -n '')"
 expect_equal "--host over AUTOCLI_HOST" "host:sim __complete+network+nic+down+--nic-name" \

@@ -60,7 +60,8 @@ mapfile -t nics < <(listed_names nic list)
 expect_screen "a namespace" 'autocli network vs' 1 '> autocli network vswitch '
 expect_screen "commands with descriptions" 'autocli network nic ' 1 \
     'down' '-- Bring down the specified network device' 'attachment'
-expect_screen "a parameter" 'autocli network nic down --ni' 1 '> autocli network nic down --nic-name '
+expect_screen "a parameter" 'autocli network nic down --ni' 1 \
+    '> autocli network nic down --nic-name '
 expect_screen "the NICs" 'autocli network nic down -n ' 2 "${nics[@]}"
 expect_screen "the formatters" 'autocli --formatter=' 1 \
     table simple json xml csv keyvalue '-- JSON, for scripts'
