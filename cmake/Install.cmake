@@ -50,7 +50,8 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "autocli developers <autocli@example.org>")
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
-# Runtime dependencies from the binaries, by dpkg-shlibdeps; the private libraries are the
-# package's own.
+# Runtime dependencies from the binaries, by dpkg-shlibdeps. It warns that it cannot find the
+# private libraries by their $ORIGIN names, and rightly leaves them out: they are the package's
+# own.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 include(CPack)
