@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Builds twice and runs every test in both builds: normally, and with clang, AddressSanitizer and
 # UndefinedBehaviorSanitizer; then fuzzes the command line in the sanitizer build for FUZZ_SECONDS
-# (default 60).
+# (default 60). The normal build's tests include installing it, and its Debian package, into a
+# throwaway root, and the completion scripts in bash and zsh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+bash scripts/setup.sh test
 jobs=$(nproc)
 # The live host's tests run in network namespaces of their own; where the kernel grants one, a
 # skipped live test is a failure, not a silent pass.

@@ -62,8 +62,7 @@ struct GlobalOptions {
 GlobalOptions ReadGlobalOptions(const std::vector<std::string>& arguments);
 
 // The plug-in directory: `option` when given, else AUTOCLI_PLUGIN_DIR, else plugins/ beside the
-// folder of libcpptools.so as the build leaves it, else lib/autocli/plugins under the prefix
-// whose lib/ holds it, as an install does.
+// folder of libcpptools.so, where the build and an installation put them.
 std::string PluginDirectory(const std::string& option);
 
 class CommandHost {
@@ -86,6 +85,11 @@ public:
     // for namespaces and commands, running, formatting, and writing to `out` and `err`.
     // Returns the exit status.
     int Main(const std::vector<std::string>& arguments, OutputChannel& out, OutputChannel& err);
+
+    // The completion entry (see Completion.h): `words` are a command's path and one of its
+    // parameters; writes the names of the host's objects that the parameter may name, one to a
+    // line, and nothing for a parameter that names none. Returns the exit status.
+    int Complete(std::span<const std::string> words, OutputChannel& out, OutputChannel& err);
 
     // Runs each command line of `lines` through Main, one line a command, skipping blank lines
     // and lines that start with '#'. Stops at the first line that fails, naming it, unless

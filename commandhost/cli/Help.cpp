@@ -157,36 +157,6 @@ std::string FieldNames(const CppTools::MetaObj::MetaStruct& structure) {
     return text;
 }
 
-std::string OutputSummary(CommandSpec& command) {
-    auto spec = command.GetOutputSpec();
-    const MetaValue* root = spec ? spec->GetRootObject().get() : nullptr;
-    if (root == nullptr) {
-        return "none declared.";
-    }
-    switch (root->GetType()) {
-        case CppTools::MetaObj::MetaTypeBool:
-            return "nothing when the command succeeds; the exit status tells.";
-        case CppTools::MetaObj::MetaTypeInt:
-            return "an integer.";
-        case CppTools::MetaObj::MetaTypeString:
-            return "a string.";
-        case CppTools::MetaObj::MetaTypeStruct: {
-            const auto& structure = static_cast<const MetaStruct&>(*root);
-            return "a \"" + structure.GetName() + "\" with the fields " + FieldNames(structure) +
-                   ".";
-        }
-        case CppTools::MetaObj::MetaTypeList: {
-            const MetaStruct* shape = ShapeOf(static_cast<const MetaList&>(*root));
-            if (shape == nullptr) {
-                return "a list of strings.";
-            }
-            return "a list of \"" + shape->GetName() + "\", each with the fields " +
-                   FieldNames(*shape) + ".";
-        }
-    }
-    return {};
-}
-
 void Replace(std::string& text, std::string_view placeholder, const std::string& replacement) {
     for (size_t at = text.find(placeholder); at != std::string::npos;
          at = text.find(placeholder, at + replacement.size())) {
@@ -239,6 +209,36 @@ void ExpandFullEnum(std::string& text, const std::string& lines) {
 }
 
 }  // namespace
+
+std::string OutputSummary(CommandSpec& command) {
+    auto spec = command.GetOutputSpec();
+    const MetaValue* root = spec ? spec->GetRootObject().get() : nullptr;
+    if (root == nullptr) {
+        return "none declared.";
+    }
+    switch (root->GetType()) {
+        case CppTools::MetaObj::MetaTypeBool:
+            return "nothing when the command succeeds; the exit status tells.";
+        case CppTools::MetaObj::MetaTypeInt:
+            return "an integer.";
+        case CppTools::MetaObj::MetaTypeString:
+            return "a string.";
+        case CppTools::MetaObj::MetaTypeStruct: {
+            const auto& structure = static_cast<const MetaStruct&>(*root);
+            return "a \"" + structure.GetName() + "\" with the fields " + FieldNames(structure) +
+                   ".";
+        }
+        case CppTools::MetaObj::MetaTypeList: {
+            const MetaStruct* shape = ShapeOf(static_cast<const MetaList&>(*root));
+            if (shape == nullptr) {
+                return "a list of strings.";
+            }
+            return "a list of \"" + shape->GetName() + "\", each with the fields " +
+                   FieldNames(*shape) + ".";
+        }
+    }
+    return {};
+}
 
 std::string ExpandDescription(const ParameterSpec& parameter) {
     std::string text = parameter.GetDescription();

@@ -14,6 +14,9 @@ std::string NamespaceHelp(const CppTools::AutoCli::NamespaceNode& node, size_t w
 // Help for a command: description, usage line, parameters and output, fitted to `width`.
 std::string CommandHelp(CppTools::AutoCli::CommandSpec& command, size_t width);
 
+// What a command outputs, in a sentence: "a list of \"Nic\", each with the fields Name, ...".
+std::string OutputSummary(CppTools::AutoCli::CommandSpec& command);
+
 // A parameter description with "%ENUM%" replaced by the allowed values and "%FULLENUM%" by one
 // line "  value: description" per value.
 std::string ExpandDescription(const CppTools::CallSpec::ParameterSpec& parameter);

@@ -1,8 +1,6 @@
 // Finding the plug-in directory and loading every plug-in in it.
 #include <dirent.h>
 #include <dlfcn.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -20,14 +18,9 @@ namespace {
 
 constexpr const char* kEntryName = "AutoCli_RegisterNamespaces";
 
-bool IsDirectory(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 // The folder above the one that holds the command host's library: the build's root, or an
-// install's prefix. The loader found the library from the executable's own path, so asking it
-// costs no system call, where reading /proc/self/exe would.
+// installation's PREFIX/lib/autocli, which keeps the same layout. The loader found the library from
+// the executable's own path, so asking it costs no system call, where reading /proc/self/exe would.
 std::string InstallRoot() {
     Dl_info library{};
     if (dladdr(reinterpret_cast<const void*>(&CppTools::CallSpec::ParseIntText), &library) == 0 ||
@@ -53,13 +46,7 @@ std::string PluginDirectory(const std::string& option) {
         environment != nullptr && *environment != '\0') {
         return environment;
     }
-    const std::string root = InstallRoot();
-    std::string built = root + "/plugins";
-    if (IsDirectory(built)) {
-        return built;
-    }
-    std::string installed = root + "/lib/autocli/plugins";
-    return IsDirectory(installed) ? installed : built;
+    return InstallRoot() + "/plugins";
 }
 
 void CommandHost::LoadPlugins(const std::string& directory) {

@@ -6,6 +6,7 @@
 #include "commandhost/cli/Batch.h"
 #include "commandhost/cli/CommandHost.h"
 #include "commandhost/cli/CommandLine.h"
+#include "commandhost/cli/Completion.h"
 #include "commandhost/cli/Formatters.h"
 #include "commandhost/cli/Help.h"
 #include "commandhost/cli/Suggestions.h"
@@ -160,6 +161,9 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     }
     if (options.version) {
         return Finish(out, err, "autocli " AUTOCLI_VERSION "\n", {}, ExitOk);
+    }
+    if (options.next < arguments.size() && arguments[options.next] == kCompleteWord) {
+        return Complete(std::span(arguments).subspan(options.next + 1), out, err);
     }
     // --help and --formatter may also follow the path: "network nic list --formatter=json".
     bool help = options.help;
