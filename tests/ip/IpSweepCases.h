@@ -2,6 +2,7 @@
 // operations its sweep must fail, and what else the sweep allows.
 #pragma once
 
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace IpSweeps {
@@ -16,8 +17,8 @@ inline const std::vector<SweepCase> kInterfaceLifecycle{
      {.escapingOperations = {"NetworkInfoImpl::NetworkInfoImpl",
                              "NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
                              "ConnectionPoint::IsValid"}}},
-    {{"ip", "interface", "add", "-p", "VM Network", "-m", "9000", "-M", "00:50:56:6f:00:09", "-R",
-      "2"},
+    {{"ip", "interface", "add", "-p", "VM Network", "-m", "9000", "-M",
+      HostSim::LocalMac(HostSim::MacKind::KelmInterface, 0x109), "-R", "2"},
      {"KelmNicInfoImpl::AddKelmNic"},
      {.escapingOperations = {"NetworkInfoImpl::NetworkInfoImpl",
                              "NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
