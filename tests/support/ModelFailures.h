@@ -43,6 +43,7 @@ inline const std::vector<ModelFailure> kModelFailures{
     Escapes("network ens lcore affinity get"),
     Escapes("network ens lcore affinity set"),
     Escapes("network ip get"),
+    // Only with --netstack, whose look-up needs the model; without it the command makes none.
     Escapes("network ip interface add"),
     Escapes("network ip neighbor list"),
     Escapes("network ip neighbor remove"),
