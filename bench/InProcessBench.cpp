@@ -2,7 +2,7 @@
 // hosts grown to a real host's sizes, through the same parse, check and execute path as autocli.
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <stdexcept>
@@ -11,6 +11,7 @@
 #include "hostsim/core/Json.h"
 #include "hostsim/core/Profile.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -138,12 +139,10 @@ std::string LoadAddress(long index) {
            std::to_string((address >> 8) & 0xff) + "." + std::to_string(address & 0xff);
 }
 
-// A MAC address of its own for the `index`-th added row, below the prefix 00:50:56:`kind`.
-std::string LoadMac(int kind, long index) {
-    char text[18];
-    std::snprintf(text, sizeof text, "00:50:56:%02x:%02lx:%02lx", kind, (index >> 8) & 0xff,
-                  index & 0xff);
-    return text;
+// The host's own address of `kind` for the `index`-th added row, numbered above the addresses
+// the default host and `ip interface add` give out.
+std::string LoadMac(HostSim::MacKind kind, long index) {
+    return HostSim::LocalMac(kind, 0x10000u + static_cast<std::uint32_t>(index));
 }
 
 // `list` grown to `size` entries with copies of `entry(index)`.
@@ -196,7 +195,7 @@ void InterfaceList(benchmark::State& state) {
             HostSim::Json nic = model;
             nic["connection"] = {{"portGroup", "Kelm Network " + std::to_string(index)}};
             nic["name"] = "kelm" + std::to_string(100 + index);
-            nic["mac"] = LoadMac(0x6c, index);
+            nic["mac"] = LoadMac(HostSim::MacKind::KelmInterface, index);
             nic["portId"] = 0x07000000 + index;
             nic["ipConfig"]["ipv4"]["address"] = LoadAddress(index);
             return nic;
@@ -239,7 +238,7 @@ void NeighborList(benchmark::State& state) {
         GrowTo(neighbors, size + static_cast<long>(neighbors.size()),
                [](long index) -> HostSim::Json {
                    return {{"address", LoadAddress(index)},
-                           {"mac", LoadMac(0xc1, index)},
+                           {"mac", LoadMac(HostSim::MacKind::Neighbor, index)},
                            {"interface", "kelm0"},
                            {"expiry", 1200 - index % 1200},
                            {"type", "dynamic"}};

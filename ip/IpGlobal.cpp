@@ -39,9 +39,11 @@ constexpr Declare::CommandShape kIpSetShape = {
 };
 const Declare::PackedShape IpSet::kShape = Declare::Pack<kIpSetShape>();
 
+// Both commands make the network model ahead of their guarded block, so a failure to make it
+// reaches the command host.
 void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+    KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
-        KelmCtl::Network::NetworkInfoImpl networkInfo;
         auto result = GetOutputStructure();
         result->SetField(kIpv6Enabled, MetaBool::New(networkInfo.IsKelmIpv6Enabled()));
         output->SetRootObject(result);
@@ -52,8 +54,8 @@ void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr
 
 void IpSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                             const std::shared_ptr<Output>& output) {
+    KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
-        KelmCtl::Network::NetworkInfoImpl networkInfo;
         if (input->HasParameter(kIpv6EnabledParameter)) {
             networkInfo.SetKelmIpv6Enabled(input->GetParameterBool(kIpv6EnabledParameter));
         }

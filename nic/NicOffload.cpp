@@ -211,9 +211,10 @@ void OffloadGet(const Offload& offload, Declare::PackedStruct shape, const Input
     output.SetRootObject(list);
 }
 
-void OffloadSet(const Offload& offload, const Input& input, Output& output) {
+// `set` of one offload on the NIC `hwnic` names, through the model the command made.
+void OffloadSet(const Offload& offload, KelmCtl::Network::NetworkInfoImpl& networkInfo,
+                const Input& input, Output& output) {
     const std::string& nicName = input.GetParameter(kHwnic);
-    KelmCtl::Network::NetworkInfoImpl networkInfo;
     auto pnic = networkInfo.GetPnicByName(nicName, false);
     if (!pnic) {
         output.AddErrorMessage(NotFound(nicName));
@@ -325,16 +326,20 @@ void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicCsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                 const std::shared_ptr<Output>& output) {
     try {
-        OffloadSet(kCso, *input, *output);
+        KelmCtl::Network::NetworkInfoImpl networkInfo;
+        OffloadSet(kCso, networkInfo, *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }
 }
 
+// Unlike `cso set` and `sg set`, the network model is made ahead of the guarded block, so a
+// failure to make it reaches the command host.
 void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                 const std::shared_ptr<Output>& output) {
+    KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
-        OffloadSet(kTso, *input, *output);
+        OffloadSet(kTso, networkInfo, *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }
@@ -343,7 +348,8 @@ void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
 void NicSgSet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                const std::shared_ptr<Output>& output) {
     try {
-        OffloadSet(kSg, *input, *output);
+        KelmCtl::Network::NetworkInfoImpl networkInfo;
+        OffloadSet(kSg, networkInfo, *input, *output);
     } catch (const HostCtlException& e) {
         output->AddErrorMessage(e.what());
     }

@@ -62,15 +62,31 @@ std::uint64_t LcoreId(const Input& input) {
     return static_cast<std::uint64_t>(input.GetParameterInt(std::string(kLcoreIdParameter)));
 }
 
-// Runs `call` on the host's network root; a HostCtlException becomes the one error message.
+// Runs `call`; a HostCtlException becomes the one error message.
 template <class Call>
-void WithNetworkInfo(Output& output, Call call) {
+void Guarded(Output& output, Call call) {
     try {
-        std::unique_ptr<NetworkInfo> info = NetworkFactory::GetNetworkInfo();
-        call(*info);
+        call();
     } catch (const HostCtl::Lib::HostCtlException& e) {
         output.AddErrorMessage(e.what());
     }
+}
+
+// Runs `call` on the host's network root, made inside the guard.
+template <class Call>
+void WithNetworkInfo(Output& output, Call call) {
+    Guarded(output, [&] {
+        std::unique_ptr<NetworkInfo> info = NetworkFactory::GetNetworkInfo();
+        call(*info);
+    });
+}
+
+// Runs `call` on the host's network root, made ahead of the guard: a failure to make it
+// reaches the command host.
+template <class Call>
+void WithNetworkInfoMadeAhead(Output& output, Call call) {
+    std::unique_ptr<NetworkInfo> info = NetworkFactory::GetNetworkInfo();
+    Guarded(output, [&] { call(*info); });
 }
 
 }  // namespace
@@ -114,7 +130,7 @@ const Declare::PackedShape EnsLcoreAdd::kShape = Declare::Pack<kEnsLcoreAddShape
 
 void EnsLcoreAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
                                   const std::shared_ptr<Output>& output) {
-    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+    WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaBool::New(info.CreateEnsLcore(LcoreId(*input))));
     });
 }
@@ -214,7 +230,7 @@ const Declare::PackedShape EnsLcoreAffinityGet::kShape = Declare::Pack<kEnsLcore
 
 void EnsLcoreAffinityGet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                           const std::shared_ptr<Output>& output) {
-    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+    WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         output->SetRootObject(
             MetaInt::New(static_cast<long>(info.GetEnsLcoreAffinity(LcoreId(*input)))));
     });
@@ -229,7 +245,7 @@ const Declare::PackedShape EnsLcoreAffinitySet::kShape = Declare::Pack<kEnsLcore
 
 void EnsLcoreAffinitySet::ExecuteInternal(const std::shared_ptr<Input>& input,
                                           const std::shared_ptr<Output>& output) {
-    WithNetworkInfo(*output, [&](NetworkInfo& info) {
+    WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         const auto affinity =
             static_cast<std::int32_t>(input->GetParameterInt(std::string(kAffinityParameter)));
         output->SetRootObject(MetaBool::New(info.SetEnsLcoreAffinity(affinity, LcoreId(*input))));

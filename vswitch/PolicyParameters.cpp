@@ -171,13 +171,14 @@ void KeepStandbyUplinks(const NicTeamingPolicy& effective, std::vector<std::stri
 }
 
 // The active part of `effective` that the new standby list does not name, ahead of `order`;
-// gives the number of active uplinks left.
+// gives the number of active uplinks left. The count starts at the policy's own, which may be
+// larger than its order (a profile can say so): only a name the walk takes out lowers it, and
+// the walk ends at the end of the order.
 int KeepActiveUplinks(const NicTeamingPolicy& effective, std::vector<std::string>& order) {
     std::vector<std::string> present = effective.uplinkOrder;
-    std::size_t keptActive = static_cast<std::size_t>(
-        std::clamp<long>(effective.maxActiveUplinks, 0, static_cast<long>(present.size())));
+    long keptActive = effective.maxActiveUplinks;
     std::size_t index = 0;
-    while (index < keptActive) {
+    while (static_cast<long>(index) < keptActive && index < present.size()) {
         if (Contains(order, present[index])) {
             present.erase(present.begin() + static_cast<long>(index));
             --keptActive;
@@ -185,7 +186,8 @@ int KeepActiveUplinks(const NicTeamingPolicy& effective, std::vector<std::string
             ++index;
         }
     }
-    order.insert(order.begin(), present.begin(), present.begin() + static_cast<long>(keptActive));
+    const long leading = std::clamp<long>(keptActive, 0, static_cast<long>(present.size()));
+    order.insert(order.begin(), present.begin(), present.begin() + leading);
     return static_cast<int>(keptActive);
 }
 

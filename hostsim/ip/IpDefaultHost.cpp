@@ -18,7 +18,7 @@ const char* const kDefaultNetstacks = R"json([
 ])json";
 
 const char* const kDefaultKelmNics = R"json([
-  {"name": "kelm0", "netstack": "defaultTcpipStack", "mac": "00:50:56:6b:00:00", "mtu": 1500,
+  {"name": "kelm0", "netstack": "defaultTcpipStack", "mac": "02:04:00:00:00:00", "mtu": 1500,
    "tsoMss": 65535, "rxQueues": 1, "enabled": true, "portId": 33554436,
    "connection": {"portGroup": "Management Network"},
    "tags": ["Management"],
@@ -29,11 +29,11 @@ const char* const kDefaultKelmNics = R"json([
      "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false,
               "gateway": "::",
               "addresses": [
-                {"address": "fe80::250:56ff:fe6b:0/64", "type": "autoconf", "status": "preferred"},
+                {"address": "fe80::4:ff:fe00:0/64", "type": "autoconf", "status": "preferred"},
                 {"address": "2001:db8:0:1::10/64", "type": "static", "status": "preferred"},
-                {"address": "2001:db8:0:1:250:56ff:fe6b:0/64", "type": "autoconf",
+                {"address": "2001:db8:0:1:4:ff:fe00:0/64", "type": "autoconf",
                  "status": "deprecated"}]}}},
-  {"name": "kelm1", "netstack": "glidex", "mac": "00:50:56:6b:00:01", "mtu": 9000,
+  {"name": "kelm1", "netstack": "glidex", "mac": "02:04:00:00:00:01", "mtu": 9000,
    "tsoMss": 65535, "rxQueues": 4, "enabled": true, "portId": 50331652,
    "connection": {"portGroup": "Migration Network"},
    "tags": ["Glidex"],
@@ -43,7 +43,7 @@ const char* const kDefaultKelmNics = R"json([
      "ipv6": {"enabled": true, "dhcp": true, "routerAdvertised": false, "dhcpDns": false,
               "gateway": "2001:db8:0:2::fe",
               "addresses": [
-                {"address": "fe80::250:56ff:fe6b:1/64", "type": "autoconf", "status": "preferred"},
+                {"address": "fe80::4:ff:fe00:1/64", "type": "autoconf", "status": "preferred"},
                 {"address": "2001:db8:0:2::20/64", "type": "dhcp", "status": "tentative"},
                 {"address": "2001:db8:0:2::21/64", "type": "static", "status": "duplicated"}]}},
    "configuredIpConfig": {
@@ -53,7 +53,7 @@ const char* const kDefaultKelmNics = R"json([
               "gateway": "2001:db8:0:2::fe",
               "addresses": [
                 {"address": "2001:db8:0:2::21/64", "type": "static", "status": "preferred"}]}}},
-  {"name": "kelm2", "netstack": "defaultTcpipStack", "mac": "00:50:56:6b:00:02", "mtu": 9000,
+  {"name": "kelm2", "netstack": "defaultTcpipStack", "mac": "02:04:00:00:00:02", "mtu": 9000,
    "tsoMss": 65535, "rxQueues": 2, "enabled": true, "portId": 83886084,
    "connection": {"dvs": "distswitch0", "dvPort": "8", "connectionId": 1718601042},
    "tags": ["StoragePool"],
@@ -62,11 +62,11 @@ const char* const kDefaultKelmNics = R"json([
               "broadcast": "192.0.2.255", "gateway": "192.0.2.1", "dhcp": true, "dhcpDns": false},
      "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false,
               "addresses": [
-                {"address": "fe80::250:56ff:fe6b:2/64", "type": "autoconf", "status": "preferred"}]}},
+                {"address": "fe80::4:ff:fe00:2/64", "type": "autoconf", "status": "preferred"}]}},
    "configuredIpConfig": {
      "ipv4": {"dhcp": true, "dhcpDns": false},
      "ipv6": {"enabled": true, "dhcp": false, "routerAdvertised": true, "dhcpDns": false}}},
-  {"name": "kelm9", "netstack": "defaultTcpipStack", "system": true, "mac": "00:50:56:6b:00:09",
+  {"name": "kelm9", "netstack": "defaultTcpipStack", "system": true, "mac": "02:04:00:00:00:09",
    "mtu": 1500, "tsoMss": 65535, "rxQueues": 1, "enabled": true, "portId": 67108868,
    "connection": {"portGroup": "Kelm System Network"},
    "tags": [],

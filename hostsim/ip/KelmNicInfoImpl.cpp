@@ -3,15 +3,16 @@
 #include "kelmctl/KelmNicInfoImpl.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
-#include "hostctl/Misc.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dvs/DvsStore.h"
 #include "hostsim/ip/KelmNicImpl.h"
+#include "hostsim/values/LocalMac.h"
 #include "hostsim/vswitch/VswitchStore.h"
 
 namespace KelmCtl::Network {
@@ -63,15 +64,14 @@ std::string FreeName(const std::vector<KelmNicRecord>& nics) {
     throw HostCtlException("The host has no free Kelm interface name");
 }
 
-// The first address of the host's own range 00:50:56:6b:xx:yy that no interface has.
+// The first address of the host's own Kelm interface range that no interface has.
 std::string FreeMac(const std::vector<KelmNicRecord>& nics) {
     std::set<std::string> taken;
     for (const KelmNicRecord& nic : nics) {
         taken.insert(nic.mac);
     }
-    for (unsigned number = 0; number <= 0xffff; ++number) {
-        std::string mac =
-            HostCtl::Misc::StrPrintf("00:50:56:6b:%02x:%02x", number >> 8, number & 0xff);
+    for (std::uint32_t number = 0; number <= 0xffff; ++number) {
+        std::string mac = HostSim::LocalMac(HostSim::MacKind::KelmInterface, number);
         if (!taken.contains(mac)) {
             return mac;
         }

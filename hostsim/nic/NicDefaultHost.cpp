@@ -12,7 +12,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:02:00.0", "vendor": "Tarn Semiconductor",
             "device": "T350 Gigabit Ethernet Controller"},
     "driver": "tarn1g", "adminUp": true, "cableConnected": true,
-    "speed": 1000, "duplex": 1, "mac": "00:50:56:a1:00:00", "mtu": 1500,
+    "speed": 1000, "duplex": 1, "mac": "02:01:00:00:00:00", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [0],
       "supportedLinkModes": [{"speed": 10, "duplex": 2, "media": 2}, {"speed": 10, "duplex": 1, "media": 2},
@@ -35,7 +35,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:02:00.1", "vendor": "Tarn Semiconductor",
             "device": "T350 Gigabit Ethernet Controller"},
     "driver": "tarn1g", "adminUp": true, "cableConnected": true,
-    "speed": 1000, "duplex": 1, "mac": "00:50:56:a1:00:01", "mtu": 1500,
+    "speed": 1000, "duplex": 1, "mac": "02:01:00:00:00:01", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [0],
       "supportedLinkModes": [{"speed": 100, "duplex": 1, "media": 2}, {"speed": 1000, "duplex": 1, "media": 2}],
@@ -55,7 +55,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:3b:00.0", "vendor": "Tarn Semiconductor",
             "device": "T7120 10-Gigabit SFP+ Network Controller"},
     "driver": "tarn10g", "adminUp": true, "cableConnected": true,
-    "speed": 10000, "duplex": 1, "mac": "00:50:56:a1:00:02", "mtu": 9000,
+    "speed": 10000, "duplex": 1, "mac": "02:01:00:00:00:02", "mtu": 9000,
     "linkInfo": {
       "supportedPorts": [4, 5],
       "supportedLinkModes": [{"speed": 1000, "duplex": 1, "media": 3}, {"speed": 10000, "duplex": 1, "media": 9},
@@ -76,7 +76,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:3b:00.1", "vendor": "Tarn Semiconductor",
             "device": "T7120 10-Gigabit SFP+ Network Controller"},
     "driver": "tarn10g", "adminUp": false, "cableConnected": true,
-    "speed": 10000, "duplex": 1, "mac": "00:50:56:a1:00:03", "mtu": 1500,
+    "speed": 10000, "duplex": 1, "mac": "02:01:00:00:00:03", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [4, 5],
       "supportedLinkModes": [{"speed": 1000, "duplex": 1, "media": 3}, {"speed": 10000, "duplex": 1, "media": 9}],
@@ -96,7 +96,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:5e:00.0", "vendor": "Zanvex Networks",
             "device": "ZX2520 25GbE SFP28 Dual Port Adapter"},
     "driver": "zxnet", "adminUp": true, "cableConnected": false,
-    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:04", "mtu": 9000,
+    "speed": 25000, "duplex": 1, "mac": "02:01:00:00:00:04", "mtu": 9000,
     "linkInfo": {
       "supportedPorts": [5, 4, 9],
       "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 24}, {"speed": 25000, "duplex": 1, "media": 14},
@@ -117,7 +117,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:af:00.0", "vendor": "Zanvex Networks",
             "device": "ZD200 DPU 25GbE Network Function"},
     "driver": "zxdpu", "adminUp": true, "cableConnected": true,
-    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:05", "mtu": 1500,
+    "speed": 25000, "duplex": 1, "mac": "02:01:00:00:00:05", "mtu": 1500,
     "dpuId": "zxdpu-4a1f-0001",
     "linkInfo": {
       "supportedPorts": [5],
@@ -127,7 +127,7 @@ const char* const kDefaultSection = R"json([
       "advertisedAutoNegotiation": true, "port": 5, "phyAddress": 3, "transceiver": 0,
       "autoNegotiation": true, "supportsWakeOn": false, "supportedWakeOn": [],
       "wakeOn": [], "supportsMessageLevel": false, "messageLevel": 0,
-      "virtualAddress": "00:50:56:5a:dd:01"
+      "virtualAddress": "02:03:00:00:00:01"
     },
     "pause": {"supported": true, "autoNegotiation": true, "rxPause": true, "txPause": true,
               "rxResolution": 2, "txResolution": 1},
@@ -138,7 +138,7 @@ const char* const kDefaultSection = R"json([
     "name": "hwnic6",
     "descriptor": "USB-NIC:Kelm Devices:KU300 USB 3.0 Gigabit Adapter",
     "driver": "kelmusb", "adminUp": true, "cableConnected": true,
-    "speed": 1000, "duplex": 1, "mac": "00:50:56:a1:00:06", "mtu": 1500,
+    "speed": 1000, "duplex": 1, "mac": "02:02:00:00:00:06", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [3],
       "supportedLinkModes": [{"speed": 100, "duplex": 1, "media": 2}, {"speed": 1000, "duplex": 1, "media": 2}],
@@ -156,7 +156,7 @@ const char* const kDefaultSection = R"json([
     "name": "hwnic7",
     "descriptor": "ACPI-NIC:Zanvex Networks:ZA10 Platform Ethernet",
     "driver": "zxacpi", "adminUp": true, "cableConnected": true,
-    "speed": 1000, "duplex": 2, "mac": "00:50:56:a1:00:07", "mtu": 1500,
+    "speed": 1000, "duplex": 2, "mac": "02:02:00:00:00:07", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [0, 1, 2],
       "supportedLinkModes": [{"speed": 1000, "duplex": 2, "media": 23}],
@@ -174,7 +174,7 @@ const char* const kDefaultSection = R"json([
     "name": "hwnic8",
     "descriptor": "PhyDev:Tarn Semiconductor:TP40 Management Port",
     "driver": "tarnphy", "adminUp": true, "cableConnected": true,
-    "speed": 10000, "duplex": 1, "mac": "00:50:56:a1:00:08", "mtu": 1500,
+    "speed": 10000, "duplex": 1, "mac": "02:02:00:00:00:08", "mtu": 1500,
     "linkInfo": {
       "supportedPorts": [6],
       "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 7}],
@@ -193,7 +193,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:d8:00.0", "vendor": "Zanvex Networks",
             "device": "ZX2520 25GbE SFP28 Dual Port Adapter"},
     "driver": "zxnet", "adminUp": true, "cableConnected": true,
-    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:09", "mtu": 9000,
+    "speed": 25000, "duplex": 1, "mac": "02:01:00:00:00:09", "mtu": 9000,
     "linkInfo": {
       "supportedPorts": [5, 4, 9],
       "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 24}, {"speed": 25000, "duplex": 1, "media": 14}],
@@ -213,7 +213,7 @@ const char* const kDefaultSection = R"json([
     "pci": {"address": "0000:d8:00.1", "vendor": "Zanvex Networks",
             "device": "ZX2520 25GbE SFP28 Dual Port Adapter"},
     "driver": "zxnet", "adminUp": true, "cableConnected": true,
-    "speed": 25000, "duplex": 1, "mac": "00:50:56:a1:00:0a", "mtu": 9000,
+    "speed": 25000, "duplex": 1, "mac": "02:01:00:00:00:0a", "mtu": 9000,
     "linkInfo": {
       "supportedPorts": [5, 4, 9],
       "supportedLinkModes": [{"speed": 10000, "duplex": 1, "media": 24}, {"speed": 25000, "duplex": 1, "media": 14}],

@@ -21,12 +21,12 @@ const char* const kDefaultSection = R"json({
         {"network": "2001:db8:0:ff::/64", "gateway": "::", "interface": "kelm9", "source": "MANUAL", "system": true}
       ],
       "neighbors": [
-        {"address": "192.0.2.1", "mac": "00:50:56:c0:00:01", "interface": "kelm0", "expiry": 1187, "type": "dynamic"},
-        {"address": "192.0.2.254", "mac": "00:50:56:c0:00:fe", "interface": "kelm0", "expiry": -1, "type": "static"},
-        {"address": "192.0.2.31", "mac": "00:50:56:c0:00:1f", "interface": "kelm0", "expiry": 642, "type": "dynamic"},
-        {"address": "2001:db8:0:1::1", "mac": "00:50:56:c0:00:01", "interface": "kelm0", "expiry": 26, "type": "router", "state": "reachable"},
-        {"address": "2001:db8:0:1::31", "mac": "00:50:56:c0:00:1f", "interface": "kelm0", "expiry": 0, "type": "dynamic", "state": "stale"},
-        {"address": "203.0.113.2", "mac": "00:50:56:c0:09:02", "interface": "kelm9", "expiry": 1090, "type": "dynamic", "system": true}
+        {"address": "192.0.2.1", "mac": "02:06:00:00:00:01", "interface": "kelm0", "expiry": 1187, "type": "dynamic"},
+        {"address": "192.0.2.254", "mac": "02:06:00:00:00:fe", "interface": "kelm0", "expiry": -1, "type": "static"},
+        {"address": "192.0.2.31", "mac": "02:06:00:00:00:1f", "interface": "kelm0", "expiry": 642, "type": "dynamic"},
+        {"address": "2001:db8:0:1::1", "mac": "02:06:00:00:00:01", "interface": "kelm0", "expiry": 26, "type": "router", "state": "reachable"},
+        {"address": "2001:db8:0:1::31", "mac": "02:06:00:00:00:1f", "interface": "kelm0", "expiry": 0, "type": "dynamic", "state": "stale"},
+        {"address": "203.0.113.2", "mac": "02:06:00:00:09:02", "interface": "kelm9", "expiry": 1090, "type": "dynamic", "system": true}
       ],
       "connections": [
         {"protocol": "tcp", "recvQueue": 0, "sendQueue": 0, "localAddress": "0.0.0.0", "localPort": 443,
@@ -72,9 +72,9 @@ const char* const kDefaultSection = R"json({
         {"network": "2001:db8:0:200::/56", "gateway": "2001:db8:0:2::fe", "interface": "kelm1", "source": "MANUAL"}
       ],
       "neighbors": [
-        {"address": "198.51.100.1", "mac": "00:50:56:c0:01:01", "interface": "kelm1", "expiry": 903, "type": "dynamic"},
-        {"address": "198.51.100.42", "mac": "00:50:56:c0:01:2a", "interface": "kelm1", "expiry": 1140, "type": "dynamic"},
-        {"address": "2001:db8:0:2::fe", "mac": "00:50:56:c0:01:fe", "interface": "kelm1", "expiry": 12, "type": "router", "state": "delay"}
+        {"address": "198.51.100.1", "mac": "02:06:00:00:01:01", "interface": "kelm1", "expiry": 903, "type": "dynamic"},
+        {"address": "198.51.100.42", "mac": "02:06:00:00:01:2a", "interface": "kelm1", "expiry": 1140, "type": "dynamic"},
+        {"address": "2001:db8:0:2::fe", "mac": "02:06:00:00:01:fe", "interface": "kelm1", "expiry": 12, "type": "router", "state": "delay"}
       ],
       "connections": [
         {"protocol": "tcp", "recvQueue": 0, "sendQueue": 0, "localAddress": "0.0.0.0", "localPort": 8000,

@@ -17,7 +17,7 @@ int HexDigit(char c) {
     return -1;
 }
 
-// Exactly six pairs of hexadecimal digits separated by ':', "00:50:56:01:02:03".
+// Exactly six pairs of hexadecimal digits separated by ':', "02:04:00:00:00:09".
 bool Parse(const std::string& text, std::array<std::uint8_t, 6>& bytes) {
     if (text.size() != 17) {
         return false;

@@ -80,11 +80,11 @@ void CheckTeaming(const NicTeamingPolicy& policy, const std::vector<std::string>
                                    " more than once");
         }
     }
-    if (policy.maxActiveUplinks < 0 ||
-        static_cast<std::size_t>(policy.maxActiveUplinks) > policy.uplinkOrder.size()) {
-        throw HostCtlException(
-            "The teaming policy of " + owner + " makes " + std::to_string(policy.maxActiveUplinks) +
-            " uplinks active but orders " + std::to_string(policy.uplinkOrder.size()));
+    // A count above the length of the order makes every ordered uplink active, as a profile
+    // may say; only a negative count means nothing.
+    if (policy.maxActiveUplinks < 0) {
+        throw HostCtlException("The teaming policy of " + owner + " makes " +
+                               std::to_string(policy.maxActiveUplinks) + " uplinks active");
     }
 }
 

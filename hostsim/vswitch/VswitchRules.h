@@ -27,8 +27,8 @@ long CheckVlanId(long vlanId);
 // The ports, MTU and CDP status of a switch as a profile or a change gives them.
 void CheckSwitchSettings(const SwitchRecord& record);
 
-// A teaming policy may order only uplinks of its switch, each once, and make at most all of
-// them active; its load balancing must be one the host knows.
+// A teaming policy may order only uplinks of its switch, each once, and make no negative number
+// of them active; its load balancing must be one the host knows.
 void CheckTeaming(const HostCtl::Network::NicTeamingPolicy& policy,
                   const std::vector<std::string>& switchUplinks, const std::string& owner);
 

@@ -13,7 +13,7 @@ public:
     // Text of six hexadecimal pairs separated by ':'; text that is not valid gives all zeros.
     explicit MacAddress(const std::string& text);
 
-    // Lower-case hexadecimal pairs separated by ':', "00:50:56:01:02:03".
+    // Lower-case hexadecimal pairs separated by ':', "02:04:00:00:00:09".
     std::string GetStringAddress() const;
     static bool IsValid(const std::string& text);
 

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "hostsim/values/LocalMac.h"
 #include "kelmctl/NetworkInfoImpl.h"
 
 namespace HostSimTesting {
@@ -92,6 +93,14 @@ std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work,
 std::string FileBytes(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::string PciMac(std::uint32_t number) {
+    return HostSim::LocalMac(HostSim::MacKind::PciNic, number);
+}
+
+std::string PseudoMac(std::uint32_t number) {
+    return HostSim::LocalMac(HostSim::MacKind::PseudoNic, number);
 }
 
 HostSim::Json PciNic(const std::string& name, const std::string& mac) {

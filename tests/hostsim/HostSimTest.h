@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -49,6 +50,10 @@ std::vector<int> RunInProcesses(int count, const std::function<int(int)>& work,
 
 // The bytes of a file.
 std::string FileBytes(const std::string& path);
+
+// The host's own address of a NIC on PCI or of a pseudo NIC, numbered `number` within its kind.
+std::string PciMac(std::uint32_t number);
+std::string PseudoMac(std::uint32_t number);
 
 // One NIC of a profile, on PCI or pseudo, with only the required fields.
 HostSim::Json PciNic(const std::string& name, const std::string& mac);

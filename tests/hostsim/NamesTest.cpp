@@ -55,12 +55,11 @@ TEST_F(Names, CommandsRefuseNamesATableCantShow) {
 TEST_F(Names, AProfileWithANameATableCantShowIsRefused) {
     auto profileWith = [](const std::string& switchName, const std::string& portGroupName,
                           const std::string& nicName) {
-        return HostSim::Json{
-            {"nics", {PciNic("hwnic0", "00:50:56:00:00:01"), PciNic(nicName, "00:50:56:00:00:02")}},
-            {"vswitches",
-             {{{"name", switchName},
-               {"uplinks", HostSim::Json::array()},
-               {"portGroups", {{{"name", "Lab"}}, {{"name", portGroupName}}}}}}}};
+        return HostSim::Json{{"nics", {PciNic("hwnic0", PciMac(1)), PciNic(nicName, PciMac(2))}},
+                             {"vswitches",
+                              {{{"name", switchName},
+                                {"uplinks", HostSim::Json::array()},
+                                {"portGroups", {{{"name", "Lab"}}, {{"name", portGroupName}}}}}}}};
     };
     HostSim::ImportProfile(profileWith("labswitch0", "Lab 2", "hwnic1").dump());
     for (const BadName& bad : kBadNames) {
@@ -92,12 +91,12 @@ TEST_F(Names, AProfileWithANameATableCantShowIsRefused) {
 
 // A profile entry the host can't take is named, with what it lacks or has wrong.
 TEST_F(Names, AProfileErrorNamesTheEntryAndTheField) {
-    auto noDriver = PciNic("hwnic1", "00:50:56:00:00:02");
+    auto noDriver = PciNic("hwnic1", PciMac(2));
     noDriver.erase("driver");
-    auto textSpeed = PciNic("hwnic2", "00:50:56:00:00:03");
+    auto textSpeed = PciNic("hwnic2", PciMac(3));
     textSpeed["speed"] = "fast";
     const std::vector<std::pair<HostSim::Json, std::string>> cases{
-        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00:01"), noDriver}}},
+        {{{"nics", {PciNic("hwnic0", PciMac(1)), noDriver}}},
          "Section \"nics\" of the profile is not valid: nics[1] (\"hwnic1\") has no field "
          "\"driver\""},
         {{{"nics", {textSpeed}}},

@@ -21,10 +21,10 @@ using KelmCtl::Network::PnicImpl;
 class NicTest : public HostTest {};
 
 TEST_F(NicTest, EveryNicIsListedInTheProfilesOrder) {
-    InitHost({"--profile=" + WriteProfile({{"nics",
-                                            {PciNic("hwnic7", "00:50:56:00:00:07"),
-                                             PciNic("hwnic2", "00:50:56:00:00:02"),
-                                             PciNic("hwnic5", "00:50:56:00:00:05")}}})});
+    InitHost(
+        {"--profile=" + WriteProfile({{"nics",
+                                       {PciNic("hwnic7", PciMac(7)), PciNic("hwnic2", PciMac(2)),
+                                        PciNic("hwnic5", PciMac(5))}}})});
     auto info = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     EXPECT_EQ(Names(info->GetPnics(HostCtl::Network::PnicGetAll)),
               (std::vector<std::string>{"hwnic7", "hwnic2", "hwnic5"}));
@@ -61,10 +61,10 @@ TEST_F(NicTest, ANicOnPciHasAPciDeviceAndAPseudoNicADescriptor) {
 }
 
 TEST_F(NicTest, ADescriptorCanBeEmptyOrFailForATestHost) {
-    auto failing = PseudoNic("hwnic1", "00:50:56:00:00:01", "");
+    auto failing = PseudoNic("hwnic1", PseudoMac(1), "");
     failing["descriptorError"] = "Unable to read the device descriptor";
     InitHost({"--profile=" +
-              WriteProfile({{"nics", {PseudoNic("hwnic0", "00:50:56:00:00:00", ""), failing}}})});
+              WriteProfile({{"nics", {PseudoNic("hwnic0", PseudoMac(0), ""), failing}}})});
     EXPECT_EQ(PnicImpl("hwnic0").GetDeviceDescriptor(), "");
     try {
         PnicImpl("hwnic1").GetDeviceDescriptor();
@@ -153,7 +153,7 @@ TEST_F(NicTest, DetailRecordsComeFromTheProfile) {
     EXPECT_EQ(driver.driver, "tarn1g");
     EXPECT_EQ(driver.version, "3.4.12.0");
     EXPECT_EQ(driver.busInfo, "0000:02:00.0");
-    EXPECT_EQ(pnic.GetMacAddress().GetStringAddress(), "00:50:56:a1:00:00");
+    EXPECT_EQ(pnic.GetMacAddress().GetStringAddress(), ExportHost()["nics"][0]["mac"]);
 }
 
 TEST_F(NicTest, OnlyADpuBackedNicHasASmartNic) {

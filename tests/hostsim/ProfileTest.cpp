@@ -6,11 +6,14 @@
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
+#include "hostctl/MacAddress.h"
+#include "hostsim/values/LocalMac.h"
 #include "kelmctl/PnicImpl.h"
 
 namespace HostSimTesting {
 namespace {
 
+using HostCtl::Network::MacAddress;
 using ::testing::HasSubstr;
 
 class ProfileTest : public HostTest {};
@@ -33,8 +36,76 @@ TEST_F(ProfileTest, ExportThenImportGivesBackTheSameHost) {
     EXPECT_TRUE(KelmCtl::Network::PnicImpl("hwnic3").GetAdminStatus());
 }
 
+// Every text of `value` that is a MAC address, with the path that leads to it.
+void CollectMacs(const HostSim::Json& value, const std::string& path,
+                 std::vector<std::pair<std::string, std::string>>& found) {
+    if (value.is_string()) {
+        const auto& text = value.get_ref<const std::string&>();
+        if (MacAddress::IsValid(text)) {
+            found.emplace_back(path, text);
+        }
+    } else if (value.is_array()) {
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            CollectMacs(value[i], path + "/" + std::to_string(i), found);
+        }
+    } else if (value.is_object()) {
+        for (const auto& [key, member] : value.items()) {
+            CollectMacs(member, path + "/" + key, found);
+        }
+    }
+}
+
+TEST_F(ProfileTest, TheDefaultHostsUnicastAddressesAreLocalOrForDocumentation) {
+    std::vector<std::pair<std::string, std::string>> macs;
+    CollectMacs(ExportHost(), "", macs);
+    std::size_t unicast = 0;
+    for (const auto& [path, text] : macs) {
+        const std::uint8_t first = MacAddress(text).GetBytes()[0];
+        if ((first & 0x01) != 0) {
+            continue;
+        }
+        ++unicast;
+        EXPECT_TRUE(first == HostSim::kLocalMacFirstByte || text.starts_with("00:00:5e:00:53:"))
+            << path << " " << text;
+    }
+    EXPECT_GT(unicast, 0u);
+}
+
+TEST_F(ProfileTest, TheDefaultHostsAddressesTellWhatHasThem) {
+    const HostSim::Json host = ExportHost();
+    std::set<HostSim::MacKind> seen;
+    auto expectKind = [&seen](const HostSim::Json& mac, HostSim::MacKind kind) {
+        EXPECT_TRUE(mac.get<std::string>().starts_with(HostSim::LocalMacPrefix(kind))) << mac;
+        seen.insert(kind);
+    };
+    for (const auto& nic : host["nics"]) {
+        expectKind(nic["mac"],
+                   nic.contains("pci") ? HostSim::MacKind::PciNic : HostSim::MacKind::PseudoNic);
+        if (nic["linkInfo"]["virtualAddress"] != "") {
+            expectKind(nic["linkInfo"]["virtualAddress"], HostSim::MacKind::NicVirtualAddress);
+        }
+    }
+    for (const auto& nic : host["kelmnics"]) {
+        expectKind(nic["mac"], HostSim::MacKind::KelmInterface);
+    }
+    constexpr int kVmPort = 1;
+    for (const auto& port : host["ports"]["ports"]) {
+        if (port["type"] == kVmPort) {
+            for (const auto& mac : port["macs"]) {
+                expectKind(mac, HostSim::MacKind::VmPort);
+            }
+        }
+    }
+    for (const auto& instance : host["routing"]["netstacks"]) {
+        for (const auto& neighbor : instance["neighbors"]) {
+            expectKind(neighbor["mac"], HostSim::MacKind::Neighbor);
+        }
+    }
+    EXPECT_EQ(seen.size(), 6u);
+}
+
 TEST_F(ProfileTest, AProfileCanBeImportedInProcess) {
-    HostSim::ImportProfile(HostSim::Json{{"nics", {PciNic("hwnic3", "00:50:56:00:00:03")}}}.dump());
+    HostSim::ImportProfile(HostSim::Json{{"nics", {PciNic("hwnic3", PciMac(3))}}}.dump());
     EXPECT_EQ(AllNicNames(), std::vector<std::string>{"hwnic3"});
     EXPECT_THROW(HostSim::ImportProfile("{\"nics\": ["), HostCtl::Lib::HostCtlException);
     EXPECT_THROW(HostSim::ImportProfile("[]"), HostCtl::Lib::HostCtlException);
@@ -42,7 +113,7 @@ TEST_F(ProfileTest, AProfileCanBeImportedInProcess) {
 }
 
 TEST_F(ProfileTest, AProfileFillsOutWhatItLeavesOut) {
-    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:AB:00:01")}}})});
+    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", PciMac(1))}}})});
     HostSim::Json nic = ExportHost()["nics"][0];
     EXPECT_EQ(nic["adminUp"], true);
     EXPECT_EQ(nic["cableConnected"], true);
@@ -72,7 +143,10 @@ TEST_F(ProfileTest, ScaleMakesRenumberedCopiesOfTheInventory) {
     EXPECT_EQ(macs.size(), 33u);
     EXPECT_EQ(addresses.size(), 24u);
     EXPECT_EQ(nics[24]["pci"]["address"], "0002:3b:00.0");
-    EXPECT_EQ(nics[24]["mac"], "00:50:56:a1:02:02");
+    // Copy 2 of hwnic2: its address with 2 × 256 added to the last three bytes.
+    auto copied = MacAddress(nics[2]["mac"].get<std::string>()).GetBytes();
+    copied[4] = static_cast<std::uint8_t>(copied[4] + 2);
+    EXPECT_EQ(MacAddress(nics[24]["mac"].get<std::string>()).GetBytes(), copied);
     EXPECT_EQ(nics[24]["driverInfo"]["busInfo"], "0002:3b:00.0");
     EXPECT_EQ(nics[27]["dpuId"], nics[5]["dpuId"]);
 }
@@ -155,7 +229,7 @@ TEST_F(ProfileTest, EveryScaleGivesAHostOfUniqueNamesThatExportsAndImportsAlike)
 }
 
 TEST_F(ProfileTest, ScaledMacAddressesStayApartBeyond256Copies) {
-    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:ff:ff:07")}}}),
+    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", PciMac(0xffff07))}}}),
               "--scale=300"});
     HostSim::Json host = ExportHost();
     std::set<std::string> macs;
@@ -163,14 +237,13 @@ TEST_F(ProfileTest, ScaledMacAddressesStayApartBeyond256Copies) {
         macs.insert(nic["mac"].get<std::string>());
     }
     EXPECT_EQ(macs.size(), 300u);
-    EXPECT_EQ(macs.count("00:50:56:00:00:07"), 1u);
+    EXPECT_EQ(macs.count(PciMac(7)), 1u);
 }
 
 TEST_F(ProfileTest, ScaleStridesSkipTheGapsOfAProfile) {
-    std::string file = WriteProfile(
-        {{"nics",
-          {PciNic("hwnic0", "00:50:56:00:00:00"), PciNic("hwnic4", "00:50:56:00:00:04"),
-           PseudoNic("usbnic", "00:50:56:00:00:09", "USB-NIC:a:b")}}});
+    std::string file = WriteProfile({{"nics",
+                                      {PciNic("hwnic0", PciMac(0)), PciNic("hwnic4", PciMac(4)),
+                                       PseudoNic("usbnic", PseudoMac(9), "USB-NIC:a:b")}}});
     auto result = Testing::RunHostsim({"init", "--profile=" + file, "--scale=2"}, Directory());
     // "usbnic" has no number to renumber, so its copy has the same name.
     EXPECT_EQ(result.status, 1);
@@ -178,16 +251,16 @@ TEST_F(ProfileTest, ScaleStridesSkipTheGapsOfAProfile) {
     EXPECT_EQ(AllNicNames().size(), 11u);
 
     InitHost({"--profile=" + file});
-    InitHost({"--profile=" + WriteProfile({{"nics",
-                                            {PciNic("hwnic0", "00:50:56:00:00:00"),
-                                             PciNic("hwnic4", "00:50:56:00:00:04")}}}),
-              "--scale=3"});
+    InitHost(
+        {"--profile=" +
+             WriteProfile({{"nics", {PciNic("hwnic0", PciMac(0)), PciNic("hwnic4", PciMac(4))}}}),
+         "--scale=3"});
     EXPECT_EQ(AllNicNames(), (std::vector<std::string>{"hwnic0", "hwnic4", "hwnic5", "hwnic9",
                                                        "hwnic10", "hwnic14"}));
 }
 
 TEST_F(ProfileTest, ResetMakesTheHostAgainFromItsProfileAndScale) {
-    std::string file = WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:00:00:00")}}});
+    std::string file = WriteProfile({{"nics", {PciNic("hwnic0", PciMac(0))}}});
     InitHost({"--profile=" + file, "--scale=2"});
     KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
     auto result = Testing::RunHostsim({"reset"}, Directory());
@@ -209,14 +282,14 @@ TEST_F(ProfileTest, AProfileThatCantBeTakenLeavesTheHostAsItWas) {
         HostSim::Json profile;
         std::string words;
     };
-    auto noSpeed = PciNic("hwnic1", "00:50:56:00:00:01");
+    auto noSpeed = PciNic("hwnic1", PciMac(1));
     noSpeed.erase("speed");
     std::vector<Case> cases{
-        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00")}}},
-         "invalid MAC address \"00:50:56:00:00\""},
-        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00:00"), PciNic("hwnic0", "00:50:56:00:00:01")}}},
+        {{{"nics", {PciNic("hwnic0", "02:01:00:00:00")}}},
+         "invalid MAC address \"02:01:00:00:00\""},
+        {{{"nics", {PciNic("hwnic0", PciMac(0)), PciNic("hwnic0", PciMac(1))}}},
          "more than one NIC named hwnic0"},
-        {{{"nics", {PciNic("hwnic0", "00:50:56:00:00:00"), noSpeed}}}, "Section \"nics\""},
+        {{{"nics", {PciNic("hwnic0", PciMac(0)), noSpeed}}}, "Section \"nics\""},
         {{{"switches", HostSim::Json::array()}}, "Unknown section \"switches\""},
         {HostSim::Json::array(), "must be a JSON object"},
     };

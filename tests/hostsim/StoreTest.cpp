@@ -262,7 +262,7 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     EXPECT_EQ(names.size(), 22u);
     EXPECT_EQ(names.back(), "hwnic21");
 
-    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", "00:50:56:00:00:01")}}})});
+    InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", PciMac(1))}}})});
     Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     Reconnect();
     EXPECT_TRUE(AllNicNames().empty());

@@ -11,23 +11,23 @@ namespace {
 using HostCtl::Network::MacAddress;
 
 TEST(MacAddressTest, TextOfSixHexadecimalPairsIsValid) {
-    for (const char* text : {"00:50:56:a1:00:0f", "FF:ff:00:Ab:cD:09", "00:00:00:00:00:00"}) {
+    for (const char* text : {"02:1a:2b:a1:00:0f", "FF:ff:00:Ab:cD:09", "00:00:00:00:00:00"}) {
         EXPECT_TRUE(MacAddress::IsValid(text)) << text;
     }
     for (const char* text :
-         {"", "00:50:56:a1:00", "00:50:56:a1:00:0f:01", "00-50-56-a1-00-0f", "0:50:56:a1:00:0f0",
-          "00:50:56:a1:00:0g", " 00:50:56:a1:00:0f", "00:50:56:a1:00:0f "}) {
+         {"", "02:1a:2b:a1:00", "02:1a:2b:a1:00:0f:01", "02-1a-2b-a1-00-0f", "2:1a:2b:a1:00:0f0",
+          "02:1a:2b:a1:00:0g", " 02:1a:2b:a1:00:0f", "02:1a:2b:a1:00:0f "}) {
         EXPECT_FALSE(MacAddress::IsValid(text)) << text;
     }
 }
 
 TEST(MacAddressTest, TextFormIsLowerCaseAndInvalidTextIsAllZeros) {
-    MacAddress mac("00:50:56:AB:cd:0F");
-    EXPECT_EQ(mac.GetStringAddress(), "00:50:56:ab:cd:0f");
+    MacAddress mac("02:1a:2b:AB:cd:0F");
+    EXPECT_EQ(mac.GetStringAddress(), "02:1a:2b:ab:cd:0f");
     EXPECT_EQ(mac.GetBytes()[3], 0xab);
-    EXPECT_EQ(mac, MacAddress("00:50:56:ab:cd:0f"));
-    EXPECT_EQ(MacAddress("00:50:56:ab:cd").GetStringAddress(), "00:00:00:00:00:00");
-    EXPECT_EQ(MacAddress("00:50:56:ab:cd"), MacAddress());
+    EXPECT_EQ(mac, MacAddress("02:1a:2b:ab:cd:0f"));
+    EXPECT_EQ(MacAddress("02:1a:2b:ab:cd").GetStringAddress(), "00:00:00:00:00:00");
+    EXPECT_EQ(MacAddress("02:1a:2b:ab:cd"), MacAddress());
 }
 
 TEST(StringHelpersTest, StrPrintfFormatsAnyLength) {

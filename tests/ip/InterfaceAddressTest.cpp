@@ -165,14 +165,13 @@ TEST_F(InterfaceAddress, Ipv6Refusals) {
 }
 
 TEST_F(InterfaceAddress, Ipv6ReadsShowTypesStatusesAndSettings) {
-    EXPECT_EQ(Addresses("kelm0"),
-              (std::vector<Words>{
-                  {"fe80::250:56ff:fe6b:0", "64", "AUTOCONF", "PREFERRED"},
-                  {"2001:db8:0:1::10", "64", "STATIC", "PREFERRED"},
-                  {"2001:db8:0:1:250:56ff:fe6b:0", "64", "AUTOCONF", "DEPRECATED"},
-              }));
+    EXPECT_EQ(Addresses("kelm0"), (std::vector<Words>{
+                                      {"fe80::4:ff:fe00:0", "64", "AUTOCONF", "PREFERRED"},
+                                      {"2001:db8:0:1::10", "64", "STATIC", "PREFERRED"},
+                                      {"2001:db8:0:1:4:ff:fe00:0", "64", "AUTOCONF", "DEPRECATED"},
+                                  }));
     EXPECT_EQ(Addresses("kelm1"), (std::vector<Words>{
-                                      {"fe80::250:56ff:fe6b:1", "64", "AUTOCONF", "PREFERRED"},
+                                      {"fe80::4:ff:fe00:1", "64", "AUTOCONF", "PREFERRED"},
                                       {"2001:db8:0:2::20", "64", "DHCP", "TENTATIVE"},
                                       {"2001:db8:0:2::21", "64", "STATIC", "DUPLICATED"},
                                   }));

@@ -3,6 +3,9 @@
 #include <fstream>
 #include <sstream>
 
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -27,6 +30,17 @@ protected:
         Words line{"ip", "interface", "list"};
         line.insert(line.end(), parameters.begin(), parameters.end());
         return Testing::RowWhere(RunList(line), "Name", name);
+    }
+    // The MAC address the exported host gives the Kelm interface `name`.
+    std::string ProfileMac(const std::string& name) {
+        const HostSim::Json host = HostSim::ExportHost(HostSim::Store());
+        for (const auto& nic : host["kelmnics"]) {
+            if (nic["name"] == name) {
+                return nic["mac"].get<std::string>();
+            }
+        }
+        ADD_FAILURE() << "no Kelm interface " << name << " in the profile";
+        return {};
     }
     std::vector<std::string> Names(const Words& parameters = {}) {
         Words line{"ip", "interface", "list"};
@@ -126,7 +140,7 @@ struct Cell {
 
 TEST_F(Interface, ListShowsEachKindOfConnectionPoint) {
     const std::vector<Cell> table{
-        {{}, "kelm0", "MAC Address", "00:50:56:6b:00:00"},
+        {{}, "kelm0", "MAC Address", ProfileMac("kelm0")},
         {{}, "kelm0", "Portgroup", "Management Network"},
         {{}, "kelm0", "Netstack Instance", "defaultTcpipStack"},
         {{}, "kelm0", "Portset", "lanswitch0"},
@@ -143,7 +157,7 @@ TEST_F(Interface, ListShowsEachKindOfConnectionPoint) {
         {{}, "kelm2", "ODS Port", "8"},
         {{}, "kelm2", "External ID", "N/A"},
         {{"-t", "system"}, "kelm9", "Portgroup", "Kelm System Network"},
-        {{"-t", "system", "-N", "defaultTcpipStack"}, "kelm9", "MAC Address", "00:50:56:6b:00:09"},
+        {{"-t", "system", "-N", "defaultTcpipStack"}, "kelm9", "MAC Address", ProfileMac("kelm9")},
     };
     for (const auto& cell : table) {
         SCOPED_TRACE(cell.row + " " + cell.field);
@@ -173,14 +187,25 @@ TEST_F(Interface, SetChangesEnabledAndMtu) {
     EXPECT_EQ(Testing::Int(row, "MTU"), 9000);
 }
 
+TEST_F(Interface, AddWithoutAnAddressTakesAFreeOneOfTheKelmRange) {
+    RunOk({"ip", "interface", "add", "-p", "VM Network", "-i", "kelm5"});
+    const std::string mac = Testing::Str(ListRow("kelm5"), "MAC Address");
+    EXPECT_TRUE(mac.starts_with(HostSim::LocalMacPrefix(HostSim::MacKind::KelmInterface))) << mac;
+    for (const auto& row : Testing::Rows(RunList({"ip", "interface", "list"}))) {
+        if (Testing::Str(row, "Name") != "kelm5") {
+            EXPECT_NE(Testing::Str(row, "MAC Address"), mac) << Testing::Str(row, "Name");
+        }
+    }
+}
+
 TEST_F(Interface, AddOnAPortGroupThenRemoveFreesThePortGroup) {
     RunOk({"vswitch", "standard", "portgroup", "add", "-v", "lanswitch0", "-p", "Lab Network"});
-    RunOk({"ip", "interface", "add", "-p", "Lab Network", "-i", "kelm5", "-m", "1600", "-M",
-           "00:50:56:6b:00:55"});
+    const std::string mac = HostSim::LocalMac(HostSim::MacKind::KelmInterface, 0x55);
+    RunOk({"ip", "interface", "add", "-p", "Lab Network", "-i", "kelm5", "-m", "1600", "-M", mac});
     const auto row = ListRow("kelm5");
     EXPECT_EQ(Testing::Str(row, "Portgroup"), "Lab Network");
     EXPECT_EQ(Testing::Str(row, "Netstack Instance"), "defaultTcpipStack");
-    EXPECT_EQ(Testing::Str(row, "MAC Address"), "00:50:56:6b:00:55");
+    EXPECT_EQ(Testing::Str(row, "MAC Address"), mac);
     EXPECT_EQ(Testing::Int(row, "MTU"), 1600);
     // A port group in use can't go.
     EXPECT_FALSE(RunError({"vswitch", "standard", "portgroup", "remove", "-v", "lanswitch0", "-p",

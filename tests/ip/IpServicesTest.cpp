@@ -1,5 +1,8 @@
 #include "IpServicesTest.h"
 
+#include "hostsim/core/Profile.h"
+#include "hostsim/core/Store.h"
+
 namespace IpServicesTesting {
 
 namespace {
@@ -59,6 +62,22 @@ Outcome IpServicesTest::Report(const Words& words) {
 
 void PrintTo(const Outcome& outcome, std::ostream* out) {
     *out << ::testing::PrintToString(outcome.messages) << (outcome.trueRoot ? " true" : " no root");
+}
+
+std::string IpServicesTest::NeighborMac(const std::string& netstack, const std::string& address) {
+    const HostSim::Json host = HostSim::ExportHost(HostSim::Store());
+    for (const auto& instance : host["routing"]["netstacks"]) {
+        if (instance["netstack"] != netstack) {
+            continue;
+        }
+        for (const auto& neighbor : instance["neighbors"]) {
+            if (neighbor["address"] == address) {
+                return neighbor["mac"].get<std::string>();
+            }
+        }
+    }
+    ADD_FAILURE() << "no neighbour " << address << " in " << netstack;
+    return {};
 }
 
 }  // namespace IpServicesTesting

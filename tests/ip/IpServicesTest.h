@@ -25,6 +25,9 @@ protected:
     void Change(const Words& words);
 
     Outcome Report(const Words& words);
+
+    // The MAC address the host's neighbour cache of `netstack` holds for `address`.
+    std::string NeighborMac(const std::string& netstack, const std::string& address);
 };
 
 void PrintTo(const Outcome& outcome, std::ostream* out);

@@ -2,6 +2,7 @@
 // operations its sweep must fail, and what else the sweep allows.
 #pragma once
 
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace IpSweeps {
@@ -13,20 +14,17 @@ inline const std::vector<SweepCase> kInterfaceLifecycle{
     // block.
     {{"ip", "interface", "add", "-p", "VM Network", "-i", "kelm5", "-N", "defaultTcpipStack"},
      {"KelmNicInfoImpl::AddKelmNic", "KelmNic::SetIpConfig"},
-     {.escapingOperations = {"NetworkInfoImpl::NetworkInfoImpl",
-                             "NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
+     {.escapingOperations = {"NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
                              "ConnectionPoint::IsValid"}}},
-    {{"ip", "interface", "add", "-p", "VM Network", "-m", "9000", "-M", "00:50:56:6f:00:09", "-R",
-      "2"},
+    {{"ip", "interface", "add", "-p", "VM Network", "-m", "9000", "-M",
+      HostSim::LocalMac(HostSim::MacKind::KelmInterface, 0x109), "-R", "2"},
      {"KelmNicInfoImpl::AddKelmNic"},
-     {.escapingOperations = {"NetworkInfoImpl::NetworkInfoImpl",
-                             "NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
+     {.escapingOperations = {"NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey",
                              "ConnectionPoint::IsValid"}}},
     {{"ip", "interface", "add", "-s", "distswitch0", "-P", "9", "-N", "glidex"},
      {"KelmNicInfoImpl::AddKelmNic", "KelmNicInfoImpl::GetKelmNicsByTag", "KelmNic::AddTag",
       "KelmNic::GetNetstackInstanceKey"},
-     {.escapingOperations = {"NetworkInfoImpl::NetworkInfoImpl",
-                             "NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey"}}},
+     {.escapingOperations = {"NetworkInfo::ListNetstackInstances", "NetstackInstance::GetKey"}}},
     {{"ip", "interface", "remove", "-p", "Management Network"},
      {"KelmNicInfoImpl::RemoveKelmNic"},
      {.escapingOperations = {"ConnectionPoint::IsValid"}}},
@@ -142,13 +140,12 @@ inline const std::vector<SweepCase> kNeighborsConnectionsAndMulticast{
     {{"ip", "neighbor", "remove", "-v", "6", "-a", "2001:db8:0:1::31", "-i", "kelm0"},
      {"NetworkInfoImpl::IsKelmIpv6Enabled", "RoutingInfoImpl::RemoveIpv6Neighbor"},
      {.escapingOperations = {"KelmNicInfoImpl::KelmNicInfoImpl", "RoutingInfoImpl::RoutingInfoImpl",
-                             "NetworkInfoImpl::NetworkInfoImpl",
                              "KelmNicInfoImpl::GetKelmNicByInterface",
                              "KelmNic::GetNetstackInstanceKey"}}},
     {{"ip", "neighbor", "remove", "-v", "4", "-a", "192.0.2.31"},
      {"RoutingInfoImpl::RemoveIpv4Neighbor"},
-     {.escapingOperations = {"KelmNicInfoImpl::KelmNicInfoImpl", "RoutingInfoImpl::RoutingInfoImpl",
-                             "NetworkInfoImpl::NetworkInfoImpl"}}},
+     {.escapingOperations = {"KelmNicInfoImpl::KelmNicInfoImpl",
+                             "RoutingInfoImpl::RoutingInfoImpl"}}},
     {{"ip", "connection", "list"},
      {"NetworkInfoImpl::GetCurrentTcpKelmConnections",
       "NetworkInfoImpl::GetCurrentUdpKelmConnections",

@@ -21,20 +21,24 @@ protected:
 };
 
 TEST_F(Neighbor, ListShowsIpv4RowsThenIpv6RowsWithTheirStates) {
+    const auto mac = [this](const std::string& address,
+                            const std::string& netstack = "defaultTcpipStack") {
+        return NeighborMac(netstack, address);
+    };
     EXPECT_EQ(Neighbors(),
               (std::vector<Words>{
-                  {"192.0.2.1", "00:50:56:c0:00:01", "kelm0", "1187", "", "Dynamic"},
-                  {"192.0.2.254", "00:50:56:c0:00:fe", "kelm0", "-1", "", "Static"},
-                  {"192.0.2.31", "00:50:56:c0:00:1f", "kelm0", "642", "", "Dynamic"},
-                  {"2001:db8:0:1::1", "00:50:56:c0:00:01", "kelm0", "26", "Reachable", "Router"},
-                  {"2001:db8:0:1::31", "00:50:56:c0:00:1f", "kelm0", "0", "Stale", "Dynamic"},
+                  {"192.0.2.1", mac("192.0.2.1"), "kelm0", "1187", "", "Dynamic"},
+                  {"192.0.2.254", mac("192.0.2.254"), "kelm0", "-1", "", "Static"},
+                  {"192.0.2.31", mac("192.0.2.31"), "kelm0", "642", "", "Dynamic"},
+                  {"2001:db8:0:1::1", mac("2001:db8:0:1::1"), "kelm0", "26", "Reachable", "Router"},
+                  {"2001:db8:0:1::31", mac("2001:db8:0:1::31"), "kelm0", "0", "Stale", "Dynamic"},
               }));
     EXPECT_EQ(Neighbors({"-N", "glidex", "-v", "6"}),
-              (std::vector<Words>{
-                  {"2001:db8:0:2::fe", "00:50:56:c0:01:fe", "kelm1", "12", "Delay", "Router"}}));
+              (std::vector<Words>{{"2001:db8:0:2::fe", mac("2001:db8:0:2::fe", "glidex"), "kelm1",
+                                   "12", "Delay", "Router"}}));
     EXPECT_EQ(
         Neighbors({"-t", "system"}),
-        (std::vector<Words>{{"203.0.113.2", "00:50:56:c0:09:02", "kelm9", "1090", "", "Dynamic"}}));
+        (std::vector<Words>{{"203.0.113.2", mac("203.0.113.2"), "kelm9", "1090", "", "Dynamic"}}));
 }
 
 TEST_F(Neighbor, ListSelectsByInterfaceAndVersion) {

@@ -38,16 +38,16 @@ TEST_F(NicAttachmentTest, BranchesAreListedUnderTheirTrunk) {
     Change({"nic", "attachment", "add", "-t", "hwnic0", "-b", "hwnic1", "-v", "200"});
     Change({"nic", "attachment", "add", "-t", "hwnic0", "-b", "hwnic6", "-v", "201"});
     EXPECT_EQ(Attachments(), (std::vector<Attachment>{
-                                 {"hwnic0", "hwnic1", "00:50:56:a1:00:01", 200},
-                                 {"hwnic0", "hwnic6", "00:50:56:a1:00:06", 201},
-                                 {"hwnic2", "hwnic3", "00:50:56:a1:00:03", 110},
+                                 {"hwnic0", "hwnic1", MacOf("hwnic1"), 200},
+                                 {"hwnic0", "hwnic6", MacOf("hwnic6"), 201},
+                                 {"hwnic2", "hwnic3", MacOf("hwnic3"), 110},
                              }));
     EXPECT_EQ(Attachments({"-t", "hwnic2"}),
-              (std::vector<Attachment>{{"hwnic2", "hwnic3", "00:50:56:a1:00:03", 110}}));
+              (std::vector<Attachment>{{"hwnic2", "hwnic3", MacOf("hwnic3"), 110}}));
     EXPECT_TRUE(Attachments({"-t", "hwnic5"}).empty());
     Change({"nic", "attachment", "remove", "-t", "hwnic0", "-b", "hwnic1"});
     EXPECT_EQ(Attachments({"-t", "hwnic0"}),
-              (std::vector<Attachment>{{"hwnic0", "hwnic6", "00:50:56:a1:00:06", 201}}));
+              (std::vector<Attachment>{{"hwnic0", "hwnic6", MacOf("hwnic6"), 201}}));
 }
 
 TEST_F(NicAttachmentTest, RefusalsInTheCommandsAndTheHostsWords) {
@@ -80,8 +80,7 @@ TEST_F(NicAttachmentTest, RefusalsInTheCommandsAndTheHostsWords) {
         words.insert(words.end(), extra.begin(), extra.end());
         EXPECT_EQ(RunError(words), message) << ::testing::PrintToString(words);
     }
-    EXPECT_EQ(Attachments(),
-              (std::vector<Attachment>{{"hwnic2", "hwnic3", "00:50:56:a1:00:03", 110}}));
+    EXPECT_EQ(Attachments(), (std::vector<Attachment>{{"hwnic2", "hwnic3", MacOf("hwnic3"), 110}}));
 }
 
 TEST_F(NicAttachmentTest, TheVlanRangeIsTheHostsToRefuse) {

@@ -37,6 +37,10 @@ std::vector<std::pair<std::string, std::string>> NicDeviceTest::Column(const Wor
     return column;
 }
 
+std::string NicDeviceTest::MacOf(const std::string& name) {
+    return Testing::Str(Testing::RowWhere(RunList({"nic", "list"}), "Name", name), "MAC Address");
+}
+
 HostSim::Json NicDeviceTest::ExportedHost() {
     auto result = Testing::RunHostsim({"export"}, StateDirectory());
     EXPECT_EQ(result.status, 0) << result.err;

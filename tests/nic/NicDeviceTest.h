@@ -21,6 +21,8 @@ protected:
     std::vector<std::pair<std::string, std::string>> Column(const Words& words,
                                                             const std::string& key,
                                                             const std::string& field);
+    // The MAC address `nic list` shows for the NIC `name`.
+    std::string MacOf(const std::string& name);
     // The whole host as a profile, and the host replaced by one.
     HostSim::Json ExportedHost();
     void ImportHost(const HostSim::Json& profile);

@@ -1,6 +1,7 @@
 // `nic get`: the host's numbers turned into words, on NICs made for the case.
 #include <nlohmann/json.hpp>
 
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -22,7 +23,7 @@ protected:
                     {"pci", {{"address", "0000:02:00.0"}, {"vendor", "Zanvex"}, {"device", "ZX"}}},
                     {"driver", "zxnet"},
                     {"speed", 25000},
-                    {"mac", "00:50:56:01:02:03"},
+                    {"mac", HostSim::LocalMac(HostSim::MacKind::PciNic, 0)},
                     {"linkInfo", linkInfo},
                     {"pause", pause}};
         nic.update(extra);
@@ -102,16 +103,17 @@ TEST_F(NicGetTest, WakeOnModesAndTheirAbsence) {
 }
 
 TEST_F(NicGetTest, MessageLevelIsMinusOneWithoutSupport) {
+    const std::string kVirtualAddress = HostSim::LocalMac(HostSim::MacKind::NicVirtualAddress, 7);
     UseNic({{"supportsMessageLevel", false}, {"messageLevel", 7}});
     EXPECT_EQ(Int(RunStruct({"nic", "get", "-n", "hwnic0"}), "Current Message Level"), -1);
     UseNic({{"supportsMessageLevel", true},
             {"messageLevel", 7},
             {"phyAddress", 3},
-            {"virtualAddress", "00:50:56:aa:bb:cc"}});
+            {"virtualAddress", kVirtualAddress}});
     auto info = RunStruct({"nic", "get", "-n", "hwnic0"});
     EXPECT_EQ(Int(info, "Current Message Level"), 7);
     EXPECT_EQ(Int(info, "PHY Address"), 3);
-    EXPECT_EQ(Str(info, "Virtual Address"), "00:50:56:aa:bb:cc");
+    EXPECT_EQ(Str(info, "Virtual Address"), kVirtualAddress);
 }
 
 TEST_F(NicGetTest, PauseFieldsStayEmptyWithoutPauseSupport) {

@@ -2,15 +2,23 @@
 // case.
 #include <nlohmann/json.hpp>
 
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace {
 
+using HostSim::LocalMac;
+using HostSim::MacKind;
 using nlohmann::json;
 using Testing::Int;
 using Testing::Rows;
 using Testing::RowWhere;
 using Testing::Str;
+
+// The number a name like "hwnic3" ends in.
+std::uint32_t NicNumber(const std::string& name) {
+    return static_cast<std::uint32_t>(name.back() - '0');
+}
 
 json PciNic(const std::string& name) {
     return {{"name", name},
@@ -20,7 +28,7 @@ json PciNic(const std::string& name) {
               {"device", "ZX-10G"}}},
             {"driver", "zxnet"},
             {"speed", 10000},
-            {"mac", "00:50:56:0a:0b:0" + name.substr(name.size() - 1)}};
+            {"mac", LocalMac(MacKind::PciNic, NicNumber(name))}};
 }
 
 json PseudoNic(const std::string& name, const std::string& descriptor) {
@@ -28,7 +36,7 @@ json PseudoNic(const std::string& name, const std::string& descriptor) {
             {"descriptor", descriptor},
             {"driver", "pseudonet"},
             {"speed", 100},
-            {"mac", "00:50:56:0c:0d:0e"}};
+            {"mac", LocalMac(MacKind::PseudoNic, 0)}};
 }
 
 class NicListTest : public Testing::CommandTest {
@@ -71,7 +79,7 @@ TEST_F(NicListTest, PciAndPseudoNicsAreDescribedFromTheirSources) {
     EXPECT_EQ(Str(rows[0], "Driver"), "zxnet");
     EXPECT_EQ(Int(rows[0], "Speed"), 10000);
     EXPECT_EQ(Str(rows[0], "Duplex"), "Full");
-    EXPECT_EQ(Str(rows[0], "MAC Address"), "00:50:56:0a:0b:03");
+    EXPECT_EQ(Str(rows[0], "MAC Address"), LocalMac(MacKind::PciNic, 3));
     EXPECT_EQ(Int(rows[0], "MTU"), 1500);
     EXPECT_EQ(Str(rows[0], "DPU Id"), "N/A");
     EXPECT_EQ(Str(rows[1], "PCI Device"), "Pseudo");

@@ -1,6 +1,7 @@
 // `nic set`: the command's checks in their order, the host's refusals, and what a change shows
 // in `nic get` and `nic list` while the other fields stay.
 #include "hostsim/Control.h"
+#include "hostsim/values/LocalMac.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -52,7 +53,7 @@ TEST_F(NicSet, RefusesInTheOrderOfItsChecksAndTheHostsRules) {
         {{"-n", "hwnic0", "-p", "fibre"}, "NIC hwnic0 has no fibre port"},
         {{"-n", "hwnic1", "-w", "u"}, "NIC hwnic1 can't wake on unicast messages"},
         {{"-n", "hwnic0", "-P", "40"}, "PHY address 40 is out of range (0-31)"},
-        {{"-n", "hwnic0", "-V", "00:50:56"}, "Virtual address \"00:50:56\" is not a MAC address"},
+        {{"-n", "hwnic0", "-V", "02:03:00"}, "Virtual address \"02:03:00\" is not a MAC address"},
         {{"-n", "hwnic0", "-S", "10000", "-D", "full"},
          "NIC hwnic0 does not support 10000 Mbps full duplex"},
         {{"-n", "hwnic1", "-S", "100", "-D", "half"},
@@ -79,11 +80,12 @@ TEST_F(NicSet, LinkFieldsChangeOneByOneAndShowInNicGet) {
     EXPECT_EQ(Strings(info, "Wakeon"), Words{"MagicPacket(tm)"});
     EXPECT_EQ(Int(info, "Current Message Level"), 7);
 
-    RunOk({"nic", "set", "-n", "hwnic2", "-p", "da", "-P", "5", "-V", "00:50:56:5a:dd:09"});
+    const std::string virtualAddress = HostSim::LocalMac(HostSim::MacKind::NicVirtualAddress, 9);
+    RunOk({"nic", "set", "-n", "hwnic2", "-p", "da", "-P", "5", "-V", virtualAddress});
     info = Get("hwnic2");
     EXPECT_EQ(Str(info, "Cable Type"), "DA");
     EXPECT_EQ(Int(info, "PHY Address"), 5);
-    EXPECT_EQ(Str(info, "Virtual Address"), "00:50:56:5a:dd:09");
+    EXPECT_EQ(Str(info, "Virtual Address"), virtualAddress);
     EXPECT_EQ(Str(info, "Transceiver"), "external");
 
     RunOk({"nic", "set", "-n", "hwnic8", "-l", "5"});

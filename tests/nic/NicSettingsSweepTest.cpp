@@ -7,6 +7,7 @@
 #include "NicSweepCases.h"
 #include "hostctl/HostCtlException.h"
 #include "hostsim/Control.h"
+#include "hostsim/values/LocalMac.h"
 
 namespace {
 
@@ -50,12 +51,13 @@ TEST_F(NicSettingsSweep, ProfileRoundTripsAndScales) {
 
     // Three copies of one NIC on one switch: each copy has its settings and counts VLANs on
     // its own switch's copy.
-    const auto small = nlohmann::ordered_json::parse(R"({
-      "nics": [{"name": "hwnic0", "driver": "tarn1g", "speed": 1000, "mac": "00:50:56:a1:00:00"}],
+    auto small = nlohmann::ordered_json::parse(R"({
+      "nics": [{"name": "hwnic0", "driver": "tarn1g", "speed": 1000}],
       "nicSettings": [{"name": "hwnic0", "stats": {"rxPackets": 5},
                        "vlanStats": {"switch": "lanswitch0", "vlans": [{"vlanId": 7}]},
                        "rings": {"maximum": {"rx": 64, "tx": 64}, "current": {"rx": 8, "tx": 8}}}],
       "vswitches": [{"name": "lanswitch0", "uplinks": ["hwnic0"]}]})");
+    small["nics"][0]["mac"] = HostSim::LocalMac(HostSim::MacKind::PciNic, 0);
     const std::string smallFile = other.Path() + "/small.json";
     std::ofstream(smallFile) << small.dump();
     auto init = Testing::RunHostsim({"init", "--profile=" + smallFile, "--scale=3"}, other.Path());

@@ -12,6 +12,7 @@
 #include <stdexcept>
 
 #include "frame/Registration.h"
+#include "support/ModelFailures.h"
 
 extern char** environ;
 
@@ -97,6 +98,24 @@ std::shared_ptr<MetaValue> FieldOf(const std::shared_ptr<MetaStruct>& row,
         ADD_FAILURE() << "struct " << row->GetName() << " has no field " << field;
     }
     return value;
+}
+
+// A run whose network model could not be made ends as the command's line of kModelFailures
+// says, with that one message and no root.
+void ExpectModelFailure(const CommandHost::RunResult& result) {
+    const std::string path = result.command ? result.command->GetPathString(' ') : std::string();
+    const ModelFailure* expected = FindModelFailure(path);
+    if (expected == nullptr) {
+        ADD_FAILURE() << "no line in kModelFailures for '" << path << "', which ended "
+                      << Describe(result);
+        return;
+    }
+    EXPECT_EQ(result.status, expected->status) << Describe(result);
+    const bool escaped = expected->status == CommandHost::ExitException;
+    const std::vector<std::string> one{expected->message};
+    EXPECT_EQ(result.hostMessages, escaped ? one : std::vector<std::string>{});
+    EXPECT_EQ(result.output->GetErrorMessages(), escaped ? std::vector<std::string>{} : one);
+    EXPECT_EQ(result.output->GetRootObject(), nullptr);
 }
 
 }  // namespace
@@ -290,7 +309,6 @@ namespace Testing {
 
 std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
     const std::vector<std::string>& words, const SweepRules& rules) {
-    constexpr char kInjected[] = "injected fault";
     std::vector<HostSim::OperationCall> operations;
     auto prepare = [this, &rules](const TemporaryDirectory& fresh) {
         HostSim::UseStateDirectory(fresh.Path());
@@ -310,7 +328,7 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
         SCOPED_TRACE(operation.operation + "@" + operation.object);
         TemporaryDirectory fresh;
         prepare(fresh);
-        HostSim::InjectFault(operation.operation, operation.object, kInjected);
+        HostSim::InjectFault(operation.operation, operation.object, kInjectedFault);
         auto result = Run(words);
         HostSim::ClearFaults();
         if (!result.output) {
@@ -321,6 +339,10 @@ std::vector<HostSim::OperationCall> CommandTest::ExpectEveryFaultFails(
             return std::find(operations.begin(), operations.end(), operation.operation) !=
                    operations.end();
         };
+        if (MakesModel(operation.operation)) {
+            ExpectModelFailure(result);
+            continue;
+        }
         if (listed(rules.handledOperations)) {
             EXPECT_EQ(result.status, CommandHost::ExitOk) << Describe(result);
             continue;

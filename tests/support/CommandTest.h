@@ -28,7 +28,9 @@ private:
     std::string path_;
 };
 
-// What a fault sweep of one command line allows besides "error messages and no root".
+// What a fault sweep of one command line allows besides "error messages and no root". A failure
+// to make the network model is not the rules' to judge: it ends as the command's line of
+// kModelFailures (support/ModelFailures.h) says.
 struct SweepRules {
     // A failure of one of these operations is handled inside the run, which then succeeds.
     std::vector<std::string> handledOperations = {};
@@ -79,8 +81,9 @@ protected:
     // The fault sweep: records the host operations of a normal run of `words` on a fresh
     // default host, then runs it once per operation on another fresh host with that operation
     // failing. Every such run must end with error messages and no root (or as `rules` say) and
-    // must not let the exception escape. Returns the operations swept, so a test can check the
-    // sweep saw what it expects.
+    // must not let the exception escape; a run whose network model failed ends with the status
+    // and message of the command's line of kModelFailures. Returns the operations swept, so a test
+    // can check the sweep saw what it expects.
     std::vector<HostSim::OperationCall> ExpectEveryFaultFails(const std::vector<std::string>& words,
                                                               const SweepRules& rules);
     std::vector<HostSim::OperationCall> ExpectEveryFaultFails(

@@ -104,6 +104,31 @@ TEST_F(FailoverOrder, AnEmptyLastPieceIsNoName) {
     EXPECT_EQ(Current(), (Adapters{{"hwnic1"}, {"hwnic4"}, {"hwnic0"}}));
 }
 
+// A profile may give a policy more active adapters than its order holds. A standby list alone
+// then keeps that count and lowers it only by the active names it takes, so what is left stays
+// active.
+TEST_F(FailoverOrder, StandbyListAloneKeepsACountLargerThanTheOrder) {
+    HostSim::Json profile = ExportedHost();
+    for (auto& vswitch : profile["vswitches"]) {
+        if (vswitch["name"] == "lanswitch0") {
+            vswitch["policies"]["teaming"]["maxActiveUplinks"] = 5;
+        }
+    }
+    ImportHost(profile);
+    ASSERT_EQ(Current(), (Adapters{{"hwnic0", "hwnic1", "hwnic4"}, {}, {}}));
+
+    EXPECT_EQ(SetFailover({"--standby-uplinks=hwnic1"}), Words{});
+    EXPECT_EQ(Current(), (Adapters{{"hwnic0", "hwnic4", "hwnic1"}, {}, {}}));
+    const HostSim::Json after = ExportedHost();
+    for (const auto& vswitch : after["vswitches"]) {
+        if (vswitch["name"] == "lanswitch0") {
+            const auto& teaming = vswitch["policies"]["teaming"];
+            EXPECT_EQ(teaming["maxActiveUplinks"], 4);
+            EXPECT_EQ(teaming["uplinkOrder"], HostSim::Json({"hwnic0", "hwnic4", "hwnic1"}));
+        }
+    }
+}
+
 class FailoverWords : public VswitchTesting::VswitchTest {};
 
 TEST_F(FailoverWords, LoadBalancingReadsBackInTheHostsWords) {
