@@ -4,6 +4,7 @@
 #include <linux/if.h>
 #include <linux/rtnetlink.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 
@@ -37,8 +38,27 @@ std::string AddressText(int addressFamily, const nlattr* attribute) {
     if (mnl_attr_get_payload_len(attribute) < length) {
         return {};
     }
+    const auto* bytes = static_cast<const unsigned char*>(mnl_attr_get_payload(attribute));
+    if (addressFamily == AF_INET) {
+        // Dotted quad by hand: inet_ntop formats through sprintf, which a dump of many routes
+        // feels.
+        char text[INET_ADDRSTRLEN];
+        char* end = text;
+        for (int part = 0; part < 4; ++part) {
+            const unsigned value = bytes[part];
+            if (value >= 100) {
+                *end++ = static_cast<char>('0' + value / 100);
+            }
+            if (value >= 10) {
+                *end++ = static_cast<char>('0' + value / 10 % 10);
+            }
+            *end++ = static_cast<char>('0' + value % 10);
+            *end++ = '.';
+        }
+        return std::string(text, end - 1);
+    }
     char text[INET6_ADDRSTRLEN] = {};
-    inet_ntop(addressFamily, mnl_attr_get_payload(attribute), text, sizeof text);
+    inet_ntop(addressFamily, bytes, text, sizeof text);
     return text;
 }
 
@@ -135,6 +155,23 @@ int LinkNames::Index(const std::string& name) {
 
 namespace {
 
+// The attributes of a message after its fixed header, by type, into an array of the caller's:
+// a dump of many routes parses one a message.
+template <std::size_t Count>
+void ParseAttributesInto(const nlmsghdr& message, std::size_t extra,
+                         std::array<const nlattr*, Count>& attributes) {
+    mnl_attr_parse(
+        &message, static_cast<unsigned>(extra),
+        [](const nlattr* attribute, void* data) {
+            auto& found = *static_cast<std::array<const nlattr*, Count>*>(data);
+            if (mnl_attr_get_type(attribute) < Count) {
+                found[mnl_attr_get_type(attribute)] = attribute;
+            }
+            return MNL_CB_OK;
+        },
+        &attributes);
+}
+
 // The hops of a multipath route: each rtnexthop with its own attributes after it.
 void ReadHops(int addressFamily, const nlattr* multipath, std::vector<DumpedRoute::Hop>& hops) {
     const auto* start = static_cast<const char*>(mnl_attr_get_payload(multipath));
@@ -165,7 +202,8 @@ void DumpMainRoutes(NetlinkSocket& socket, int addressFamily,
     DumpedRoute route;
     socket.Exchange(request, [&route, &visit](const nlmsghdr& reply) {
         const auto* header = static_cast<const rtmsg*>(mnl_nlmsg_get_payload(&reply));
-        const auto attributes = ParseAttributes(reply, sizeof(rtmsg), RTA_MAX);
+        std::array<const nlattr*, RTA_MAX + 1> attributes{};
+        ParseAttributesInto(reply, sizeof(rtmsg), attributes);
         if (U32Or(attributes[RTA_TABLE], header->rtm_table) != RT_TABLE_MAIN ||
             header->rtm_type != RTN_UNICAST || (header->rtm_flags & RTM_F_CLONED) != 0) {
             return;
