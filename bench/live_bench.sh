@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Times whole autocli processes on the live Linux host against ip, which reads the same kernel
 # tables, in network namespaces of the script's own: one holding 10 links, one holding 1,000
-# (veth pairs). The namespaces and their links go when the script's processes end; the
-# machine's own links are never seen.
+# (veth pairs), one holding 10,000 routes and one holding 1,000 addresses. The namespaces and
+# what they hold go when the script's processes end; the machine's own links are never seen.
 # Usage: bench/live_bench.sh [build-dir] [runs]   (defaults: build, 500)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,20 +12,52 @@ runs=${2:-500}
 if [ "${LIVE_BENCH_NAMESPACE:-}" != yes ]; then
     for links in 10 1000; do
         echo "== a namespace with $links links"
-        LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_LINKS=$links unshare -n "$0" "$build" "$runs"
+        LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_CASE=links LIVE_BENCH_LINKS=$links \
+            unshare -n "$0" "$build" "$runs"
         echo
     done
+    echo "== a namespace with 10,000 routes"
+    LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_CASE=routes unshare -n "$0" "$build" "$runs"
+    echo
+    echo "== a namespace with 1,000 addresses on one link"
+    LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_CASE=addresses unshare -n "$0" "$build" "$runs"
     exit 0
 fi
 
 ip=$(command -v ip)
 autocli="$build/bin/autocli"
-for ((pair = 0; pair < LIVE_BENCH_LINKS / 2; pair++)); do
-    echo "link add v$pair type veth peer name w$pair"
-done | "$ip" -batch -
-"$ip" link set v0 up
-"$build/bin/bench_processes" "$runs" \
-    "ip -j link show=$ip -j link show" \
-    "nic list (json)=$autocli --host=linux --formatter=json network nic list" \
-    "ip -j -s link show dev v0=$ip -j -s link show dev v0" \
-    "nic stats get -n v0 (json)=$autocli --host=linux --formatter=json network nic stats get -n v0"
+case "$LIVE_BENCH_CASE" in
+links)
+    for ((pair = 0; pair < LIVE_BENCH_LINKS / 2; pair++)); do
+        echo "link add v$pair type veth peer name w$pair"
+    done | "$ip" -batch -
+    "$ip" link set v0 up
+    "$build/bin/bench_processes" "$runs" \
+        "ip -j link show=$ip -j link show" \
+        "nic list (json)=$autocli --host=linux --formatter=json network nic list" \
+        "ip -j -s link show dev v0=$ip -j -s link show dev v0" \
+        "nic stats get -n v0 (json)=$autocli --host=linux --formatter=json network nic stats get -n v0"
+    ;;
+routes)
+    "$ip" link add v0 type veth peer name w0
+    "$ip" link set v0 up
+    "$ip" addr add 192.0.2.1/24 dev v0
+    for ((route = 0; route < 10000; route++)); do
+        echo "route add 10.$((route / 256)).$((route % 256)).0/24 via 192.0.2.254"
+    done | "$ip" -batch -
+    "$build/bin/bench_processes" "$runs" \
+        "ip -j route show=$ip -j route show" \
+        "ip route ipv4 list (json)=$autocli --host=linux --formatter=json network ip route ipv4 list"
+    ;;
+addresses)
+    "$ip" link add v0 type veth peer name w0
+    "$ip" link set v0 up
+    for ((address = 0; address < 1000; address++)); do
+        echo "addr add 2001:db8::$((address + 1))/64 dev v0 nodad"
+    done | "$ip" -batch -
+    "$build/bin/bench_processes" "$runs" \
+        "ip -j addr show=$ip -j addr show" \
+        "ip interface list (json)=$autocli --host=linux --formatter=json network ip interface list" \
+        "ip interface ipv6 address list (json)=$autocli --host=linux --formatter=json network ip interface ipv6 address list"
+    ;;
+esac

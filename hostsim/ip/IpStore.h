@@ -12,22 +12,9 @@
 #include "hostctl/KelmNic.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/ip/NetstackRecord.h"
 
 namespace KelmCtl::Network {
-
-struct NetstackRecord {
-    std::string key;
-    std::string name;
-    bool up = false;
-    unsigned maxConnections = 0;
-    std::string congestionControl;
-    bool ipv6 = false;
-    std::string ecn;
-    unsigned workers = 0;
-    // The kernel's values, taken from the configuration when the instance was created there.
-    unsigned currentMaxConnections = 0;
-    bool currentIpv6 = false;
-};
 
 struct KelmNicRecord {
     std::string name;

@@ -7,11 +7,14 @@
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostctl/Misc.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dvs/DvsStore.h"
 #include "hostsim/ip/KelmNicImpl.h"
+#include "hostsim/ip/LiveKelmNicImpl.h"
 #include "hostsim/values/LocalMac.h"
 #include "hostsim/vswitch/VswitchStore.h"
 
@@ -166,6 +169,32 @@ std::string Describe(const ConnectionPoint& point) {
     return "port group " + point.GetPortGroupName();
 }
 
+// The live host's interfaces: the links of the netstacks' namespaces. Linux has no system
+// interfaces apart from the ordinary ones.
+HostSim::Live::Host* LiveHostFor(PortsetGetType type) {
+    auto* live = HostSim::LiveHost();
+    if (live != nullptr && type == HostCtl::Network::PortsetGetSystem) {
+        throw HostCtlException(HostSim::Live::kNotAvailable);
+    }
+    return live;
+}
+
+// The netstacks whose namespaces are there, the default one first.
+std::vector<std::string> LiveNetstacks(HostSim::Live::Host& live) {
+    std::vector<std::string> keys;
+    for (const NetstackRecord& record : live.Netstacks().LoadAll()) {
+        if (record.up) {
+            keys.push_back(record.key);
+        }
+    }
+    return keys;
+}
+
+bool IsLiveNetstack(HostSim::Live::Host& live, const std::string& key) {
+    const auto record = live.Netstacks().Load(key);
+    return record && record->up;
+}
+
 }  // namespace
 
 KelmNicTagType KelmNicTagNameToId(const std::string& name) {
@@ -187,19 +216,36 @@ const char* KelmNicTagIdToName(KelmNicTagType tag) {
 // Opens the host's store, so that a host that can't be reached fails here.
 KelmNicInfoImpl::KelmNicInfoImpl() {
     PassOperation("KelmNicInfoImpl::KelmNicInfoImpl");
-    Store();
+    if (HostSim::LiveHost() == nullptr) {
+        Store();
+    }
 }
 
 KelmNicInfoImpl::~KelmNicInfoImpl() = default;
 
 std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNics(PortsetGetType type) {
     PassOperation("KelmNicInfo::GetKelmNics");
+    if (auto* live = LiveHostFor(type)) {
+        std::vector<std::unique_ptr<KelmNic>> nics;
+        for (const std::string& key : LiveNetstacks(*live)) {
+            for (auto& nic : LiveKelmNics(live->Interfaces().LoadAll(key), key)) {
+                nics.push_back(std::move(nic));
+            }
+        }
+        return nics;
+    }
     return MakeNics(HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type)}));
 }
 
 std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByInstanceKey(
     const std::string& key, PortsetGetType type) {
     PassOperation("KelmNicInfoImpl::GetKelmNicsByInstanceKey", key);
+    if (auto* live = LiveHostFor(type)) {
+        if (!IsLiveNetstack(*live, key)) {
+            return {};
+        }
+        return LiveKelmNics(live->Interfaces().LoadAll(key), key);
+    }
     return MakeNics(
         HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .netstack = key}));
 }
@@ -207,6 +253,16 @@ std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByInstanceKey(
 std::unique_ptr<KelmNic> KelmNicInfoImpl::GetKelmNicByInterface(const std::string& name, bool,
                                                                 PortsetGetType type) {
     PassOperation("KelmNicInfoImpl::GetKelmNicByInterface", name);
+    // Each namespace has names of its own: the default netstack's come first.
+    if (auto* live = LiveHostFor(type)) {
+        for (const std::string& key : LiveNetstacks(*live)) {
+            if (auto record = live->Interfaces().Load(key, name)) {
+                return std::make_unique<LiveKelmNic>(std::move(*record),
+                                                     std::make_shared<LiveIpSettings>(key));
+            }
+        }
+        return nullptr;
+    }
     auto records = HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .name = name});
     if (records.empty()) {
         return nullptr;
@@ -216,6 +272,9 @@ std::unique_ptr<KelmNic> KelmNicInfoImpl::GetKelmNicByInterface(const std::strin
 
 std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByTag(KelmNicTagType tag) {
     PassOperation("KelmNicInfoImpl::GetKelmNicsByTag", KelmNicTagIdToName(tag));
+    if (HostSim::LiveHost() != nullptr) {
+        throw HostCtlException(HostSim::Live::kNotAvailable);
+    }
     auto records = HostSim::Ip::LoadKelmNics(Store(), {});
     std::erase_if(records, [tag](const KelmNicRecord& record) {
         return std::find(record.tags.begin(), record.tags.end(), tag) == record.tags.end();
@@ -226,6 +285,14 @@ std::vector<std::unique_ptr<KelmNic>> KelmNicInfoImpl::GetKelmNicsByTag(KelmNicT
 void KelmNicInfoImpl::GetKelmNicNamesByInstanceKey(std::vector<std::string>& names,
                                                    const std::string& key, PortsetGetType type) {
     PassOperation("KelmNicInfoImpl::GetKelmNicNamesByInstanceKey", key);
+    if (auto* live = LiveHostFor(type)) {
+        if (IsLiveNetstack(*live, key)) {
+            for (const HostSim::Live::InterfaceRecord& record : live->Interfaces().LoadAll(key)) {
+                names.push_back(record.name);
+            }
+        }
+        return;
+    }
     for (const KelmNicRecord& record :
          HostSim::Ip::LoadKelmNics(Store(), {.system = SystemOf(type), .netstack = key})) {
         names.push_back(record.name);
@@ -237,6 +304,10 @@ std::unique_ptr<KelmNic> KelmNicInfoImpl::AddKelmNic(
     const HostCtl::Network::IpConfig& ipConfig, const HostCtl::Network::MacAddress& mac,
     unsigned flags, unsigned mtu, unsigned numRxQueue, const std::string& name, bool system) {
     PassOperation("KelmNicInfoImpl::AddKelmNic", name);
+    // A link on Linux is made as what it is (a veth, a VLAN, a bridge), not on a port group.
+    if (HostSim::LiveHost() != nullptr) {
+        throw HostCtlException(HostSim::Live::kNotAvailable);
+    }
     if (flags != 0 || system) {
         throw HostCtlException("System Kelm interfaces are made by the host only");
     }
@@ -298,6 +369,9 @@ std::unique_ptr<KelmNic> KelmNicInfoImpl::AddKelmNic(
 void KelmNicInfoImpl::RemoveKelmNic(const ConnectionPoint& connectionPoint,
                                     const std::string& netstackKey) {
     PassOperation("KelmNicInfoImpl::RemoveKelmNic", netstackKey);
+    if (HostSim::LiveHost() != nullptr) {
+        throw HostCtlException(HostSim::Live::kNotAvailable);
+    }
     HostSim::Database& database = Store();
     HostSim::WriteTransaction transaction(database);
     for (const KelmNicRecord& nic : HostSim::Ip::LoadKelmNics(database, {.system = false})) {

@@ -2,9 +2,11 @@
 #include "kelmctl/NetstackInstanceImpl.h"
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/ip/IpStore.h"
+#include "hostsim/linux/LiveHost.h"
 
 namespace KelmCtl::Network {
 
@@ -30,6 +32,10 @@ void ChangeNetstack(NetstackRecord& held, Change change) {
     held = std::move(*current);
 }
 
+[[noreturn]] void NotAvailable() {
+    throw HostCtlException(HostSim::Live::kNotAvailable);
+}
+
 }  // namespace
 
 NetstackInstanceImpl::NetstackInstanceImpl(const std::string& key, unsigned maxConnections,
@@ -52,6 +58,9 @@ NetstackInstanceImpl::NetstackInstanceImpl(std::unique_ptr<NetstackRecord> recor
 NetstackInstanceImpl::~NetstackInstanceImpl() = default;
 
 std::vector<std::string> NetstackInstanceImpl::GetCongestionControlAlgorithmList() {
+    if (auto* live = HostSim::LiveHost()) {
+        return live->Netstacks().CongestionControlAlgorithms();
+    }
     return HostSim::Ip::CongestionControlAlgorithms();
 }
 
@@ -107,6 +116,10 @@ unsigned NetstackInstanceImpl::GetWorkers() const {
 void NetstackInstanceImpl::SetInstanceName(const std::string& name, bool) {
     PassOperation("NetstackInstance::SetInstanceName", record_->key);
     HostSim::Ip::CheckNetstackKey(name);
+    // A namespace is known by its name alone.
+    if (onHost_ && HostSim::LiveHost() != nullptr) {
+        NotAvailable();
+    }
     if (!onHost_) {
         record_->name = name;
         return;
@@ -117,6 +130,13 @@ void NetstackInstanceImpl::SetInstanceName(const std::string& name, bool) {
 
 void NetstackInstanceImpl::Enable() {
     PassOperation("NetstackInstance::Enable", record_->key);
+    // A namespace is in the kernel from its making to its removal.
+    if (onHost_ && HostSim::LiveHost() != nullptr) {
+        if (!record_->up) {
+            NotAvailable();
+        }
+        return;
+    }
     if (!onHost_) {
         record_->up = true;
         return;
@@ -132,6 +152,9 @@ void NetstackInstanceImpl::Enable() {
 
 void NetstackInstanceImpl::Disable() {
     PassOperation("NetstackInstance::Disable", record_->key);
+    if (onHost_ && HostSim::LiveHost() != nullptr) {
+        NotAvailable();
+    }
     if (!onHost_) {
         record_->up = false;
         return;
@@ -155,6 +178,10 @@ void NetstackInstanceImpl::Disable() {
 void NetstackInstanceImpl::SetMaxConnections(const unsigned& maxConnections, bool) {
     PassOperation("NetstackInstance::SetMaxConnections", record_->key);
     HostSim::Ip::CheckMaxConnections(maxConnections);
+    // Linux sets no limit on a namespace's connections.
+    if (onHost_ && HostSim::LiveHost() != nullptr) {
+        NotAvailable();
+    }
     if (!onHost_) {
         record_->maxConnections = maxConnections;
         return;
@@ -166,6 +193,12 @@ void NetstackInstanceImpl::SetMaxConnections(const unsigned& maxConnections, boo
 
 void NetstackInstanceImpl::SetCongestionControlAlgorithm(const std::string& name, bool) {
     PassOperation("NetstackInstance::SetCongestionControlAlgorithm", record_->key);
+    // The kernel names the algorithms it has, and refuses another in its own words.
+    if (auto* live = HostSim::LiveHost(); live != nullptr && onHost_) {
+        live->Netstacks().SetCongestionControl(record_->key, name);
+        record_->congestionControl = name;
+        return;
+    }
     HostSim::Ip::CheckCongestionControl(name);
     if (!onHost_) {
         record_->congestionControl = name;
@@ -179,6 +212,11 @@ void NetstackInstanceImpl::SetCongestionControlAlgorithm(const std::string& name
 void NetstackInstanceImpl::SetEcnStatus(const std::string& status) {
     PassOperation("NetstackInstance::SetEcnStatus", record_->key);
     HostSim::Ip::CheckEcn(status);
+    if (auto* live = HostSim::LiveHost(); live != nullptr && onHost_) {
+        live->Netstacks().SetEcn(record_->key, status);
+        record_->ecn = status;
+        return;
+    }
     if (!onHost_) {
         record_->ecn = status;
         return;

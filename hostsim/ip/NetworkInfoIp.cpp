@@ -3,10 +3,12 @@
 
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dns/NameServiceStore.h"
 #include "hostsim/ip/IpStore.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/NetstackInstanceImpl.h"
@@ -19,6 +21,19 @@ using HostCtl::Network::NetstackInstance;
 using HostSim::PassOperation;
 using HostSim::Store;
 
+namespace {
+
+std::unique_ptr<NetstackInstance> InstanceOf(NetstackRecord record) {
+    return std::make_unique<NetstackInstanceImpl>(
+        std::make_unique<NetstackRecord>(std::move(record)));
+}
+
+[[noreturn]] void NotAvailable() {
+    throw HostCtlException(HostSim::Live::kNotAvailable);
+}
+
+}  // namespace
+
 std::unique_ptr<HostCtl::Network::KelmNicInfo> NetworkInfoImpl::GetKelmNicInfo() {
     PassOperation("NetworkInfo::GetKelmNicInfo");
     return std::make_unique<KelmNicInfoImpl>();
@@ -26,10 +41,11 @@ std::unique_ptr<HostCtl::Network::KelmNicInfo> NetworkInfoImpl::GetKelmNicInfo()
 
 std::vector<std::unique_ptr<NetstackInstance>> NetworkInfoImpl::ListNetstackInstances() {
     PassOperation("NetworkInfo::ListNetstackInstances");
+    auto* live = HostSim::LiveHost();
     std::vector<std::unique_ptr<NetstackInstance>> instances;
-    for (NetstackRecord& record : HostSim::Ip::LoadNetstacks(Store())) {
-        instances.push_back(std::make_unique<NetstackInstanceImpl>(
-            std::make_unique<NetstackRecord>(std::move(record))));
+    for (NetstackRecord& record :
+         live != nullptr ? live->Netstacks().LoadAll() : HostSim::Ip::LoadNetstacks(Store())) {
+        instances.push_back(InstanceOf(std::move(record)));
     }
     return instances;
 }
@@ -37,16 +53,26 @@ std::vector<std::unique_ptr<NetstackInstance>> NetworkInfoImpl::ListNetstackInst
 std::unique_ptr<NetstackInstance> NetworkInfoImpl::LookupNetstackInstanceByKey(
     const std::string& key) {
     PassOperation("NetworkInfo::LookupNetstackInstanceByKey", key);
-    auto record = HostSim::Ip::LoadNetstack(Store(), key);
+    auto* live = HostSim::LiveHost();
+    auto record =
+        live != nullptr ? live->Netstacks().Load(key) : HostSim::Ip::LoadNetstack(Store(), key);
     if (!record) {
         return nullptr;
     }
-    return std::make_unique<NetstackInstanceImpl>(
-        std::make_unique<NetstackRecord>(std::move(*record)));
+    return InstanceOf(std::move(*record));
 }
 
 void NetworkInfoImpl::AddNetstackInstance(const NetstackInstance& instance, bool configOnly) {
     PassOperation("NetworkInfo::AddNetstackInstance", instance.GetKey());
+    // A namespace is made with the kernel's own settings; none exists in configuration only.
+    if (auto* live = HostSim::LiveHost()) {
+        if (configOnly) {
+            NotAvailable();
+        }
+        HostSim::Ip::CheckNetstackKey(instance.GetKey());
+        live->Netstacks().Add(instance.GetKey());
+        return;
+    }
     NetstackRecord record;
     record.key = instance.GetKey();
     record.name = instance.GetInstanceName();
@@ -77,6 +103,13 @@ void NetworkInfoImpl::AddNetstackInstance(const NetstackInstance& instance, bool
 
 void NetworkInfoImpl::RemoveNetstackInstance(const std::string& key, bool keepConfig) {
     PassOperation("NetworkInfo::RemoveNetstackInstance", key);
+    if (auto* live = HostSim::LiveHost()) {
+        if (keepConfig) {
+            NotAvailable();
+        }
+        live->Netstacks().Remove(key);
+        return;
+    }
     HostSim::Database& database = Store();
     HostSim::WriteTransaction transaction(database);
     auto record = HostSim::Ip::LoadNetstack(database, key);
@@ -105,18 +138,27 @@ void NetworkInfoImpl::RemoveNetstackInstance(const std::string& key, bool keepCo
 
 int NetworkInfoImpl::GetNetstackState(const std::string& key) {
     PassOperation("NetworkInfo::GetNetstackState", key);
-    auto record = HostSim::Ip::LoadNetstack(Store(), key);
+    auto* live = HostSim::LiveHost();
+    auto record =
+        live != nullptr ? live->Netstacks().Load(key) : HostSim::Ip::LoadNetstack(Store(), key);
     return record && record->up ? NetstackInstance::kStateUp : 0;
 }
 
 std::vector<std::string> NetworkInfoImpl::GetPredefinedNetstackKeys() {
     PassOperation("NetworkInfo::GetPredefinedNetstackKeys");
+    if (HostSim::LiveHost() != nullptr) {
+        NotAvailable();
+    }
     return HostSim::Ip::PredefinedNetstackKeys();
 }
 
 // The dumper reads the interfaces when it runs; the simulated host keeps nothing of its own.
+// Linux has no network dumper.
 void NetworkInfoImpl::RefreshNetDumper() {
     PassOperation("NetworkInfo::RefreshNetDumper");
+    if (HostSim::LiveHost() != nullptr) {
+        NotAvailable();
+    }
 }
 
 }  // namespace KelmCtl::Network

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
+#include "hostsim/ip/NetstackRecord.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -84,10 +86,139 @@ public:
                                          HostCtl::Network::SriovNicVFStats& stats) = 0;
 };
 
+// Netstacks are network namespaces: "defaultTcpipStack" is the one the process runs in, the
+// others the named namespaces of /run/netns.
+class NetstackDriver {
+public:
+    virtual ~NetstackDriver() = default;
+
+    // The default netstack, then the named ones in name order; each with the kernel's settings
+    // of its namespace (a name whose namespace is gone is listed down, without settings).
+    virtual std::vector<NetstackRecord> LoadAll() = 0;
+    virtual std::optional<NetstackRecord> Load(const std::string& key) = 0;
+    // A new namespace, bound to /run/netns/KEY; the kernel's defaults are its settings.
+    virtual void Add(const std::string& key) = 0;
+    // Refused while the namespace holds interfaces or routes.
+    virtual void Remove(const std::string& key) = 0;
+    virtual void SetCongestionControl(const std::string& key, const std::string& name) = 0;
+    // "disabled", "enabled" or "echo-only".
+    virtual void SetEcn(const std::string& key, const std::string& status) = 0;
+    // The algorithms the kernel offers to the process's namespace.
+    virtual std::vector<std::string> CongestionControlAlgorithms() = 0;
+};
+
+// An interface: a link of a netstack that carries the host's own traffic, every link but
+// loopback.
+struct InterfaceRecord {
+    std::string name;
+    std::string netstack;
+    std::string mac;  // empty for a link without a hardware address
+    std::uint32_t mtu = 0;
+    std::uint32_t tsoMss = 0;  // the largest packet the link takes for segmentation offload
+    std::uint32_t rxQueues = 0;
+    bool up = false;
+    std::string master;  // the bridge the link is enslaved to, empty for none
+};
+
+// An IPv6 address of an interface, with its type and status as Ipv6Network numbers them.
+struct Ipv6AddressRecord {
+    std::string address;
+    unsigned prefixLength = 0;
+    int type = 0;
+    int status = 1;
+};
+
+// The IP setting of an interface that kernel objects hold. An empty address means none.
+struct InterfaceIp {
+    std::string ipv4Address;  // the primary address
+    unsigned ipv4PrefixLength = 0;
+    std::string ipv4Broadcast;
+    // The gateways of the netstack's default routes that leave through the interface.
+    std::string ipv4Gateway;
+    std::string ipv6Gateway;
+    bool ipv6Enabled = false;
+    std::vector<Ipv6AddressRecord> ipv6Addresses;
+};
+
+class InterfaceDriver {
+public:
+    virtual ~InterfaceDriver() = default;
+
+    // The interfaces of a netstack in the order of link indices, from one dump of its links.
+    virtual std::vector<InterfaceRecord> LoadAll(const std::string& netstack) = 0;
+    // Empty when the netstack has no interface of that name.
+    virtual std::optional<InterfaceRecord> Load(const std::string& netstack,
+                                                const std::string& name) = 0;
+    virtual void SetUp(const std::string& netstack, const std::string& name, bool up) = 0;
+    virtual void SetMtu(const std::string& netstack, const std::string& name, unsigned mtu) = 0;
+    // The IP setting of every interface of a netstack by name, from one dump of its addresses
+    // and one of its routes.
+    virtual std::map<std::string, InterfaceIp> LoadIp(const std::string& netstack) = 0;
+    // Brings the kernel's objects from what they hold to `wanted`: the IPv6 switch of the
+    // link, its primary IPv4 address (none removes every IPv4 address), its IPv6 addresses,
+    // and the default routes through it.
+    virtual void SetIp(const std::string& netstack, const std::string& name,
+                       const InterfaceIp& wanted) = 0;
+};
+
+// A unicast route of a netstack's main table.
+struct RouteRecord {
+    std::string network;
+    unsigned prefixLength = 0;
+    std::string gateway;  // empty for a network reached directly
+    std::string interfaceName;
+    std::string source;  // who made it: "MANUAL", "DHCP", or a routing protocol's name
+};
+
+class RouteDriver {
+public:
+    virtual ~RouteDriver() = default;
+
+    // The routes of one family (4 or 6) in the kernel's order, from one dump of the table.
+    virtual std::vector<RouteRecord> LoadAll(const std::string& netstack, int family) = 0;
+    // The default route in force, of the lowest metric; empty when there is none.
+    virtual std::optional<RouteRecord> LoadDefault(const std::string& netstack, int family) = 0;
+    // Adds or removes the route to `network`/`prefixLength` via `gateway` (empty: reached
+    // directly).
+    virtual void Add(const std::string& netstack, int family, const RouteRecord& route) = 0;
+    virtual void Remove(const std::string& netstack, int family, const RouteRecord& route) = 0;
+    // Makes `gateway` the default route, replacing the one in force; an empty one removes it.
+    virtual void SetDefaultGateway(const std::string& netstack, int family,
+                                   const std::string& gateway, bool fromDhcp) = 0;
+};
+
+// An entry of a neighbour table.
+struct NeighborRecord {
+    std::string address;
+    std::string mac;  // empty while unresolved
+    std::string interfaceName;
+    std::int64_t expiry = 0;  // seconds left of its reachable time; -1 for one that never expires
+    std::uint16_t state = 0;  // the kernel's NUD_ state
+    bool router = false;
+};
+
+class NeighborDriver {
+public:
+    virtual ~NeighborDriver() = default;
+
+    // The entries of one family (4 or 6), on the interface or on every one when it is empty, in
+    // the kernel's order, from one dump of the table.
+    virtual std::vector<NeighborRecord> LoadAll(const std::string& netstack, int family,
+                                                const std::string& interfaceName) = 0;
+    // Removes the entries of the address, on the interface or on every one when it is empty;
+    // throws when there is none.
+    virtual void Remove(const std::string& netstack, int family, const std::string& address,
+                        const std::string& interfaceName) = 0;
+};
+
 class Host {
 public:
     virtual ~Host() = default;
     virtual NicDriver& Nics() = 0;
+    virtual NetstackDriver& Netstacks() = 0;
+    virtual InterfaceDriver& Interfaces() = 0;
+    virtual RouteDriver& Routes() = 0;
+    virtual NeighborDriver& Neighbors() = 0;
 };
 
 }  // namespace HostSim::Live

@@ -1,6 +1,10 @@
 // The live host module's entry.
+#include "hostsim/linux/Interfaces.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/linux/Neighbors.h"
+#include "hostsim/linux/Netstacks.h"
 #include "hostsim/linux/Nics.h"
+#include "hostsim/linux/Routes.h"
 
 namespace HostSim::Linux {
 namespace {
@@ -8,9 +12,17 @@ namespace {
 class LinuxHost final : public Live::Host {
 public:
     Live::NicDriver& Nics() override { return nics_; }
+    Live::NetstackDriver& Netstacks() override { return netstacks_; }
+    Live::InterfaceDriver& Interfaces() override { return interfaces_; }
+    Live::RouteDriver& Routes() override { return routes_; }
+    Live::NeighborDriver& Neighbors() override { return neighbors_; }
 
 private:
     Linux::Nics nics_;
+    Linux::Netstacks netstacks_;
+    Linux::Interfaces interfaces_;
+    Linux::Routes routes_;
+    Linux::Neighbors neighbors_;
 };
 
 }  // namespace

@@ -1,10 +1,14 @@
 #include "kelmctl/RoutingInfoImpl.h"
 
+#include <linux/neighbour.h>
+
 #include <unordered_map>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
 
 namespace KelmCtl::Network {
@@ -216,6 +220,62 @@ void RemoveNeighbor(const std::string& netstack, const Neighbor& wanted, bool ip
     transaction.Commit();
 }
 
+// The live host, or null on the simulated one. Linux has no system interfaces, and so no
+// routes or neighbours of theirs.
+HostSim::Live::Host* LiveHostFor(PortsetGetType type) {
+    auto* live = HostSim::LiveHost();
+    if (live != nullptr && type == HostCtl::Network::PortsetGetSystem) {
+        throw HostCtlException(HostSim::Live::kNotAvailable);
+    }
+    return live;
+}
+
+// Empty for the unspecified address, which means none.
+template <class Address>
+std::string TextOrNone(const Address& address) {
+    return address == Address() ? std::string() : address.GetStringAddress();
+}
+
+HostSim::Live::RouteRecord LiveRoute(const std::string& network, unsigned int prefixLength,
+                                     std::string gateway) {
+    return {network, prefixLength, std::move(gateway), {}, {}};
+}
+
+// The gateways of a live netstack's default routes in force; the kernel keeps no other.
+Gateways LiveGateways(HostSim::Live::Host& live, const std::string& netstack) {
+    Gateways gateways;
+    if (auto route = live.Routes().LoadDefault(netstack, 4); route && !route->gateway.empty()) {
+        gateways.ipv4 = gateways.ipv4Config = route->gateway;
+        gateways.ipv4Source = route->source;
+    }
+    if (auto route = live.Routes().LoadDefault(netstack, 6); route && !route->gateway.empty()) {
+        gateways.ipv6 = gateways.ipv6Config = route->gateway;
+    }
+    return gateways;
+}
+
+// The words of the kernel's neighbour states.
+std::string LiveNeighborState(std::uint32_t state) {
+    switch (state) {
+        case NUD_INCOMPLETE:
+            return "Incomplete";
+        case NUD_REACHABLE:
+            return "Reachable";
+        case NUD_STALE:
+            return "Stale";
+        case NUD_DELAY:
+            return "Delay";
+        case NUD_PROBE:
+            return "Probe";
+        case NUD_FAILED:
+            return "Failed";
+        case NUD_PERMANENT:
+            return "Permanent";
+        default:
+            return "Unknown";
+    }
+}
+
 }  // namespace
 
 namespace {
@@ -267,6 +327,10 @@ void RoutingInfoImpl::Refresh() {
 }
 
 const RoutingInfoImpl::Cache& RoutingInfoImpl::Cached() {
+    if (!cache_ && HostSim::LiveHost() != nullptr) {
+        cache_ = std::make_unique<Cache>();
+        cache_->gateways = LiveGateways(*HostSim::LiveHost(), netstackKey_);
+    }
     if (!cache_) {
         HostSim::Database& database = HostSim::Store();
         HostSim::Routing::RequireNetstack(database, netstackKey_);
@@ -306,12 +370,20 @@ Ipv6Address RoutingInfoImpl::GetIpv6KelmConfigDefaultGateway() {
 void RoutingInfoImpl::SetKelmDefaultGateway(Ipv4Address gateway, bool fromDhcp) {
     PassOperation("RoutingInfoImpl::SetKelmDefaultGateway", netstackKey_);
     cache_.reset();
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().SetDefaultGateway(netstackKey_, 4, TextOrNone(gateway), fromDhcp);
+        return;
+    }
     SetGateway(netstackKey_, 4, gateway.GetStringAddress(), fromDhcp);
 }
 
 void RoutingInfoImpl::SetIpv6KelmDefaultGateway(Ipv6Address gateway) {
     PassOperation("RoutingInfoImpl::SetIpv6KelmDefaultGateway", netstackKey_);
     cache_.reset();
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().SetDefaultGateway(netstackKey_, 6, TextOrNone(gateway), false);
+        return;
+    }
     SetGateway(netstackKey_, 6, gateway.GetStringAddress(), false);
 }
 
@@ -319,12 +391,19 @@ std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
     PassOperation("RoutingInfoImpl::GetDefaultGatewaySource", netstackKey_);
     Cached();
     Cache& cache = *cache_;
-    if (network == DEFAULT_IPV4_ROUTE) {
-        return cache.gateways.ipv4Source;
-    }
     const std::uint64_t key = SourceKey(network.GetNetwork().GetValue(), network.GetPrefixLength());
     if (cache.next < cache.listed.size() && cache.listed[cache.next].first == key) {
         return cache.listed[cache.next++].second;
+    }
+    if (network == DEFAULT_IPV4_ROUTE) {
+        return cache.gateways.ipv4Source;
+    }
+    if (auto* live = HostSim::LiveHost(); live != nullptr && cache.listed.empty()) {
+        for (const auto& route : live->Routes().LoadAll(netstackKey_, 4)) {
+            cache.listed.emplace_back(
+                SourceKey(Ipv4Address(route.network).GetValue(), route.prefixLength), route.source);
+        }
+        cache.next = cache.listed.size();
     }
     if (cache.sources.empty()) {
         cache.sources.insert(cache.listed.begin(), cache.listed.end());
@@ -336,6 +415,14 @@ std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
 void RoutingInfoImpl::AddKelmRoute(Ipv4Network network, Ipv4Address gateway) {
     PassOperation("RoutingInfoImpl::AddKelmRoute", netstackKey_);
     cache_.reset();
+    // The kernel checks the route: a network with bits beyond its prefix, a gateway it can't
+    // reach, a route it has already.
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().Add(netstackKey_, 4,
+                           LiveRoute(network.GetNetwork().GetStringAddress(),
+                                     network.GetPrefixLength(), TextOrNone(gateway)));
+        return;
+    }
     HostSim::Routing::CheckNetwork(network);
     AddRoute(netstackKey_,
              RouteOf(4, network.GetNetwork().GetStringAddress(), network.GetPrefixLength(),
@@ -346,6 +433,12 @@ void RoutingInfoImpl::AddKelmRoute(Ipv4Network network, Ipv4Address gateway) {
 void RoutingInfoImpl::RemoveKelmRoute(Ipv4Network network, Ipv4Address gateway) {
     PassOperation("RoutingInfoImpl::RemoveKelmRoute", netstackKey_);
     cache_.reset();
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().Remove(netstackKey_, 4,
+                              LiveRoute(network.GetNetwork().GetStringAddress(),
+                                        network.GetPrefixLength(), TextOrNone(gateway)));
+        return;
+    }
     RemoveRoute(netstackKey_,
                 RouteOf(4, network.GetNetwork().GetStringAddress(), network.GetPrefixLength(),
                         gateway.GetStringAddress()),
@@ -355,6 +448,12 @@ void RoutingInfoImpl::RemoveKelmRoute(Ipv4Network network, Ipv4Address gateway) 
 void RoutingInfoImpl::AddIpv6KelmRoute(Ipv6Network network, Ipv6Address gateway) {
     PassOperation("RoutingInfoImpl::AddIpv6KelmRoute", netstackKey_);
     cache_.reset();
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().Add(netstackKey_, 6,
+                           LiveRoute(network.GetAddress().GetStringAddress(), network.GetNetmask(),
+                                     TextOrNone(gateway)));
+        return;
+    }
     HostSim::Routing::CheckNetwork(network);
     AddRoute(netstackKey_,
              RouteOf(6, network.GetAddress().GetStringAddress(), network.GetNetmask(),
@@ -365,6 +464,12 @@ void RoutingInfoImpl::AddIpv6KelmRoute(Ipv6Network network, Ipv6Address gateway)
 void RoutingInfoImpl::RemoveIpv6KelmRoute(Ipv6Network network, Ipv6Address gateway) {
     PassOperation("RoutingInfoImpl::RemoveIpv6KelmRoute", netstackKey_);
     cache_.reset();
+    if (auto* live = HostSim::LiveHost()) {
+        live->Routes().Remove(netstackKey_, 6,
+                              LiveRoute(network.GetAddress().GetStringAddress(),
+                                        network.GetNetmask(), TextOrNone(gateway)));
+        return;
+    }
     RemoveRoute(netstackKey_,
                 RouteOf(6, network.GetAddress().GetStringAddress(), network.GetNetmask(),
                         gateway.GetStringAddress()),
@@ -374,6 +479,30 @@ void RoutingInfoImpl::RemoveIpv6KelmRoute(Ipv6Network network, Ipv6Address gatew
 std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
     PortsetGetType type) {
     PassOperation("RoutingInfoImpl::GetCurrentKelmRoutes", netstackKey_);
+    if (auto* live = LiveHostFor(type)) {
+        const auto routes = live->Routes().LoadAll(netstackKey_, 4);
+        // The listing renews the copy: the sources of its rows, and the gateway of the first
+        // default route, which is the one in force.
+        cache_ = std::make_unique<Cache>();
+        Cache& cache = *cache_;
+        cache.listed.reserve(routes.size());
+        std::vector<HostCtl::Network::Ipv4Route> result;
+        result.reserve(routes.size());
+        for (const auto& route : routes) {
+            Ipv4Network network(PrefixText(route.network, route.prefixLength));
+            if (route.prefixLength == 0 && cache.gateways.ipv4 == "0.0.0.0" &&
+                !route.gateway.empty()) {
+                cache.gateways.ipv4 = cache.gateways.ipv4Config = route.gateway;
+                cache.gateways.ipv4Source = route.source;
+            }
+            cache.listed.emplace_back(
+                SourceKey(network.GetNetwork().GetValue(), route.prefixLength), route.source);
+            result.push_back({std::move(network),
+                              route.gateway.empty() ? Ipv4Address() : Ipv4Address(route.gateway),
+                              route.interfaceName});
+        }
+        return result;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
@@ -402,6 +531,15 @@ std::vector<HostCtl::Network::Ipv6Route> RoutingInfoImpl::GetCurrentIpv6KelmRout
     PortsetGetType type) {
     PassOperation("RoutingInfoImpl::GetCurrentIpv6KelmRoutes", netstackKey_);
     cache_.reset();
+    if (auto* live = LiveHostFor(type)) {
+        std::vector<HostCtl::Network::Ipv6Route> result;
+        for (const auto& route : live->Routes().LoadAll(netstackKey_, 6)) {
+            result.push_back({Ipv6Network(PrefixText(route.network, route.prefixLength)),
+                              route.gateway.empty() ? Ipv6Address() : Ipv6Address(route.gateway),
+                              route.interfaceName});
+        }
+        return result;
+    }
     const Cache& cache = Cached();
     const bool system = type == HostCtl::Network::PortsetGetSystem;
     const auto routes = HostSim::Routing::ReadRoutes(HostSim::Store(), netstackKey_, 6, system);
@@ -422,6 +560,20 @@ void RoutingInfoImpl::GetCurrentIpv4KelmNeighbors(
     std::vector<HostCtl::Network::Ipv4Neighbor>& neighbors, const std::string& interfaceName,
     PortsetGetType type) {
     PassOperation("RoutingInfoImpl::GetCurrentIpv4KelmNeighbors", netstackKey_);
+    if (auto* live = LiveHostFor(type)) {
+        for (const auto& entry : live->Neighbors().LoadAll(netstackKey_, 4, interfaceName)) {
+            HostCtl::Network::Ipv4Neighbor neighbor;
+            neighbor.address = Ipv4Address(entry.address);
+            neighbor.macAddress = entry.mac;
+            neighbor.interfaceName = entry.interfaceName;
+            neighbor.expiry = static_cast<std::int32_t>(entry.expiry);
+            neighbor.flags = (entry.state & NUD_PERMANENT) != 0
+                                 ? std::uint32_t{HostCtl::Network::Ipv4NeighborStatic}
+                                 : 0u;
+            neighbors.push_back(std::move(neighbor));
+        }
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
@@ -435,6 +587,24 @@ void RoutingInfoImpl::GetCurrentIpv6KelmNeighbors(
     std::vector<HostCtl::Network::Ipv6Neighbor>& neighbors, const std::string& interfaceName,
     PortsetGetType type) {
     PassOperation("RoutingInfoImpl::GetCurrentIpv6KelmNeighbors", netstackKey_);
+    // The state is the kernel's, which GetIpv6NeighborState words.
+    if (auto* live = LiveHostFor(type)) {
+        for (const auto& entry : live->Neighbors().LoadAll(netstackKey_, 6, interfaceName)) {
+            HostCtl::Network::Ipv6Neighbor neighbor;
+            neighbor.address = Ipv6Address(entry.address);
+            neighbor.macAddress = entry.mac;
+            neighbor.interfaceName = entry.interfaceName;
+            neighbor.expiry = static_cast<std::uint32_t>(entry.expiry);
+            neighbor.state = entry.state;
+            neighbor.flags =
+                ((entry.state & NUD_PERMANENT) != 0
+                     ? std::uint32_t{HostCtl::Network::Ipv6NeighborStatic}
+                     : 0u) |
+                (entry.router ? std::uint32_t{HostCtl::Network::Ipv6NeighborRouter} : 0u);
+            neighbors.push_back(std::move(neighbor));
+        }
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::Routing::RequireNetstack(database, netstackKey_);
     const bool system = type == HostCtl::Network::PortsetGetSystem;
@@ -451,6 +621,9 @@ std::string RoutingInfoImpl::GetIpv4NeighborType(HostCtl::Network::Ipv4Neighbor 
 
 std::string RoutingInfoImpl::GetIpv6NeighborState(HostCtl::Network::Ipv6Neighbor neighbor) {
     PassOperation("RoutingInfoImpl::GetIpv6NeighborState", netstackKey_);
+    if (HostSim::LiveHost() != nullptr) {
+        return LiveNeighborState(neighbor.state);
+    }
     return HostSim::Routing::Ipv6StateWord(neighbor.state);
 }
 
@@ -461,11 +634,21 @@ std::string RoutingInfoImpl::GetIpv6NeighborType(HostCtl::Network::Ipv6Neighbor 
 
 void RoutingInfoImpl::RemoveIpv4Neighbor(HostCtl::Network::Ipv4Neighbor neighbor) {
     PassOperation("RoutingInfoImpl::RemoveIpv4Neighbor", netstackKey_);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Neighbors().Remove(netstackKey_, 4, neighbor.address.GetStringAddress(),
+                                 neighbor.interfaceName);
+        return;
+    }
     RemoveNeighbor(netstackKey_, neighbor, false);
 }
 
 void RoutingInfoImpl::RemoveIpv6Neighbor(HostCtl::Network::Ipv6Neighbor neighbor) {
     PassOperation("RoutingInfoImpl::RemoveIpv6Neighbor", netstackKey_);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Neighbors().Remove(netstackKey_, 6, neighbor.address.GetStringAddress(),
+                                 neighbor.interfaceName);
+        return;
+    }
     RemoveNeighbor(netstackKey_, neighbor, true);
 }
 
