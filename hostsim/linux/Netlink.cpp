@@ -167,4 +167,15 @@ std::vector<const nlattr*> ParseNested(const nlattr* nest, unsigned maximum) {
     return attributes;
 }
 
+std::vector<const nlattr*> NestedList(const nlattr* nest) {
+    std::vector<const nlattr*> attributes;
+    if (nest == nullptr) {
+        return attributes;
+    }
+    ForEachAttribute(mnl_attr_get_payload(nest),
+                     static_cast<const char*>(static_cast<const void*>(nest)) + nest->nla_len,
+                     [&attributes](const nlattr* attribute) { attributes.push_back(attribute); });
+    return attributes;
+}
+
 }  // namespace HostSim::Linux

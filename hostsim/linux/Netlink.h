@@ -72,5 +72,7 @@ private:
 std::vector<const nlattr*> ParseAttributes(const nlmsghdr& message, std::size_t extra,
                                            unsigned maximum);
 std::vector<const nlattr*> ParseNested(const nlattr* nest, unsigned maximum);
+// The attributes nested in `nest`, in their order: for a list of attributes of one type.
+std::vector<const nlattr*> NestedList(const nlattr* nest);
 
 }  // namespace HostSim::Linux
