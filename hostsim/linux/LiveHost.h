@@ -13,6 +13,7 @@
 
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
+#include "hostsim/linux/IpServices.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -88,6 +89,10 @@ class Host {
 public:
     virtual ~Host() = default;
     virtual NicDriver& Nics() = 0;
+    virtual SocketDriver& Sockets() = 0;
+    virtual MulticastDriver& Multicast() = 0;
+    virtual NameServiceDriver& NameService() = 0;
+    virtual IpsecDriver& Ipsec() = 0;
 };
 
 }  // namespace HostSim::Live

@@ -1,5 +1,8 @@
 // The live host module's entry.
+#include "hostsim/linux/Connections.h"
+#include "hostsim/linux/IpSec.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/linux/NameService.h"
 #include "hostsim/linux/Nics.h"
 
 namespace HostSim::Linux {
@@ -8,9 +11,17 @@ namespace {
 class LinuxHost final : public Live::Host {
 public:
     Live::NicDriver& Nics() override { return nics_; }
+    Live::SocketDriver& Sockets() override { return sockets_; }
+    Live::MulticastDriver& Multicast() override { return multicast_; }
+    Live::NameServiceDriver& NameService() override { return nameService_; }
+    Live::IpsecDriver& Ipsec() override { return ipsec_; }
 
 private:
     Linux::Nics nics_;
+    Linux::Sockets sockets_;
+    Linux::Multicast multicast_;
+    Linux::NameService nameService_;
+    Linux::IpSec ipsec_;
 };
 
 }  // namespace
