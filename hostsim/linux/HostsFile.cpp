@@ -5,8 +5,8 @@
 //     # END entries of autocli network ip hosts
 // Every line outside the block is the system's or the administrator's, and is never changed;
 // inside it, lines that are no entry (blank lines, comments) are kept too. The block is added
-// at the end of the file with the first entry, and goes with the last one. A begin line without
-// its end line holds the block to the end of the file.
+// at the end of the file with the first entry, and goes when nothing is left in it. A begin
+// line without its end line holds the block to the end of the file.
 #include <algorithm>
 
 #include "hostsim/linux/Files.h"

@@ -124,8 +124,12 @@ TextLines Rewrite(const TextLines& text, const Live::NameServiceDriver::Resolver
                 remaining.erase(kept);
             }
         } else if (domainsChanged && DomainsOf(line)) {
-            if (index == lastDomains && !wanted.domains.empty()) {
+            // Earlier lines have no effect while the last one stands; with no domains left,
+            // every one goes.
+            if (!wanted.domains.empty() && index == lastDomains) {
                 addDomains();
+            } else if (!wanted.domains.empty()) {
+                result.lines.push_back(line);
             }
         } else {
             result.lines.push_back(line);

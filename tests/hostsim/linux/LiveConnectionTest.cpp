@@ -33,21 +33,18 @@ struct SocketCase {
 };
 
 constexpr SocketCase kSockets[] = {
-    {SOCK_STREAM, AF_INET, "127.0.0.1", 47001, true},
-    {SOCK_STREAM, AF_INET, "0.0.0.0", 47002},
-    {SOCK_STREAM, AF_INET6, "::1", 47003, true},
-    {SOCK_STREAM, AF_INET6, "::", 47004},
-    {SOCK_DGRAM, AF_INET, "127.0.0.1", 47005},
-    {SOCK_DGRAM, AF_INET6, "::1", 47006},
+    {SOCK_STREAM, AF_INET, "127.0.0.1", 47001, true}, {SOCK_STREAM, AF_INET, "0.0.0.0", 47002},
+    {SOCK_STREAM, AF_INET6, "::1", 47003, true},      {SOCK_STREAM, AF_INET6, "::", 47004},
+    {SOCK_DGRAM, AF_INET, "127.0.0.1", 47005},        {SOCK_DGRAM, AF_INET6, "::1", 47006},
     {SOCK_DGRAM, AF_INET, "0.0.0.0", 47007},
 };
 
 // The states as ss writes them, by the host's words.
 const std::map<std::string, std::string> kSsStates = {
-    {"LISTEN", "LISTEN"},         {"ESTAB", "ESTABLISHED"},     {"SYN-SENT", "SYN_SENT"},
-    {"SYN-RECV", "RCVD"},         {"FIN-WAIT-1", "FIN_WAIT_1"}, {"FIN-WAIT-2", "FIN_WAIT_2"},
-    {"TIME-WAIT", "TIME_WAIT"},   {"CLOSE", "CLOSED"},          {"CLOSE-WAIT", "CLOSE_WAIT"},
-    {"LAST-ACK", "LAST_ACK"},     {"CLOSING", "CLOSING"},       {"UNCONN", ""},
+    {"LISTEN", "LISTEN"},       {"ESTAB", "ESTABLISHED"},     {"SYN-SENT", "SYN_SENT"},
+    {"SYN-RECV", "RCVD"},       {"FIN-WAIT-1", "FIN_WAIT_1"}, {"FIN-WAIT-2", "FIN_WAIT_2"},
+    {"TIME-WAIT", "TIME_WAIT"}, {"CLOSE", "CLOSED"},          {"CLOSE-WAIT", "CLOSE_WAIT"},
+    {"LAST-ACK", "LAST_ACK"},   {"CLOSING", "CLOSING"},       {"UNCONN", ""},
 };
 
 // An address of ss ("[::1]:80", "0.0.0.0:*", "*:80", "*:*") in the host's form ("[::1]:80",
@@ -122,9 +119,8 @@ protected:
             ASSERT_EQ(listen(descriptor, 8), 0);
             if (wanted.connect) {
                 const int client = Open(wanted.family, SOCK_STREAM);
-                ASSERT_EQ(connect(client, reinterpret_cast<const sockaddr*>(&address),
-                                  sizeof address),
-                          0)
+                ASSERT_EQ(
+                    connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0)
                     << std::strerror(errno);
                 descriptors_.push_back(accept(descriptor, nullptr, nullptr));
             }
@@ -136,8 +132,7 @@ protected:
     std::vector<std::string> SsRows(const std::string& protocol) {
         std::vector<std::string> rows;
         for (const bool ipv6 : {false, true}) {
-            std::istringstream lines(
-                Witness("ss -anH " + protocol + (ipv6 ? " -6" : " -4")));
+            std::istringstream lines(Witness("ss -anH " + protocol + (ipv6 ? " -6" : " -4")));
             std::string state, receive, send, local, foreign;
             while (lines >> state >> receive >> send >> local >> foreign) {
                 rows.push_back(kSsStates.at(state) + " " + receive + " " + send + " " +
@@ -210,13 +205,11 @@ TEST_F(LiveConnections, AllListsTcpThenUdpThenIp) {
     for (const auto& row : Rows(RunList({"ip", "connection", "list"}))) {
         protocols.push_back(Str(row, "Proto"));
     }
-    EXPECT_TRUE(std::is_sorted(protocols.begin(), protocols.end(),
-                               [](const std::string& a, const std::string& b) {
-                                   auto rank = [](const std::string& p) {
-                                       return p == "tcp" ? 0 : p == "udp" ? 1 : 2;
-                                   };
-                                   return rank(a) < rank(b);
-                               }));
+    EXPECT_TRUE(std::is_sorted(
+        protocols.begin(), protocols.end(), [](const std::string& a, const std::string& b) {
+            auto rank = [](const std::string& p) { return p == "tcp" ? 0 : p == "udp" ? 1 : 2; };
+            return rank(a) < rank(b);
+        }));
     EXPECT_EQ(protocols.size(),
               ListedRows("tcp").size() + ListedRows("udp").size() + ListedRows("ip").size());
 }
@@ -248,8 +241,8 @@ TEST_F(LiveConnections, ANamedNetstackListsTheSocketsOfItsNamespace) {
 
 TEST_F(LiveConnections, EndToEndTheJsonListAgreesWithSs) {
     OpenSockets();
-    const auto result = LiveAutocli({"--formatter=json", "network", "ip", "connection", "list",
-                                     "-t", "tcp"});
+    const auto result =
+        LiveAutocli({"--formatter=json", "network", "ip", "connection", "list", "-t", "tcp"});
     ASSERT_EQ(result.status, 0) << result.err;
     std::vector<std::string> rows;
     for (const auto& row : json::parse(result.out)) {
@@ -281,9 +274,9 @@ TEST_F(LiveConnections, MulticastGroupsAgreeWithIpMaddr) {
     ipv6_mreq ipv6{};
     inet_pton(AF_INET6, "ff02::1:3", &ipv6.ipv6mr_multiaddr);
     ipv6.ipv6mr_interface = index;
-    ASSERT_EQ(setsockopt(Open(AF_INET6, SOCK_DGRAM), IPPROTO_IPV6, IPV6_JOIN_GROUP, &ipv6,
-                         sizeof ipv6),
-              0)
+    ASSERT_EQ(
+        setsockopt(Open(AF_INET6, SOCK_DGRAM), IPPROTO_IPV6, IPV6_JOIN_GROUP, &ipv6, sizeof ipv6),
+        0)
         << std::strerror(errno);
 
     KelmCtl::Network::KelmNicRecord record;
