@@ -436,7 +436,8 @@ std::vector<Live::IpsecAssociation> IpSec::Associations() {
 
 void IpSec::AddPolicy(const IpSecSpdParam& policy) {
     NetlinkSocket xfrm(NETLINK_XFRM);
-    Names names = LiveNames(DumpStates(xfrm), DumpPolicies(xfrm));
+    const auto states = DumpStates(xfrm);
+    Names names = LiveNames(states, DumpPolicies(xfrm));
     if (FindPolicy(names, policy.name) != nullptr) {
         throw HostCtlException("Security policy " + policy.name + " already exists");
     }
@@ -463,8 +464,13 @@ void IpSec::AddPolicy(const IpSecSpdParam& policy) {
         ipsec.ealgos = ~0U;
         ipsec.calgos = ~0U;
         if (association != nullptr) {
-            ipsec.id.daddr = ToXfrm(association->destination);
-            ipsec.id.spi = htonl(association->spi);
+            const auto state =
+                std::find_if(states.begin(), states.end(), [association](const KernelState& state) {
+                    return SameState(*association, state.info);
+                });
+            ipsec.id.daddr = state->info.id.daddr;
+            ipsec.id.spi = state->info.id.spi;
+            ipsec.saddr = state->info.saddr;
         }
         mnl_attr_put(request.Header(), XFRMA_TMPL, sizeof ipsec, &ipsec);
     }

@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -94,7 +95,7 @@ void ReadIgmpUsers(Users& users) {
         if (!(fields >> group >> count)) {
             continue;
         }
-        const std::uint32_t value = std::stoul(group, nullptr, 16);
+        const auto value = static_cast<std::uint32_t>(std::strtoul(group.c_str(), nullptr, 16));
         GroupBytes bytes{};
         std::memcpy(bytes.data(), &value, sizeof value);
         users[{index, bytes}] = count;
@@ -116,7 +117,8 @@ void ReadMldUsers(Users& users) {
         }
         GroupBytes bytes{};
         for (std::size_t i = 0; i < bytes.size(); ++i) {
-            bytes[i] = static_cast<unsigned char>(std::stoul(group.substr(2 * i, 2), nullptr, 16));
+            bytes[i] = static_cast<unsigned char>(
+                std::strtoul(group.substr(2 * i, 2).c_str(), nullptr, 16));
         }
         users[{index, bytes}] = count;
     }
