@@ -80,6 +80,36 @@ HostCtlException NoPolicyNamed(const std::string& name) {
     return HostCtlException("There is no security policy named " + name);
 }
 
+// The records as the live host takes them, with their addresses as text.
+HostSim::Live::IpsecAssociation LiveAssociation(const IpSecSadParam& association) {
+    return {association.name,
+            association.state,
+            association.lifetime,
+            association.spi,
+            association.source.GetStringAddress(),
+            association.destination.GetStringAddress(),
+            association.mode,
+            association.encryptionAlgorithm,
+            association.encryptionKey,
+            association.integrityAlgorithm,
+            association.integrityKey};
+}
+
+HostSim::Live::IpsecPolicy LivePolicy(const IpSecSpdParam& policy) {
+    return {policy.name,
+            policy.source.GetStringAddress(),
+            policy.sourcePrefixLength,
+            policy.sourcePort,
+            policy.destination.GetStringAddress(),
+            policy.destinationPrefixLength,
+            policy.destinationPort,
+            policy.upperLayerProtocol,
+            policy.direction,
+            policy.action,
+            policy.mode,
+            policy.saName};
+}
+
 // Policies that named a removed association keep their place, naming "UNKNOWN".
 void ForgetAssociation(std::vector<IpSecSpdParam>& policies, const std::string& name) {
     for (auto& policy : policies) {
@@ -150,7 +180,7 @@ void IpSecConfigImpl::AddSADConfig(const IpSecSadParam& association) {
                                " needs an encryption and an integrity algorithm");
     }
     if (auto* live = HostSim::LiveHost()) {
-        live->Ipsec().AddAssociation(association);
+        live->Ipsec().AddAssociation(LiveAssociation(association));
         return;
     }
     Modify([&association](std::vector<IpSecSadParam>& associations, std::vector<IpSecSpdParam>&) {
@@ -194,7 +224,7 @@ void IpSecConfigImpl::RemoveSADConfig(const std::string& name) {
 void IpSecConfigImpl::RemoveAutoSADConfig(const IpSecSadParam& association) {
     PassOperation("IpSecConfigImpl::RemoveAutoSADConfig", association.name);
     if (auto* live = HostSim::LiveHost()) {
-        if (!live->Ipsec().RemoveAutoAssociation(association)) {
+        if (!live->Ipsec().RemoveAutoAssociation(LiveAssociation(association))) {
             throw NoAutoAssociation(association);
         }
         return;
@@ -256,7 +286,7 @@ void IpSecConfigImpl::AddSPDConfig(const IpSecSpdParam& policy) {
                                " needs an action, none, discard or ipsec");
     }
     if (auto* live = HostSim::LiveHost()) {
-        live->Ipsec().AddPolicy(policy);
+        live->Ipsec().AddPolicy(LivePolicy(policy));
         return;
     }
     Modify([&policy](std::vector<IpSecSadParam>& associations,

@@ -23,8 +23,8 @@ namespace HostSim::Linux {
 namespace {
 
 using HostCtl::Lib::HostCtlException;
-using HostCtl::Network::IpSecSadParam;
-using HostCtl::Network::IpSecSpdParam;
+using Live::IpsecAssociation;
+using Live::IpsecPolicy;
 using Address = std::array<std::uint8_t, 16>;
 
 constexpr char kNamesFolder[] = "/run/autocli/ipsec";
@@ -87,6 +87,13 @@ xfrm_address_t ToXfrm(const Address& bytes) {
     xfrm_address_t address{};
     std::memcpy(&address.in6, bytes.data(), bytes.size());
     return address;
+}
+
+// The bytes of an address the host library gave as text in its canonical form.
+Address FromText(const std::string& text) {
+    Address bytes{};
+    inet_pton(AF_INET6, text.c_str(), bytes.data());
+    return bytes;
 }
 
 std::string AddressText(const Address& bytes) {
@@ -307,11 +314,11 @@ void DeleteState(NetlinkSocket& xfrm, const Address& destination, std::uint32_t 
     xfrm.Exchange(request);
 }
 
-xfrm_selector Selector(const IpSecSpdParam& policy) {
+xfrm_selector Selector(const IpsecPolicy& policy) {
     xfrm_selector selector{};
     selector.family = AF_INET6;
-    selector.saddr = ToXfrm(policy.source.GetBytes());
-    selector.daddr = ToXfrm(policy.destination.GetBytes());
+    selector.saddr = ToXfrm(FromText(policy.source));
+    selector.daddr = ToXfrm(FromText(policy.destination));
     selector.prefixlen_s = static_cast<std::uint8_t>(policy.sourcePrefixLength);
     selector.prefixlen_d = static_cast<std::uint8_t>(policy.destinationPrefixLength);
     if (policy.sourcePort != 0) {
@@ -337,7 +344,7 @@ int HostProtocol(std::uint8_t protocol) {
 
 }  // namespace
 
-void IpSec::AddAssociation(const IpSecSadParam& association) {
+void IpSec::AddAssociation(const IpsecAssociation& association) {
     NetlinkSocket xfrm(NETLINK_XFRM);
     Names names = LiveNames(DumpStates(xfrm), DumpPolicies(xfrm));
     if (FindState(names, association.name) != nullptr) {
@@ -347,10 +354,10 @@ void IpSec::AddAssociation(const IpSecSadParam& association) {
     auto* info = request.PutExtra<xfrm_usersa_info>();
     info->family = AF_INET6;
     info->sel.family = AF_INET6;
-    info->id.daddr = ToXfrm(association.destination.GetBytes());
+    info->id.daddr = ToXfrm(FromText(association.destination));
     info->id.spi = htonl(association.spi);
     info->id.proto = IPPROTO_ESP;
-    info->saddr = ToXfrm(association.source.GetBytes());
+    info->saddr = ToXfrm(FromText(association.source));
     info->mode = XfrmMode(association.mode);
     FillLifetime(info->lft);
     info->lft.hard_add_expires_seconds = association.lifetime;
@@ -364,7 +371,7 @@ void IpSec::AddAssociation(const IpSecSadParam& association) {
     integrity.alg_trunc_len = kIntegrityTruncation[association.integrityAlgorithm];
     PutAlgorithm(request, XFRMA_ALG_AUTH_TRUNC, integrity, KeyBytes(association.integrityKey));
     xfrm.Exchange(request);
-    names.states.push_back({association.name, association.destination.GetBytes(), association.spi});
+    names.states.push_back({association.name, FromText(association.destination), association.spi});
     WriteNames(names);
 }
 
@@ -381,10 +388,10 @@ bool IpSec::RemoveAssociation(const std::string& name) {
     return true;
 }
 
-bool IpSec::RemoveAutoAssociation(const IpSecSadParam& association) {
+bool IpSec::RemoveAutoAssociation(const IpsecAssociation& association) {
     NetlinkSocket xfrm(NETLINK_XFRM);
     const auto states = DumpStates(xfrm);
-    const NamedState wanted{{}, association.destination.GetBytes(), association.spi};
+    const NamedState wanted{{}, FromText(association.destination), association.spi};
     const bool automatic =
         std::any_of(states.begin(), states.end(),
                     [&wanted](const KernelState& state) { return SameState(wanted, state.info); });
@@ -434,7 +441,7 @@ std::vector<Live::IpsecAssociation> IpSec::Associations() {
     return associations;
 }
 
-void IpSec::AddPolicy(const IpSecSpdParam& policy) {
+void IpSec::AddPolicy(const IpsecPolicy& policy) {
     NetlinkSocket xfrm(NETLINK_XFRM);
     const auto states = DumpStates(xfrm);
     Names names = LiveNames(states, DumpPolicies(xfrm));

@@ -8,13 +8,13 @@ namespace HostSim::Linux {
 
 class IpSec final : public Live::IpsecDriver {
 public:
-    void AddAssociation(const HostCtl::Network::IpSecSadParam& association) override;
+    void AddAssociation(const Live::IpsecAssociation& association) override;
     bool RemoveAssociation(const std::string& name) override;
-    bool RemoveAutoAssociation(const HostCtl::Network::IpSecSadParam& association) override;
+    bool RemoveAutoAssociation(const Live::IpsecAssociation& association) override;
     void FlushAssociations() override;
     std::vector<Live::IpsecAssociation> Associations() override;
 
-    void AddPolicy(const HostCtl::Network::IpSecSpdParam& policy) override;
+    void AddPolicy(const Live::IpsecPolicy& policy) override;
     bool RemovePolicy(const std::string& name) override;
     void FlushPolicies() override;
     std::vector<Live::IpsecPolicy> Policies() override;

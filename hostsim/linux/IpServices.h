@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "hostctl/IpSec.h"
 #include "hostctl/KelmNic.h"
 #include "hostctl/Routing.h"
 #include "hostsim/dns/HostsRecord.h"
@@ -72,7 +71,9 @@ struct IpsecAssociation {
     std::string destination;
     int mode = 0;
     int encryptionAlgorithm = 0;
+    std::string encryptionKey;  // as the user gave it; never read back
     int integrityAlgorithm = 0;
+    std::string integrityKey;
 };
 struct IpsecPolicy {
     std::string name;
@@ -95,16 +96,16 @@ struct IpsecPolicy {
 class IpsecDriver {
 public:
     virtual ~IpsecDriver() = default;
-    virtual void AddAssociation(const HostCtl::Network::IpSecSadParam& association) = 0;
+    virtual void AddAssociation(const IpsecAssociation& association) = 0;
     // False when no association has that name.
     virtual bool RemoveAssociation(const std::string& name) = 0;
     // The automatic association of the record's source, destination and SPI; false when there
     // is none.
-    virtual bool RemoveAutoAssociation(const HostCtl::Network::IpSecSadParam& association) = 0;
+    virtual bool RemoveAutoAssociation(const IpsecAssociation& association) = 0;
     virtual void FlushAssociations() = 0;
     virtual std::vector<IpsecAssociation> Associations() = 0;
 
-    virtual void AddPolicy(const HostCtl::Network::IpSecSpdParam& policy) = 0;
+    virtual void AddPolicy(const IpsecPolicy& policy) = 0;
     // False when no policy has that name.
     virtual bool RemovePolicy(const std::string& name) = 0;
     virtual void FlushPolicies() = 0;
