@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Times whole autocli processes on the live Linux host against ip, which reads the same kernel
-# tables, in network namespaces of the script's own: one holding 10 links, one holding 1,000
-# (veth pairs), one holding 10,000 routes and one holding 1,000 addresses. The namespaces and
-# what they hold go when the script's processes end; the machine's own links are never seen.
+# Times whole autocli processes on the live Linux host against ip and ss, which read the same
+# kernel tables, in network namespaces of the script's own: one holding 10 links, one holding
+# 1,000 (veth pairs), one holding 10,000 routes, one holding 1,000 addresses and one holding
+# 10,000 TCP sockets (5,000 connections on loopback, both ends). The namespaces and what they
+# hold go when the script's processes end; the machine's own links and sockets are never seen.
 # Usage: bench/live_bench.sh [build-dir] [runs]   (defaults: build, 500)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -21,6 +22,9 @@ if [ "${LIVE_BENCH_NAMESPACE:-}" != yes ]; then
     echo
     echo "== a namespace with 1,000 addresses on one link"
     LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_CASE=addresses unshare -n "$0" "$build" "$runs"
+    echo
+    echo "== a namespace with 10,000 sockets"
+    LIVE_BENCH_NAMESPACE=yes LIVE_BENCH_CASE=sockets unshare -n "$0" "$build" "$runs"
     exit 0
 fi
 
@@ -59,5 +63,32 @@ addresses)
         "ip -j addr show=$ip -j addr show" \
         "ip interface list (json)=$autocli --host=linux --formatter=json network ip interface list" \
         "ip interface ipv6 address list (json)=$autocli --host=linux --formatter=json network ip interface ipv6 address list"
+    ;;
+sockets)
+    ip link set lo up
+    ulimit -n 11024
+    # Holds the sockets until its input closes: half of them connect, half are accepted.
+    coproc holder {
+        python3 -c '
+import socket, sys
+pairs = int(sys.argv[1]) // 2
+listener = socket.socket()
+listener.bind(("127.0.0.1", 0))
+listener.listen(1024)
+held = []
+for _ in range(pairs):
+    held.append(socket.create_connection(listener.getsockname()))
+    held.append(listener.accept()[0])
+print("ready", flush=True)
+sys.stdin.read()
+' 10000
+    }
+    read -r _ <&"${holder[0]}"
+    "$build/bin/bench_processes" "$runs" \
+        "ss -tanH=$(command -v ss) -tanH" \
+        "ip connection list -t tcp (json)=$build/bin/autocli --host=linux --formatter=json network ip connection list -t tcp" \
+        "ip connection list (json)=$build/bin/autocli --host=linux --formatter=json network ip connection list"
+    exec {holder[1]}>&-
+    wait
     ;;
 esac

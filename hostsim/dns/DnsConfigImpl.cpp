@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dns/NameServiceStore.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
 
 namespace KelmCtl::Network {
@@ -65,12 +67,17 @@ void DnsConfigImpl::Refresh() {
 }
 
 const DnsConfigImpl::Config& DnsConfigImpl::Loaded() {
-    if (!loaded_) {
+    if (loaded_) {
+        return config_;
+    }
+    if (auto* live = HostSim::LiveHost()) {
+        config_ = live->NameService().ReadResolver(netstackKey_);
+    } else {
         HostSim::Database& database = HostSim::Store();
         HostSim::Routing::RequireNetstack(database, netstackKey_);
         config_ = HostSim::NameService::ReadDns(database, netstackKey_);
-        loaded_ = true;
     }
+    loaded_ = true;
     return config_;
 }
 
@@ -131,6 +138,15 @@ void DnsConfigImpl::RemoveSearchDomain(const std::string& domain) {
 // others since this copy was read are kept, and one that no longer fits fails here.
 void DnsConfigImpl::SaveConfig() {
     PassOperation("DnsConfigImpl::SaveConfig", netstackKey_);
+    if (auto* live = HostSim::LiveHost()) {
+        config_ = live->NameService().EditResolver(netstackKey_, [this](Config& current) {
+            for (const Change& change : changes_) {
+                change(current);
+            }
+        });
+        changes_.clear();
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     HostSim::Routing::RequireNetstack(database, netstackKey_);

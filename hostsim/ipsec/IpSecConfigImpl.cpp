@@ -5,10 +5,12 @@
 #include <cstdio>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/ipsec/IpsecStore.h"
+#include "hostsim/linux/LiveHost.h"
 
 namespace KelmCtl::Network {
 
@@ -63,6 +65,51 @@ void Modify(Change&& change) {
     transaction.Commit();
 }
 
+HostCtlException NoAssociationNamed(const std::string& name) {
+    return HostCtlException("There is no security association named " + name);
+}
+
+HostCtlException NoAutoAssociation(const IpSecSadParam& association) {
+    return HostCtlException("There is no automatic security association from " +
+                            association.source.GetStringAddress() + " to " +
+                            association.destination.GetStringAddress() + " with SPI " +
+                            SpiText(association.spi));
+}
+
+HostCtlException NoPolicyNamed(const std::string& name) {
+    return HostCtlException("There is no security policy named " + name);
+}
+
+// The records as the live host takes them, with their addresses as text.
+HostSim::Live::IpsecAssociation LiveAssociation(const IpSecSadParam& association) {
+    return {association.name,
+            association.state,
+            association.lifetime,
+            association.spi,
+            association.source.GetStringAddress(),
+            association.destination.GetStringAddress(),
+            association.mode,
+            association.encryptionAlgorithm,
+            association.encryptionKey,
+            association.integrityAlgorithm,
+            association.integrityKey};
+}
+
+HostSim::Live::IpsecPolicy LivePolicy(const IpSecSpdParam& policy) {
+    return {policy.name,
+            policy.source.GetStringAddress(),
+            policy.sourcePrefixLength,
+            policy.sourcePort,
+            policy.destination.GetStringAddress(),
+            policy.destinationPrefixLength,
+            policy.destinationPort,
+            policy.upperLayerProtocol,
+            policy.direction,
+            policy.action,
+            policy.mode,
+            policy.saName};
+}
+
 // Policies that named a removed association keep their place, naming "UNKNOWN".
 void ForgetAssociation(std::vector<IpSecSpdParam>& policies, const std::string& name) {
     for (auto& policy : policies) {
@@ -84,7 +131,9 @@ const char* const IpSecConfigImpl::SP_ACTION[4] = {"none", "discard", "ipsec", "
 
 IpSecConfigImpl::IpSecConfigImpl() {
     PassOperation("IpSecConfigImpl::IpSecConfigImpl");
-    HostSim::Store();
+    if (HostSim::LiveHost() == nullptr) {
+        HostSim::Store();
+    }
 }
 
 int IpSecConfigImpl::StringToIpSecMode(const std::string& word) {
@@ -130,6 +179,10 @@ void IpSecConfigImpl::AddSADConfig(const IpSecSadParam& association) {
         throw HostCtlException("Security association " + association.name +
                                " needs an encryption and an integrity algorithm");
     }
+    if (auto* live = HostSim::LiveHost()) {
+        live->Ipsec().AddAssociation(LiveAssociation(association));
+        return;
+    }
     Modify([&association](std::vector<IpSecSadParam>& associations, std::vector<IpSecSpdParam>&) {
         for (const auto& existing : associations) {
             if (existing.name == association.name) {
@@ -151,12 +204,18 @@ void IpSecConfigImpl::AddSADConfig(const IpSecSadParam& association) {
 
 void IpSecConfigImpl::RemoveSADConfig(const std::string& name) {
     PassOperation("IpSecConfigImpl::RemoveSADConfig", name);
+    if (auto* live = HostSim::LiveHost()) {
+        if (name == HostSim::Ipsec::kAutoName || !live->Ipsec().RemoveAssociation(name)) {
+            throw NoAssociationNamed(name);
+        }
+        return;
+    }
     Modify([&name](std::vector<IpSecSadParam>& associations, std::vector<IpSecSpdParam>& policies) {
         if (name == HostSim::Ipsec::kAutoName ||
             std::erase_if(associations, [&name](const IpSecSadParam& association) {
                 return association.name == name;
             }) == 0) {
-            throw HostCtlException("There is no security association named " + name);
+            throw NoAssociationNamed(name);
         }
         ForgetAssociation(policies, name);
     });
@@ -164,21 +223,28 @@ void IpSecConfigImpl::RemoveSADConfig(const std::string& name) {
 
 void IpSecConfigImpl::RemoveAutoSADConfig(const IpSecSadParam& association) {
     PassOperation("IpSecConfigImpl::RemoveAutoSADConfig", association.name);
+    if (auto* live = HostSim::LiveHost()) {
+        if (!live->Ipsec().RemoveAutoAssociation(LiveAssociation(association))) {
+            throw NoAutoAssociation(association);
+        }
+        return;
+    }
     Modify([&association](std::vector<IpSecSadParam>& associations, std::vector<IpSecSpdParam>&) {
         if (std::erase_if(associations, [&association](const IpSecSadParam& existing) {
                 return existing.name == HostSim::Ipsec::kAutoName &&
                        SameFlow(existing, association);
             }) == 0) {
-            throw HostCtlException("There is no automatic security association from " +
-                                   association.source.GetStringAddress() + " to " +
-                                   association.destination.GetStringAddress() + " with SPI " +
-                                   SpiText(association.spi));
+            throw NoAutoAssociation(association);
         }
     });
 }
 
 void IpSecConfigImpl::FlushSADConfig() {
     PassOperation("IpSecConfigImpl::FlushSADConfig");
+    if (auto* live = HostSim::LiveHost()) {
+        live->Ipsec().FlushAssociations();
+        return;
+    }
     Modify([](std::vector<IpSecSadParam>& associations, std::vector<IpSecSpdParam>& policies) {
         for (const auto& association : associations) {
             ForgetAssociation(policies, association.name);
@@ -189,6 +255,21 @@ void IpSecConfigImpl::FlushSADConfig() {
 
 void IpSecConfigImpl::GetSADConfigList(std::vector<IpSecSadParam>& associations) {
     PassOperation("IpSecConfigImpl::GetSADConfigList");
+    if (auto* live = HostSim::LiveHost()) {
+        for (const auto& listed : live->Ipsec().Associations()) {
+            IpSecSadParam& association = associations.emplace_back();
+            association.name = listed.name;
+            association.state = listed.state;
+            association.lifetime = listed.lifetime;
+            association.spi = listed.spi;
+            association.source = HostCtl::Network::Ipv6Address(listed.source);
+            association.destination = HostCtl::Network::Ipv6Address(listed.destination);
+            association.mode = listed.mode;
+            association.encryptionAlgorithm = listed.encryptionAlgorithm;
+            association.integrityAlgorithm = listed.integrityAlgorithm;
+        }
+        return;
+    }
     auto stored = HostSim::Ipsec::ReadAssociations(HostSim::Store());
     associations.insert(associations.end(), stored.begin(), stored.end());
 }
@@ -204,6 +285,10 @@ void IpSecConfigImpl::AddSPDConfig(const IpSecSpdParam& policy) {
         throw HostCtlException("Security policy " + policy.name +
                                " needs an action, none, discard or ipsec");
     }
+    if (auto* live = HostSim::LiveHost()) {
+        live->Ipsec().AddPolicy(LivePolicy(policy));
+        return;
+    }
     Modify([&policy](std::vector<IpSecSadParam>& associations,
                      std::vector<IpSecSpdParam>& policies) {
         for (const auto& existing : policies) {
@@ -217,7 +302,7 @@ void IpSecConfigImpl::AddSPDConfig(const IpSecSpdParam& policy) {
                                                               policy.saName !=
                                                                   HostSim::Ipsec::kAutoName;
                                                    })) {
-            throw HostCtlException("There is no security association named " + policy.saName);
+            throw NoAssociationNamed(policy.saName);
         }
         policies.push_back(policy);
     });
@@ -225,17 +310,27 @@ void IpSecConfigImpl::AddSPDConfig(const IpSecSpdParam& policy) {
 
 void IpSecConfigImpl::RemoveSPDConfig(const std::string& name) {
     PassOperation("IpSecConfigImpl::RemoveSPDConfig", name);
+    if (auto* live = HostSim::LiveHost()) {
+        if (!live->Ipsec().RemovePolicy(name)) {
+            throw NoPolicyNamed(name);
+        }
+        return;
+    }
     Modify([&name](std::vector<IpSecSadParam>&, std::vector<IpSecSpdParam>& policies) {
         if (std::erase_if(policies, [&name](const IpSecSpdParam& policy) {
                 return policy.name == name;
             }) == 0) {
-            throw HostCtlException("There is no security policy named " + name);
+            throw NoPolicyNamed(name);
         }
     });
 }
 
 void IpSecConfigImpl::FlushSPDConfig() {
     PassOperation("IpSecConfigImpl::FlushSPDConfig");
+    if (auto* live = HostSim::LiveHost()) {
+        live->Ipsec().FlushPolicies();
+        return;
+    }
     Modify([](std::vector<IpSecSadParam>&, std::vector<IpSecSpdParam>& policies) {
         policies.clear();
     });
@@ -243,6 +338,24 @@ void IpSecConfigImpl::FlushSPDConfig() {
 
 void IpSecConfigImpl::GetSPDConfigList(std::vector<IpSecSpdParam>& policies) {
     PassOperation("IpSecConfigImpl::GetSPDConfigList");
+    if (auto* live = HostSim::LiveHost()) {
+        for (const auto& listed : live->Ipsec().Policies()) {
+            IpSecSpdParam& policy = policies.emplace_back();
+            policy.name = listed.name;
+            policy.source = HostCtl::Network::Ipv6Address(listed.source);
+            policy.sourcePrefixLength = listed.sourcePrefixLength;
+            policy.sourcePort = listed.sourcePort;
+            policy.destination = HostCtl::Network::Ipv6Address(listed.destination);
+            policy.destinationPrefixLength = listed.destinationPrefixLength;
+            policy.destinationPort = listed.destinationPort;
+            policy.upperLayerProtocol = listed.upperLayerProtocol;
+            policy.direction = listed.direction;
+            policy.action = listed.action;
+            policy.mode = listed.mode;
+            policy.saName = listed.saName;
+        }
+        return;
+    }
     auto stored = HostSim::Ipsec::ReadPolicies(HostSim::Store());
     policies.insert(policies.end(), stored.begin(), stored.end());
 }

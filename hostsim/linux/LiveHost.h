@@ -15,6 +15,7 @@
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
 #include "hostsim/ip/NetstackRecord.h"
+#include "hostsim/linux/IpServices.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -219,6 +220,10 @@ public:
     virtual InterfaceDriver& Interfaces() = 0;
     virtual RouteDriver& Routes() = 0;
     virtual NeighborDriver& Neighbors() = 0;
+    virtual SocketDriver& Sockets() = 0;
+    virtual MulticastDriver& Multicast() = 0;
+    virtual NameServiceDriver& NameService() = 0;
+    virtual IpsecDriver& Ipsec() = 0;
 };
 
 }  // namespace HostSim::Live

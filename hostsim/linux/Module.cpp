@@ -1,6 +1,9 @@
 // The live host module's entry.
+#include "hostsim/linux/Connections.h"
 #include "hostsim/linux/Interfaces.h"
+#include "hostsim/linux/IpSec.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/linux/NameService.h"
 #include "hostsim/linux/Neighbors.h"
 #include "hostsim/linux/Netstacks.h"
 #include "hostsim/linux/Nics.h"
@@ -16,6 +19,10 @@ public:
     Live::InterfaceDriver& Interfaces() override { return interfaces_; }
     Live::RouteDriver& Routes() override { return routes_; }
     Live::NeighborDriver& Neighbors() override { return neighbors_; }
+    Live::SocketDriver& Sockets() override { return sockets_; }
+    Live::MulticastDriver& Multicast() override { return multicast_; }
+    Live::NameServiceDriver& NameService() override { return nameService_; }
+    Live::IpsecDriver& Ipsec() override { return ipsec_; }
 
 private:
     Linux::Nics nics_;
@@ -23,6 +30,10 @@ private:
     Linux::Interfaces interfaces_;
     Linux::Routes routes_;
     Linux::Neighbors neighbors_;
+    Linux::Sockets sockets_;
+    Linux::Multicast multicast_;
+    Linux::NameService nameService_;
+    Linux::IpSec ipsec_;
 };
 
 }  // namespace

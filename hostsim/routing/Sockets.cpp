@@ -1,8 +1,10 @@
 // The sockets of the netstack instances, as NetworkInfoImpl lists them, and the names of the
 // worlds that own them.
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/ResourceInfoImpl.h"
@@ -54,18 +56,30 @@ namespace KelmCtl::Network {
 void NetworkInfoImpl::GetCurrentTcpKelmConnections(
     std::vector<HostCtl::Network::TcpIpConnection>& connections, const std::string& netstack) {
     HostSim::PassOperation("NetworkInfoImpl::GetCurrentTcpKelmConnections", netstack);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Sockets().List(netstack, HostSim::Live::SocketKind::Tcp, connections);
+        return;
+    }
     Connections(connections, netstack, "tcp");
 }
 
 void NetworkInfoImpl::GetCurrentUdpKelmConnections(
     std::vector<HostCtl::Network::TcpIpConnection>& connections, const std::string& netstack) {
     HostSim::PassOperation("NetworkInfoImpl::GetCurrentUdpKelmConnections", netstack);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Sockets().List(netstack, HostSim::Live::SocketKind::Udp, connections);
+        return;
+    }
     Connections(connections, netstack, "udp");
 }
 
 void NetworkInfoImpl::GetCurrentIpKelmConnections(
     std::vector<HostCtl::Network::TcpIpConnection>& connections, const std::string& netstack) {
     HostSim::PassOperation("NetworkInfoImpl::GetCurrentIpKelmConnections", netstack);
+    if (auto* live = HostSim::LiveHost()) {
+        live->Sockets().List(netstack, HostSim::Live::SocketKind::Raw, connections);
+        return;
+    }
     Connections(connections, netstack, "ip");
 }
 
@@ -80,9 +94,12 @@ ResourceInfoImpl::ResourceInfoImpl() {
 ResourceInfoImpl::~ResourceInfoImpl() = default;
 
 // The worlds the host knows are those that own sockets; their names are read once for all the
-// rows of a listing.
+// rows of a listing. Linux has no worlds, so the live host knows none.
 std::string ResourceInfoImpl::GetWorldName(std::uint64_t worldId) {
     HostSim::PassOperation("ResourceInfoImpl::GetWorldName", std::to_string(worldId));
+    if (HostSim::LiveHost() != nullptr) {
+        return {};
+    }
     if (!loaded_) {
         HostSim::Database& database = HostSim::Store();
         for (const std::string& netstack : HostSim::Routing::ReadNetstacks(database)) {
