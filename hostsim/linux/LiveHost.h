@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
+#include "hostsim/firewall/FirewallRecord.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -84,10 +86,33 @@ public:
                                          HostCtl::Network::SriovNicVFStats& stats) = 0;
 };
 
+// The firewall: one nftables table of the tool's own, which holds the rulesets with their
+// rules and allowed addresses, the default action and the enabled flag. It touches no other
+// table.
+class FirewallDriver {
+public:
+    virtual ~FirewallDriver() = default;
+
+    // Whether the table is there.
+    virtual bool IsLoaded() = 0;
+    // Makes the table as `initial` says; one that is there already stays as it is.
+    virtual void Load(const Firewall::Configuration& initial) = 0;
+    // Removes the table with everything in it.
+    virtual void Unload() = 0;
+    // What the table holds. Throws while there is none.
+    virtual Firewall::Configuration Read() = 0;
+    // Reads the table, lets `change` change what it holds, and writes it back whole in one
+    // batch, which the kernel applies at once or not at all; again from the start when another
+    // writer came in between. Returns what was written. What `change` throws ends it unwritten.
+    virtual Firewall::Configuration Change(
+        const std::function<void(Firewall::Configuration&)>& change) = 0;
+};
+
 class Host {
 public:
     virtual ~Host() = default;
     virtual NicDriver& Nics() = 0;
+    virtual FirewallDriver& Firewall() = 0;
 };
 
 }  // namespace HostSim::Live

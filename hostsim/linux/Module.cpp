@@ -1,4 +1,5 @@
 // The live host module's entry.
+#include "hostsim/linux/FirewallTable.h"
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/linux/Nics.h"
 
@@ -8,9 +9,11 @@ namespace {
 class LinuxHost final : public Live::Host {
 public:
     Live::NicDriver& Nics() override { return nics_; }
+    Live::FirewallDriver& Firewall() override { return firewall_; }
 
 private:
     Linux::Nics nics_;
+    FirewallTable firewall_;
 };
 
 }  // namespace
