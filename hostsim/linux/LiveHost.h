@@ -108,11 +108,39 @@ public:
         const std::function<void(Firewall::Configuration&)>& change) = 0;
 };
 
+// A bridge of the namespace, which stands for a standard switch.
+struct BridgeRecord {
+    std::string name;
+    std::uint32_t mtu = 0;
+    // The links enslaved to it, in the kernel's order of link indices.
+    std::vector<std::string> ports;
+};
+
+// The bridges of the namespace: standard switches, with the NICs enslaved to them as uplinks.
+class BridgeDriver {
+public:
+    virtual ~BridgeDriver() = default;
+
+    // Every bridge, from one dump of the link table.
+    virtual std::vector<BridgeRecord> LoadAll() = 0;
+    // Empty when there is no bridge of that name.
+    virtual std::optional<BridgeRecord> Load(const std::string& name) = 0;
+    virtual void Add(const std::string& name) = 0;
+    // Refuses a name that is no bridge's.
+    virtual void Remove(const std::string& name) = 0;
+    virtual void SetMtu(const std::string& name, std::uint32_t mtu) = 0;
+    // Enslaves the link to the bridge; refuses a link that another link holds already.
+    virtual void AddPort(const std::string& bridge, const std::string& link) = 0;
+    // Frees the link; refuses one that is no port of the bridge.
+    virtual void RemovePort(const std::string& bridge, const std::string& link) = 0;
+};
+
 class Host {
 public:
     virtual ~Host() = default;
     virtual NicDriver& Nics() = 0;
     virtual FirewallDriver& Firewall() = 0;
+    virtual BridgeDriver& Bridges() = 0;
 };
 
 }  // namespace HostSim::Live

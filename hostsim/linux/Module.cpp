@@ -1,4 +1,5 @@
 // The live host module's entry.
+#include "hostsim/linux/Bridges.h"
 #include "hostsim/linux/FirewallTable.h"
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/linux/Nics.h"
@@ -10,10 +11,12 @@ class LinuxHost final : public Live::Host {
 public:
     Live::NicDriver& Nics() override { return nics_; }
     Live::FirewallDriver& Firewall() override { return firewall_; }
+    Live::BridgeDriver& Bridges() override { return bridges_; }
 
 private:
     Linux::Nics nics_;
     FirewallTable firewall_;
+    Linux::Bridges bridges_;
 };
 
 }  // namespace
