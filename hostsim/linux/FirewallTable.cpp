@@ -31,7 +31,7 @@ constexpr char kOutbound[] = "outbound";
 constexpr char kIpv4Suffix[] = ".ipv4";
 constexpr char kIpv6Suffix[] = ".ipv6";
 // Reads and writes that another writer got in between are made again, this many times at most.
-constexpr int kAttempts = 8;
+constexpr int kAttempts = 32;
 
 std::string NotLoaded() {
     return std::string("The firewall is not loaded: there is no table ") + kTable;

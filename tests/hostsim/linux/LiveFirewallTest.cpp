@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <future>
 
 #include "firewall/AuditLog.h"
 #include "firewall/FirewallSweepCases.h"
@@ -302,6 +303,41 @@ TEST_F(LiveFirewall, TheBinaryListsTheTableInJsonAndReportsRefusals) {
     EXPECT_EQ(fault.status, 1);
     EXPECT_EQ(fault.err, "Busy\n");
     EXPECT_EQ(Witness("nft list table inet kelmfw").find("dormant"), std::string::npos);
+}
+
+// Processes that change the table at once each write it whole: one that another overtook
+// makes its change again on what the other wrote, so no change is lost.
+TEST_F(LiveFirewall, ProcessesChangingTheTableAtOnceLoseNothing) {
+    constexpr int kWorkers = 6;
+    constexpr int kChangesPerWorker = 4;
+    RunOk({"firewall", "load"});
+    std::vector<std::future<int>> workers;
+    for (int worker = 0; worker < kWorkers; ++worker) {
+        workers.push_back(std::async(std::launch::async, [this, worker] {
+            int failed = 0;
+            for (int change = 0; change < kChangesPerWorker; ++change) {
+                const std::string address =
+                    "203.0.113." + std::to_string(worker * kChangesPerWorker + change);
+                for (const Words& words : {Words{"network", "firewall", "ruleset", "allowedip",
+                                                 "add", "-r", "snmp", "-i", address},
+                                           Words{"network", "firewall", "ruleset", "client", "add",
+                                                 "-r", "nfsClient"}}) {
+                    const auto result = LiveAutocli(words);
+                    failed += result.status != 0;
+                    EXPECT_EQ(result.err, "");
+                }
+            }
+            return failed;
+        }));
+    }
+    for (auto& worker : workers) {
+        EXPECT_EQ(worker.get(), 0);
+    }
+    EXPECT_EQ(Elements(Table(), "snmp.ipv4").size(),
+              static_cast<std::size_t>(kWorkers * kChangesPerWorker));
+    EXPECT_EQ(Testing::Int(RunStruct({"firewall", "ruleset", "client", "get", "-r", "nfsClient"}),
+                           "Ruleset Client Count"),
+              kWorkers * kChangesPerWorker);
 }
 
 // Packets from a peer namespace over a veth pair: the table lets through what the rulesets say.
