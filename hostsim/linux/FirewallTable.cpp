@@ -294,7 +294,8 @@ Configuration ReadConfiguration(const json& listing, const TableHead& head,
             if (!ipv6 && !EndsWith(name, kIpv4Suffix)) {
                 continue;
             }
-            Ruleset* ruleset = rulesetNamed(name.substr(0, name.size() - std::strlen(kIpv4Suffix)));
+            const std::size_t suffix = std::strlen(ipv6 ? kIpv6Suffix : kIpv4Suffix);
+            Ruleset* ruleset = rulesetNamed(name.substr(0, name.size() - suffix));
             for (const json& element :
                  ruleset != nullptr ? set.value("elem", json::array()) : json::array()) {
                 if (auto address = ReadElement(element, ipv6)) {
