@@ -8,7 +8,7 @@
 namespace HostSim::Vswitch {
 
 class VirtualSwitchImpl final : public HostCtl::Network::VirtualSwitch {
-public:
+  public:
     explicit VirtualSwitchImpl(SwitchRecord record) : record_(std::move(record)) {}
 
     std::string GetName() const override;
@@ -43,7 +43,7 @@ public:
     HostCtl::Network::NicTeamingPolicy GetTeamingPolicy() const override;
     void SetTeamingPolicy(const HostCtl::Network::NicTeamingPolicy& policy) override;
 
-private:
+  private:
     SwitchRecord record_;
 };
 
