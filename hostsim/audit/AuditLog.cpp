@@ -42,7 +42,7 @@ std::string UtcTimestamp() {
 
 // Appends `line` whole, or not at all as far as other writers can tell.
 bool AppendLine(const std::string& path, const std::string& line) {
-    const int fd = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0640);
+    const int fd = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0640);
     if (fd < 0) {
         return false;
     }
@@ -60,6 +60,16 @@ bool AppendLine(const std::string& path, const std::string& line) {
     return written;
 }
 
+// Makes the directory, private to its owner, when it is not there.
+void MakePrivateDirectory(const std::filesystem::path& directory) {
+    if (std::filesystem::is_directory(directory)) {
+        return;
+    }
+    std::filesystem::create_directories(directory);
+    std::filesystem::permissions(directory, std::filesystem::perms::owner_all,
+                                 std::filesystem::perm_options::replace);
+}
+
 }  // namespace
 
 extern "C" int ZanvexAudit_LogList(const char* event, const char* user, const char* object,
@@ -75,8 +85,10 @@ extern "C" int ZanvexAudit_LogList(const char* event, const char* user, const ch
             itemList.push_back({{"key", item->key}, {"value", item->value ? item->value : ""}});
         }
         record["time"] = UtcTimestamp();
+        // Only the state directory's own path is read: the live host, which has no store in
+        // it, writes its records there too.
         const std::filesystem::path directory = HostSim::StateDirectory();
-        std::filesystem::create_directories(directory);
+        MakePrivateDirectory(directory);
         const std::string line =
             record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
         return AppendLine((directory / kAuditLogName).string(), line) ? 0 : -1;

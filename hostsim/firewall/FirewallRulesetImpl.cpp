@@ -1,14 +1,17 @@
 #include "hostsim/firewall/FirewallRulesetImpl.h"
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/linux/LiveHost.h"
 
 namespace KelmCtl::System {
 
 namespace {
 
 using HostCtl::Lib::HostCtlException;
+using HostSim::Firewall::Ruleset;
 using HostSim::Firewall::RulesetRecord;
 
 void RequireEnabledConfigurable(const std::string& id, const RulesetRecord& record) {
@@ -25,10 +28,40 @@ void RequireAllowedIpConfigurable(const std::string& id, const RulesetRecord& re
     }
 }
 
+// The live host's sets hold a network of one address as that address, and list it so.
+HostSim::Firewall::AllowedAddress AsTheTableHoldsIt(HostSim::Firewall::AllowedAddress address) {
+    using HostSim::Firewall::AddressKind;
+    const std::string oneAddress = address.kind == AddressKind::Ipv4Network   ? "/32"
+                                   : address.kind == AddressKind::Ipv6Network ? "/128"
+                                                                              : "";
+    if (!oneAddress.empty() && address.text.ends_with(oneAddress)) {
+        address.text.resize(address.text.size() - oneAddress.size());
+        address.kind = address.kind == AddressKind::Ipv4Network ? AddressKind::Ipv4Address
+                                                                : AddressKind::Ipv6Address;
+    }
+    return address;
+}
+
+Ruleset& RulesetOf(HostSim::Firewall::Configuration& configuration, const std::string& id) {
+    for (Ruleset& ruleset : configuration.rulesets) {
+        if (ruleset.id == id) {
+            return ruleset;
+        }
+    }
+    throw HostCtlException(HostSim::Firewall::NoSuchRuleset(id));
+}
+
 }  // namespace
 
 FirewallRulesetImpl::FirewallRulesetImpl(std::string id, std::optional<RulesetRecord> record)
     : id_(std::move(id)), record_(std::move(record)) {}
+
+FirewallRulesetImpl::FirewallRulesetImpl(std::string id, std::optional<Ruleset> ruleset)
+    : id_(std::move(id)), live_(std::move(ruleset)) {
+    if (live_) {
+        record_ = live_->record;
+    }
+}
 
 const RulesetRecord& FirewallRulesetImpl::Record(const char* operation) const {
     HostSim::PassOperation(operation, id_);
@@ -38,11 +71,21 @@ const RulesetRecord& FirewallRulesetImpl::Record(const char* operation) const {
     return *record_;
 }
 
-// Every change is one write transaction on the ruleset as it stands in the store, so that
-// concurrent changes of the same ruleset all count; the copy follows what was written.
+// Every change is made on the ruleset as it stands where the host keeps it: in one write
+// transaction of the store, or in one rewrite of the live host's table. So concurrent changes
+// of the same ruleset all count; the copy follows what was written.
 template <class Change>
 void FirewallRulesetImpl::Modify(const char* operation, Change&& change) {
     Record(operation);
+    if (auto* live = HostSim::LiveHost()) {
+        auto written =
+            live->Firewall().Change([&](HostSim::Firewall::Configuration& configuration) {
+                change(RulesetOf(configuration, id_), nullptr);
+            });
+        live_ = RulesetOf(written, id_);
+        record_ = live_->record;
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     auto record = HostSim::Firewall::ReadRuleset(database, id_);
@@ -50,10 +93,11 @@ void FirewallRulesetImpl::Modify(const char* operation, Change&& change) {
         throw HostCtlException(HostSim::Firewall::NoSuchRuleset(id_));
     }
     HostSim::Firewall::RequireFirewallLoaded(database);
-    change(database, *record);
-    HostSim::Firewall::WriteRuleset(database, id_, *record);
+    Ruleset ruleset{id_, *record, {}, {}};
+    change(ruleset, &database);
+    HostSim::Firewall::WriteRuleset(database, id_, ruleset.record);
     transaction.Commit();
-    record_ = record;
+    record_ = ruleset.record;
 }
 
 std::string FirewallRulesetImpl::GetRulesetId() const {
@@ -71,9 +115,9 @@ bool FirewallRulesetImpl::IsEnabled() const {
 }
 
 void FirewallRulesetImpl::SetEnabled(const char* operation, bool enabled) {
-    Modify(operation, [&](HostSim::Database&, RulesetRecord& record) {
-        RequireEnabledConfigurable(id_, record);
-        record.enabled = enabled;
+    Modify(operation, [&](Ruleset& ruleset, HostSim::Database*) {
+        RequireEnabledConfigurable(id_, ruleset.record);
+        ruleset.record.enabled = enabled;
     });
 }
 
@@ -90,9 +134,9 @@ bool FirewallRulesetImpl::IsAllowedAll() const {
 }
 
 void FirewallRulesetImpl::SetAllowedAll(bool allowedAll) {
-    Modify("FirewallRuleset::SetAllowedAll", [&](HostSim::Database&, RulesetRecord& record) {
-        RequireAllowedIpConfigurable(id_, record);
-        record.allowedAll = allowedAll;
+    Modify("FirewallRuleset::SetAllowedAll", [&](Ruleset& ruleset, HostSim::Database*) {
+        RequireAllowedIpConfigurable(id_, ruleset.record);
+        ruleset.record.allowedAll = allowedAll;
     });
 }
 
@@ -125,7 +169,7 @@ std::vector<std::unique_ptr<HostCtl::System::FirewallPortRule>> FirewallRulesetI
     const {
     Record("FirewallRuleset::GetRules");
     std::vector<std::unique_ptr<HostCtl::System::FirewallPortRule>> rules;
-    for (auto& rule : HostSim::Firewall::ReadRules(HostSim::Store(), id_)) {
+    for (auto& rule : live_ ? live_->rules : HostSim::Firewall::ReadRules(HostSim::Store(), id_)) {
         rules.push_back(std::make_unique<HostCtl::System::FirewallPortRule>(std::move(rule)));
     }
     return rules;
@@ -138,7 +182,8 @@ std::int32_t FirewallRulesetImpl::GetClientCount() const {
 // A client is one of the host's own services: a fixed enabled state binds users, not them,
 // yet it is left as it is.
 void FirewallRulesetImpl::AddClient() {
-    Modify("FirewallRuleset::AddClient", [](HostSim::Database&, RulesetRecord& record) {
+    Modify("FirewallRuleset::AddClient", [](Ruleset& ruleset, HostSim::Database*) {
+        RulesetRecord& record = ruleset.record;
         ++record.clients;
         if (!record.enabledFixed) {
             record.enabled = true;
@@ -147,7 +192,8 @@ void FirewallRulesetImpl::AddClient() {
 }
 
 void FirewallRulesetImpl::RemoveClient() {
-    Modify("FirewallRuleset::RemoveClient", [&](HostSim::Database&, RulesetRecord& record) {
+    Modify("FirewallRuleset::RemoveClient", [&](Ruleset& ruleset, HostSim::Database*) {
+        RulesetRecord& record = ruleset.record;
         if (record.clients == 0) {
             throw HostCtlException("Ruleset " + id_ + " has no clients to remove");
         }
@@ -162,7 +208,9 @@ std::unique_ptr<HostCtl::System::AllowedIpList> FirewallRulesetImpl::GetAllowedI
     using HostSim::Firewall::AddressKind;
     Record("FirewallRuleset::GetAllowedIpList");
     auto list = std::make_unique<HostCtl::System::AllowedIpList>();
-    for (const auto& address : HostSim::Firewall::ReadAllowedAddresses(HostSim::Store(), id_)) {
+    for (const auto& address :
+         live_ ? live_->addresses
+               : HostSim::Firewall::ReadAllowedAddresses(HostSim::Store(), id_)) {
         switch (address.kind) {
             case AddressKind::Ipv4Address:
                 list->ipv4Addresses.emplace_back(address.text);
@@ -181,22 +229,27 @@ std::unique_ptr<HostCtl::System::AllowedIpList> FirewallRulesetImpl::GetAllowedI
     return list;
 }
 
+void FirewallRulesetImpl::ChangeAllowedIp(const char* operation, const std::string& text,
+                                          bool add) {
+    Modify(operation, [&](Ruleset& ruleset, HostSim::Database* database) {
+        RequireAllowedIpConfigurable(id_, ruleset.record);
+        const auto address = HostSim::Firewall::ParseAllowedAddress(text);
+        if (database != nullptr) {
+            add ? HostSim::Firewall::InsertAllowedAddress(*database, id_, address)
+                : HostSim::Firewall::DeleteAllowedAddress(*database, id_, address);
+        } else {
+            add ? HostSim::Firewall::InsertAllowedAddress(ruleset, AsTheTableHoldsIt(address))
+                : HostSim::Firewall::DeleteAllowedAddress(ruleset, AsTheTableHoldsIt(address));
+        }
+    });
+}
+
 void FirewallRulesetImpl::AddAllowedIp(const std::string& address) {
-    Modify("FirewallRuleset::AddAllowedIp",
-           [&](HostSim::Database& database, RulesetRecord& record) {
-               RequireAllowedIpConfigurable(id_, record);
-               HostSim::Firewall::InsertAllowedAddress(
-                   database, id_, HostSim::Firewall::ParseAllowedAddress(address));
-           });
+    ChangeAllowedIp("FirewallRuleset::AddAllowedIp", address, true);
 }
 
 void FirewallRulesetImpl::RemoveAllowedIp(const std::string& address) {
-    Modify("FirewallRuleset::RemoveAllowedIp",
-           [&](HostSim::Database& database, RulesetRecord& record) {
-               RequireAllowedIpConfigurable(id_, record);
-               HostSim::Firewall::DeleteAllowedAddress(
-                   database, id_, HostSim::Firewall::ParseAllowedAddress(address));
-           });
+    ChangeAllowedIp("FirewallRuleset::RemoveAllowedIp", address, false);
 }
 
 }  // namespace KelmCtl::System

@@ -2,6 +2,8 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
+
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
 
@@ -168,6 +170,18 @@ std::vector<AllowedAddress> ReadAllowedAddresses(Database& database, const std::
     return addresses;
 }
 
+namespace {
+
+std::string AlreadyAllowed(const std::string& id, const AllowedAddress& address) {
+    return address.text + " is already an allowed address of ruleset " + id;
+}
+
+std::string NotAllowed(const std::string& id, const AllowedAddress& address) {
+    return address.text + " is not an allowed address of ruleset " + id;
+}
+
+}  // namespace
+
 void InsertAllowedAddress(Database& database, const std::string& id,
                           const AllowedAddress& address) {
     auto insert = database.Query(
@@ -176,7 +190,7 @@ void InsertAllowedAddress(Database& database, const std::string& id,
     insert.Bind(1, id).Bind(2, static_cast<std::int64_t>(address.kind)).Bind(3, address.text);
     insert.Run();
     if (database.Changes() == 0) {
-        throw HostCtlException(address.text + " is already an allowed address of ruleset " + id);
+        throw HostCtlException(AlreadyAllowed(id, address));
     }
 }
 
@@ -187,7 +201,21 @@ void DeleteAllowedAddress(Database& database, const std::string& id,
         .Bind(2, address.text)
         .Run();
     if (database.Changes() == 0) {
-        throw HostCtlException(address.text + " is not an allowed address of ruleset " + id);
+        throw HostCtlException(NotAllowed(id, address));
+    }
+}
+
+void InsertAllowedAddress(Ruleset& ruleset, const AllowedAddress& address) {
+    if (std::find(ruleset.addresses.begin(), ruleset.addresses.end(), address) !=
+        ruleset.addresses.end()) {
+        throw HostCtlException(AlreadyAllowed(ruleset.id, address));
+    }
+    ruleset.addresses.push_back(address);
+}
+
+void DeleteAllowedAddress(Ruleset& ruleset, const AllowedAddress& address) {
+    if (std::erase(ruleset.addresses, address) == 0) {
+        throw HostCtlException(NotAllowed(ruleset.id, address));
     }
 }
 

@@ -9,6 +9,8 @@
 
 #include "hostctl/FirewallRuleset.h"
 #include "hostsim/core/Database.h"
+#include "hostsim/core/Json.h"
+#include "hostsim/firewall/FirewallRecord.h"
 
 namespace HostSim::Firewall {
 
@@ -18,26 +20,14 @@ extern const char kDefaultSection[];
 // The module that carries the firewall.
 inline constexpr char kModuleName[] = "ostrelfw";
 
-// What the firewall keeps of a ruleset besides its rules and addresses.
-struct RulesetRecord {
-    bool enabled = false;
-    bool allowedAll = true;
-    bool enabledFixed = false;
-    bool allowedIpFixed = false;
-    std::int32_t clients = 0;
-};
+// The rulesets of a profile's "firewall" section, checked, in order.
+std::vector<Ruleset> ParseRulesets(const Json& section);
+// The rulesets of the default host.
+std::vector<Ruleset> DefaultRulesets();
 
 struct NamedRuleset {
     std::string id;
     RulesetRecord record;
-};
-
-enum class AddressKind { Ipv4Address = 0, Ipv4Network = 1, Ipv6Address = 2, Ipv6Network = 3 };
-
-// An allowed address in its canonical text form.
-struct AllowedAddress {
-    AddressKind kind;
-    std::string text;
 };
 
 // Parses an IPv4 or IPv6 address, or a network in prefix form; refuses anything else, and a
@@ -62,5 +52,8 @@ std::vector<AllowedAddress> ReadAllowedAddresses(Database& database, const std::
 void InsertAllowedAddress(Database& database, const std::string& id, const AllowedAddress& address);
 // Removes `address`, refusing one the ruleset does not have.
 void DeleteAllowedAddress(Database& database, const std::string& id, const AllowedAddress& address);
+// The same for a ruleset held whole.
+void InsertAllowedAddress(Ruleset& ruleset, const AllowedAddress& address);
+void DeleteAllowedAddress(Ruleset& ruleset, const AllowedAddress& address);
 
 }  // namespace HostSim::Firewall

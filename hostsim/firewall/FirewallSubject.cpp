@@ -57,6 +57,24 @@ std::int64_t RuleValue(const json& rule, const RuleWords& words) {
                            "\" or \"" + words.one + "\", not \"" + word + "\"");
 }
 
+std::vector<HostCtl::System::FirewallPortRule> ParseRules(const std::string& id,
+                                                          const json& rules) {
+    std::vector<HostCtl::System::FirewallPortRule> parsed;
+    for (const json& rule : rules) {
+        const int begin = rule.at("begin").get<int>();
+        const int end = rule.at("end").get<int>();
+        if (begin < 0 || begin > end || end > kHighestPort) {
+            throw HostCtlException("Rule ports of ruleset " + id +
+                                   " must be 0 <= begin <= end <= " + std::to_string(kHighestPort));
+        }
+        parsed.push_back({rule.value("label", ""),
+                          static_cast<std::int32_t>(RuleValue(rule, kPortWords)), begin, end,
+                          static_cast<std::int32_t>(RuleValue(rule, kDirectionWords)),
+                          static_cast<std::int32_t>(RuleValue(rule, kProtocolWords))});
+    }
+    return parsed;
+}
+
 void ImportModules(Database& database, const json& section) {
     for (const json& module : section.value("modules", json::array())) {
         database
@@ -80,27 +98,21 @@ void ImportModules(Database& database, const json& section) {
         .Run();
 }
 
-void ImportRules(Database& database, const std::string& id, const json& rules) {
+void InsertRules(Database& database, const Firewall::Ruleset& ruleset) {
     std::int64_t position = 0;
-    for (const json& rule : rules) {
-        const int begin = rule.at("begin").get<int>();
-        const int end = rule.at("end").get<int>();
-        if (begin < 0 || begin > end || end > kHighestPort) {
-            throw HostCtlException("Rule ports of ruleset " + id +
-                                   " must be 0 <= begin <= end <= " + std::to_string(kHighestPort));
-        }
+    for (const auto& rule : ruleset.rules) {
         database
             .Query(
                 "INSERT INTO firewall_rule (ruleset, position, label, port_type, port_begin,"
                 " port_end, direction, protocol) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)")
-            .Bind(1, id)
+            .Bind(1, ruleset.id)
             .Bind(2, position++)
-            .Bind(3, rule.value("label", ""))
-            .Bind(4, RuleValue(rule, kPortWords))
-            .Bind(5, begin)
-            .Bind(6, end)
-            .Bind(7, RuleValue(rule, kDirectionWords))
-            .Bind(8, RuleValue(rule, kProtocolWords))
+            .Bind(3, rule.label)
+            .Bind(4, rule.portType)
+            .Bind(5, rule.portBegin)
+            .Bind(6, rule.portEnd)
+            .Bind(7, rule.direction)
+            .Bind(8, rule.protocol)
             .Run();
     }
 }
@@ -108,34 +120,24 @@ void ImportRules(Database& database, const std::string& id, const json& rules) {
 // A host has one firewall: its rulesets are not copied when the host is scaled.
 void ImportSection(Database& database, const json& section, const Scale&) {
     ImportModules(database, section);
-    std::set<std::string> ids;
     std::int64_t position = 0;
-    for (const json& ruleset : section.value("rulesets", json::array())) {
-        const std::string id = ruleset.at("id").get<std::string>();
-        if (!ids.insert(id).second) {
-            throw HostCtlException("Duplicate firewall ruleset id " + id);
-        }
-        const int clients = ruleset.value("clients", 0);
-        if (clients < 0) {
-            throw HostCtlException("The clients of ruleset " + id + " can't be negative");
-        }
+    for (const Firewall::Ruleset& ruleset : Firewall::ParseRulesets(section)) {
         database
             .Query(
                 "INSERT INTO firewall_ruleset (position, id, enabled, allowed_all,"
                 " enabled_fixed, allowed_ip_fixed, clients)"
                 " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
             .Bind(1, position++)
-            .Bind(2, id)
-            .Bind(3, ruleset.value("enabled", false))
-            .Bind(4, ruleset.value("allowedAll", true))
-            .Bind(5, ruleset.value("enabledFixed", false))
-            .Bind(6, ruleset.value("allowedIpFixed", false))
-            .Bind(7, clients)
+            .Bind(2, ruleset.id)
+            .Bind(3, ruleset.record.enabled)
+            .Bind(4, ruleset.record.allowedAll)
+            .Bind(5, ruleset.record.enabledFixed)
+            .Bind(6, ruleset.record.allowedIpFixed)
+            .Bind(7, ruleset.record.clients)
             .Run();
-        ImportRules(database, id, ruleset.value("rules", json::array()));
-        for (const json& address : ruleset.value("allowedIps", json::array())) {
-            Firewall::InsertAllowedAddress(
-                database, id, Firewall::ParseAllowedAddress(address.get<std::string>()));
+        InsertRules(database, ruleset);
+        for (const Firewall::AllowedAddress& address : ruleset.addresses) {
+            Firewall::InsertAllowedAddress(database, ruleset.id, address);
         }
     }
 }
@@ -193,6 +195,39 @@ json ExportSection(Database& database) {
 }
 
 }  // namespace
+
+namespace Firewall {
+
+std::vector<Ruleset> ParseRulesets(const Json& section) {
+    std::vector<Ruleset> rulesets;
+    std::set<std::string> ids;
+    for (const json& entry : section.value("rulesets", json::array())) {
+        Ruleset ruleset;
+        ruleset.id = entry.at("id").get<std::string>();
+        if (!ids.insert(ruleset.id).second) {
+            throw HostCtlException("Duplicate firewall ruleset id " + ruleset.id);
+        }
+        const int clients = entry.value("clients", 0);
+        if (clients < 0) {
+            throw HostCtlException("The clients of ruleset " + ruleset.id + " can't be negative");
+        }
+        ruleset.record = {entry.value("enabled", false), entry.value("allowedAll", true),
+                          entry.value("enabledFixed", false), entry.value("allowedIpFixed", false),
+                          clients};
+        ruleset.rules = ParseRules(ruleset.id, entry.value("rules", json::array()));
+        for (const json& address : entry.value("allowedIps", json::array())) {
+            InsertAllowedAddress(ruleset, ParseAllowedAddress(address.get<std::string>()));
+        }
+        rulesets.push_back(std::move(ruleset));
+    }
+    return rulesets;
+}
+
+std::vector<Ruleset> DefaultRulesets() {
+    return ParseRulesets(Json::parse(kDefaultSection));
+}
+
+}  // namespace Firewall
 
 extern const Subject firewallSubject;
 const Subject firewallSubject = {

@@ -1,25 +1,57 @@
-// Kernel modules: the host keeps a row for each loaded module, with how many users hold it.
+// Kernel modules: the host keeps a row for each loaded module, with how many users hold it. On
+// the live host the firewall's module stands for the firewall's nftables table, loaded while
+// the table is there; Linux has no counterpart for the others.
 #include "kelmctl/ModuleImpl.h"
 
 #include <optional>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/firewall/FirewallStore.h"
+#include "hostsim/linux/LiveHost.h"
 
 namespace KelmCtl::System {
+
+namespace {
+
+// The live host's firewall when the module is the firewall's; null on the simulated host.
+HostSim::Live::FirewallDriver* LiveFirewall(const std::string& name) {
+    auto* live = HostSim::LiveHost();
+    if (live == nullptr) {
+        return nullptr;
+    }
+    if (name != HostSim::Firewall::kModuleName) {
+        throw HostCtl::Lib::HostCtlException(HostSim::Live::kNotAvailable);
+    }
+    return &live->Firewall();
+}
+
+}  // namespace
 
 ModuleImpl::ModuleImpl(std::string name) : name_(std::move(name)) {}
 
 void ModuleImpl::Refresh() {
     HostSim::PassOperation("ModuleImpl::Refresh", name_);
+    if (auto* firewall = LiveFirewall(name_)) {
+        notLoaded_ = !firewall->IsLoaded();
+        return;
+    }
     notLoaded_ = !HostSim::Firewall::IsModuleLoaded(HostSim::Store(), name_);
 }
 
-// Loading a loaded module keeps it as it is.
+// Loading a loaded module keeps it as it is. A new table of the live host holds the default
+// host's rulesets in a firewall that passes what none of them accepts: loading it cuts no
+// connection of the machine, and `firewall set --default-action=false` then makes it drop.
 void ModuleImpl::Load(const std::string& options, bool persistent) {
     HostSim::PassOperation("ModuleImpl::Load", name_);
+    if (auto* firewall = LiveFirewall(name_)) {
+        firewall->Load(
+            {.enabled = true, .pass = true, .rulesets = HostSim::Firewall::DefaultRulesets()});
+        stale_ = true;
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     database
@@ -36,6 +68,11 @@ void ModuleImpl::Load(const std::string& options, bool persistent) {
 
 void ModuleImpl::Unload() {
     HostSim::PassOperation("ModuleImpl::Unload", name_);
+    if (auto* firewall = LiveFirewall(name_)) {
+        firewall->Unload();
+        stale_ = true;
+        return;
+    }
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     std::optional<std::int64_t> users;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "hostctl/Sriov.h"
 #include "hostsim/ip/NetstackRecord.h"
 #include "hostsim/linux/IpServices.h"
+#include "hostsim/firewall/FirewallRecord.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -210,6 +212,53 @@ public:
     // throws when there is none.
     virtual void Remove(const std::string& netstack, int family, const std::string& address,
                         const std::string& interfaceName) = 0;
+// The firewall: one nftables table of the tool's own, which holds the rulesets with their
+// rules and allowed addresses, the default action and the enabled flag. It touches no other
+// table.
+class FirewallDriver {
+public:
+    virtual ~FirewallDriver() = default;
+
+    // Whether the table is there.
+    virtual bool IsLoaded() = 0;
+    // Makes the table as `initial` says; one that is there already stays as it is.
+    virtual void Load(const Firewall::Configuration& initial) = 0;
+    // Removes the table with everything in it.
+    virtual void Unload() = 0;
+    // What the table holds. Throws while there is none.
+    virtual Firewall::Configuration Read() = 0;
+    // Reads the table, lets `change` change what it holds, and writes it back whole in one
+    // batch, which the kernel applies at once or not at all; again from the start when another
+    // writer came in between. Returns what was written. What `change` throws ends it unwritten.
+    virtual Firewall::Configuration Change(
+        const std::function<void(Firewall::Configuration&)>& change) = 0;
+};
+
+// A bridge of the namespace, which stands for a standard switch.
+struct BridgeRecord {
+    std::string name;
+    std::uint32_t mtu = 0;
+    // The links enslaved to it, in the kernel's order of link indices.
+    std::vector<std::string> ports;
+};
+
+// The bridges of the namespace: standard switches, with the NICs enslaved to them as uplinks.
+class BridgeDriver {
+public:
+    virtual ~BridgeDriver() = default;
+
+    // Every bridge, from one dump of the link table.
+    virtual std::vector<BridgeRecord> LoadAll() = 0;
+    // Empty when there is no bridge of that name.
+    virtual std::optional<BridgeRecord> Load(const std::string& name) = 0;
+    virtual void Add(const std::string& name) = 0;
+    // Refuses a name that is no bridge's.
+    virtual void Remove(const std::string& name) = 0;
+    virtual void SetMtu(const std::string& name, std::uint32_t mtu) = 0;
+    // Enslaves the link to the bridge; refuses a link that another link holds already.
+    virtual void AddPort(const std::string& bridge, const std::string& link) = 0;
+    // Frees the link; refuses one that is no port of the bridge.
+    virtual void RemovePort(const std::string& bridge, const std::string& link) = 0;
 };
 
 class Host {
@@ -224,6 +273,8 @@ public:
     virtual MulticastDriver& Multicast() = 0;
     virtual NameServiceDriver& NameService() = 0;
     virtual IpsecDriver& Ipsec() = 0;
+    virtual FirewallDriver& Firewall() = 0;
+    virtual BridgeDriver& Bridges() = 0;
 };
 
 }  // namespace HostSim::Live

@@ -1,5 +1,7 @@
 // The live host module's entry.
+#include "hostsim/linux/Bridges.h"
 #include "hostsim/linux/Connections.h"
+#include "hostsim/linux/FirewallTable.h"
 #include "hostsim/linux/Interfaces.h"
 #include "hostsim/linux/IpSec.h"
 #include "hostsim/linux/LiveHost.h"
@@ -23,6 +25,8 @@ public:
     Live::MulticastDriver& Multicast() override { return multicast_; }
     Live::NameServiceDriver& NameService() override { return nameService_; }
     Live::IpsecDriver& Ipsec() override { return ipsec_; }
+    Live::FirewallDriver& Firewall() override { return firewall_; }
+    Live::BridgeDriver& Bridges() override { return bridges_; }
 
 private:
     Linux::Nics nics_;
@@ -34,6 +38,8 @@ private:
     Linux::Multicast multicast_;
     Linux::NameService nameService_;
     Linux::IpSec ipsec_;
+    FirewallTable firewall_;
+    Linux::Bridges bridges_;
 };
 
 }  // namespace

@@ -1,13 +1,15 @@
 // Host operations of standard switches: the switch itself, the collection of switches, and the
-// look-ups by name.
+// look-ups by name. On the live host the standard switches are the bridges of the namespace.
 #include "hostsim/vswitch/VirtualSwitchImpl.h"
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
+#include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dvs/DvsStore.h"
 #include "hostsim/nic/NicStore.h"
+#include "hostsim/vswitch/BridgeImpl.h"
 #include "hostsim/vswitch/VswitchRules.h"
 #include "kelmctl/PortGroupImpl.h"
 #include "kelmctl/PortsetImpl.h"
@@ -290,14 +292,40 @@ void VirtualSwitchImpl::SetTeamingPolicy(const NicTeamingPolicy& policy) {
 
 }  // namespace HostSim::Vswitch
 
+namespace HostSim::Vswitch {
+namespace {
+
+// The live host's bridges, when the process acts on it; Linux has no system switches.
+Live::BridgeDriver* LiveBridges(HostCtl::Network::PortsetGetType type) {
+    auto* live = LiveHost();
+    if (live != nullptr && type != HostCtl::Network::PortsetGetNormal) {
+        throw HostCtl::Lib::HostCtlException(Live::kNotAvailable);
+    }
+    return live != nullptr ? &live->Bridges() : nullptr;
+}
+
+std::unique_ptr<HostCtl::Network::VirtualSwitch> LiveSwitch(Live::BridgeDriver& bridges,
+                                                            const std::string& name) {
+    auto record = bridges.Load(name);
+    return record ? std::make_unique<BridgeImpl>(std::move(*record)) : nullptr;
+}
+
+}  // namespace
+}  // namespace HostSim::Vswitch
+
 namespace KelmCtl::Network {
 
 using HostSim::PassOperation;
 using HostSim::Store;
+using HostSim::Vswitch::BridgeImpl;
+using HostSim::Vswitch::LiveBridges;
 using HostSim::Vswitch::VirtualSwitchImpl;
 
 bool PortsetImpl::IsValidVirtualSwitch(const std::string& name) {
     PassOperation("PortsetImpl::IsValidVirtualSwitch", name);
+    if (auto* bridges = LiveBridges(HostCtl::Network::PortsetGetNormal)) {
+        return bridges->Load(name).has_value();
+    }
     return HostSim::Vswitch::SwitchExists(Store(), name);
 }
 
@@ -307,6 +335,17 @@ std::unique_ptr<HostCtl::Network::VirtualSwitch> VirtualSwitchInfoImpl::AddVirtu
     const HostCtl::Network::ShapingPolicy& shaping, const HostCtl::Network::NicCapabilities&,
     const std::string& name, unsigned ports) {
     PassOperation("VirtualSwitchInfoImpl::AddVirtualSwitchWithPolicy", name);
+    // A bridge has its ports whatever is asked, and no policies: the defaults asked for are
+    // what it does.
+    if (auto* bridges = LiveBridges(HostCtl::Network::PortsetGetNormal)) {
+        if (ports > BridgeImpl::kBridgePorts) {
+            throw HostCtl::Lib::HostCtlException(
+                "A bridge has " + std::to_string(BridgeImpl::kBridgePorts) +
+                " ports; virtual switch " + name + " can't have " + std::to_string(ports));
+        }
+        bridges->Add(name);
+        return HostSim::Vswitch::LiveSwitch(*bridges, name);
+    }
     HostSim::Vswitch::CheckSwitchName(name);
     HostSim::Vswitch::CheckPorts(ports);
     HostSim::Vswitch::CheckTeaming(teaming, {}, name);
@@ -341,6 +380,9 @@ std::unique_ptr<HostCtl::Network::VirtualSwitch> VirtualSwitchInfoImpl::AddVirtu
 std::unique_ptr<HostCtl::Network::VirtualSwitch> VirtualSwitchInfoImpl::GetVirtualSwitchByName(
     const std::string& name, HostCtl::Network::PortsetGetType type) {
     PassOperation("VirtualSwitchInfoImpl::GetVirtualSwitchByName", name);
+    if (auto* bridges = LiveBridges(type)) {
+        return HostSim::Vswitch::LiveSwitch(*bridges, name);
+    }
     auto record = HostSim::Vswitch::LoadSwitch(Store(), name, type);
     if (!record) {
         return nullptr;
@@ -352,15 +394,26 @@ std::vector<std::unique_ptr<HostCtl::Network::VirtualSwitch>>
 VirtualSwitchInfoImpl::GetVirtualSwitches(HostCtl::Network::PortsetGetType type) {
     PassOperation("VirtualSwitchInfoImpl::GetVirtualSwitches");
     std::vector<std::unique_ptr<HostCtl::Network::VirtualSwitch>> switches;
+    if (auto* bridges = LiveBridges(type)) {
+        for (auto& record : bridges->LoadAll()) {
+            switches.push_back(std::make_unique<BridgeImpl>(std::move(record)));
+        }
+        return switches;
+    }
     for (auto& record : HostSim::Vswitch::LoadSwitches(Store(), type)) {
         switches.push_back(std::make_unique<VirtualSwitchImpl>(std::move(record)));
     }
     return switches;
 }
 
-// A switch goes with its uplinks and port groups, unless one of those is in use.
+// A switch goes with its uplinks and port groups, unless one of those is in use. A bridge lets
+// its ports go as it goes.
 void VirtualSwitchInfoImpl::RemoveVirtualSwitch(const std::string& name) {
     PassOperation("VirtualSwitchInfoImpl::RemoveVirtualSwitch", name);
+    if (auto* bridges = LiveBridges(HostCtl::Network::PortsetGetNormal)) {
+        bridges->Remove(name);
+        return;
+    }
     HostSim::Database& database = Store();
     HostSim::WriteTransaction transaction(database);
     HostSim::Vswitch::RequireSwitch(database, name);
@@ -384,6 +437,9 @@ namespace HostCtl::Network {
 std::unique_ptr<VirtualSwitch> NetworkFactory::GetVirtualSwitchById(const std::string& name,
                                                                     PortsetGetType type) {
     HostSim::PassOperation("NetworkFactory::GetVirtualSwitchById", name);
+    if (auto* bridges = HostSim::Vswitch::LiveBridges(type)) {
+        return HostSim::Vswitch::LiveSwitch(*bridges, name);
+    }
     auto record = HostSim::Vswitch::LoadSwitch(HostSim::Store(), name, type);
     if (!record) {
         return nullptr;

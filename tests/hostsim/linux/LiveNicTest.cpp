@@ -183,7 +183,7 @@ TEST_F(LiveNic, AnInjectedFaultFailsTheChangeAndLeavesTheLinkAsItWas) {
 
 TEST_F(LiveNic, TheLiveHostNeverOpensTheSimulatedHostsStore) {
     EXPECT_EQ(LiveAutocli({"network", "nic", "list"}).status, 0);
-    EXPECT_EQ(LiveAutocli({"network", "vswitch", "standard", "list"}).status, 1);
+    EXPECT_EQ(LiveAutocli({"network", "vswitch", "standard", "portgroup", "list"}).status, 1);
     EXPECT_TRUE(std::filesystem::is_empty(StateDirectory()));
 }
 

@@ -1,0 +1,154 @@
+#include "hostsim/linux/Nftables.h"
+
+#include <endian.h>
+#include <linux/netfilter/nf_tables.h>
+#include <linux/netfilter/nfnetlink.h>
+#include <nftables/libnftables.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "hostctl/HostCtlException.h"
+
+namespace HostSim::Linux {
+
+using HostCtl::Lib::HostCtlException;
+
+namespace {
+
+// What the library says of a refusal: the words after "Error: " on its first error line, less
+// the library's own lead-in where the kernel refused ("Could not process rule: File exists").
+std::string RefusalWords(const std::string& report) {
+    constexpr char kMarker[] = "Error: ";
+    constexpr char kLeadIn[] = "Could not process rule: ";
+    const auto marker = report.find(kMarker);
+    if (marker == std::string::npos) {
+        const auto end = report.find('\n');
+        return report.substr(0, end);
+    }
+    const auto start = marker + std::strlen(kMarker);
+    std::string words = report.substr(start, report.find('\n', start) - start);
+    if (words.rfind(kLeadIn, 0) == 0) {
+        words.erase(0, std::strlen(kLeadIn));
+    }
+    return words;
+}
+
+Message NetfilterRequest(std::uint8_t command, std::uint16_t flags, std::uint8_t family) {
+    Message request(static_cast<std::uint16_t>((NFNL_SUBSYS_NFTABLES << 8) | command), flags);
+    auto* header = request.PutExtra<nfgenmsg>();
+    header->nfgen_family = family;
+    header->version = NFNETLINK_V0;
+    return request;
+}
+
+std::string Text(const nlattr* attribute) {
+    return attribute != nullptr ? mnl_attr_get_str(attribute) : std::string();
+}
+
+// The comment among a chain's user data: a run of (type, length, value) entries, the comment
+// of type 0 with its terminating zero.
+std::string CommentOfUserData(const nlattr* userData) {
+    constexpr unsigned char kCommentType = 0;
+    if (userData == nullptr) {
+        return {};
+    }
+    const auto* bytes = static_cast<const unsigned char*>(mnl_attr_get_payload(userData));
+    const std::size_t size = mnl_attr_get_payload_len(userData);
+    for (std::size_t at = 0; at + 2 <= size;) {
+        const unsigned char type = bytes[at];
+        const std::size_t length = bytes[at + 1];
+        if (at + 2 + length > size) {
+            break;
+        }
+        if (type == kCommentType) {
+            const char* value = reinterpret_cast<const char*>(bytes + at + 2);
+            return std::string(value, strnlen(value, length));
+        }
+        at += 2 + length;
+    }
+    return {};
+}
+
+}  // namespace
+
+Nftables::Nftables() : context_(nft_ctx_new(NFT_CTX_DEFAULT)) {
+    if (context_ == nullptr) {
+        throw HostCtlException("The nftables library can't make a context: " +
+                               std::string(std::strerror(errno)));
+    }
+    nft_ctx_buffer_output(context_);
+    nft_ctx_buffer_error(context_);
+}
+
+Nftables::~Nftables() {
+    nft_ctx_free(context_);
+}
+
+std::string Nftables::Execute(const std::string& commands) {
+    if (nft_run_cmd_from_buffer(context_, commands.c_str()) != 0) {
+        throw HostCtlException(RefusalWords(nft_ctx_get_error_buffer(context_)));
+    }
+    return nft_ctx_get_output_buffer(context_);
+}
+
+void Nftables::Run(const std::string& commands) {
+    nft_ctx_output_set_flags(context_, 0);
+    Execute(commands);
+}
+
+nlohmann::json Nftables::List(const std::string& command) {
+    nft_ctx_output_set_flags(context_, NFT_CTX_OUTPUT_JSON | NFT_CTX_OUTPUT_HANDLE);
+    const std::string answer = Execute(command);
+    nlohmann::json listing = nlohmann::json::parse(answer, nullptr, false);
+    if (listing.is_discarded() || !listing.contains("nftables")) {
+        throw HostCtlException("The nftables library answered \"" + command +
+                               "\" with no JSON listing");
+    }
+    return std::move(listing["nftables"]);
+}
+
+std::optional<TableHead> ReadTableHead(NetlinkSocket& netfilter, std::uint8_t family,
+                                       const std::string& name) {
+    Message request = NetfilterRequest(NFT_MSG_GETTABLE, 0, family);
+    mnl_attr_put_strz(request.Header(), NFTA_TABLE_NAME, name.c_str());
+    std::optional<TableHead> head;
+    try {
+        netfilter.Exchange(request, [&head](const nlmsghdr& reply) {
+            const auto attributes = ParseAttributes(reply, sizeof(nfgenmsg), NFTA_TABLE_MAX);
+            TableHead read;
+            if (attributes[NFTA_TABLE_HANDLE] != nullptr) {
+                read.handle = be64toh(mnl_attr_get_u64(attributes[NFTA_TABLE_HANDLE]));
+            }
+            if (attributes[NFTA_TABLE_FLAGS] != nullptr) {
+                read.flags = be32toh(mnl_attr_get_u32(attributes[NFTA_TABLE_FLAGS]));
+            }
+            head = read;
+        });
+    } catch (const KernelError& error) {
+        if (error.Error() == ENOENT) {
+            return std::nullopt;
+        }
+        throw;
+    }
+    return head;
+}
+
+std::map<std::string, std::string> ReadChainComments(NetlinkSocket& netfilter, std::uint8_t family,
+                                                     const std::string& name) {
+    Message request = NetfilterRequest(NFT_MSG_GETCHAIN, NLM_F_DUMP, family);
+    std::map<std::string, std::string> comments;
+    netfilter.Exchange(request, [&](const nlmsghdr& reply) {
+        const auto attributes = ParseAttributes(reply, sizeof(nfgenmsg), NFTA_CHAIN_MAX);
+        if (Text(attributes[NFTA_CHAIN_TABLE]) != name) {
+            return;
+        }
+        std::string comment = CommentOfUserData(attributes[NFTA_CHAIN_USERDATA]);
+        if (!comment.empty()) {
+            comments[Text(attributes[NFTA_CHAIN_NAME])] = std::move(comment);
+        }
+    });
+    return comments;
+}
+
+}  // namespace HostSim::Linux
