@@ -33,6 +33,10 @@ void NetworkInfoImpl::SetKelmIpv6Enabled(bool enabled) {
 
 bool NetworkInfoImpl::GetNetDumperEnabled() {
     HostSim::PassOperation("NetworkInfoImpl::GetNetDumperEnabled");
+    // Linux has no network dumper, so none is on.
+    if (HostSim::LiveHost() != nullptr) {
+        return false;
+    }
     return HostSim::NameService::ReadNetDumperEnabled(HostSim::Store());
 }
 
