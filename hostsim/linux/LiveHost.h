@@ -212,6 +212,8 @@ public:
     // throws when there is none.
     virtual void Remove(const std::string& netstack, int family, const std::string& address,
                         const std::string& interfaceName) = 0;
+};
+
 // The firewall: one nftables table of the tool's own, which holds the rulesets with their
 // rules and allowed addresses, the default action and the enabled flag. It touches no other
 // table.
