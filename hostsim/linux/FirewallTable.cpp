@@ -1,7 +1,6 @@
 #include "hostsim/linux/FirewallTable.h"
 
 #include <linux/netfilter.h>
-#include <linux/netfilter/nf_tables.h>
 
 #include <algorithm>
 #include <cctype>
@@ -30,6 +29,10 @@ constexpr char kInbound[] = "inbound";
 constexpr char kOutbound[] = "outbound";
 constexpr char kIpv4Suffix[] = ".ipv4";
 constexpr char kIpv6Suffix[] = ".ipv6";
+// The comment of a base chain: "defaultAction=PASS" or "defaultAction=DROP".
+constexpr char kDefaultActionKey[] = "defaultAction=";
+constexpr char kPass[] = "PASS";
+constexpr char kDrop[] = "DROP";
 // Reads and writes that another writer got in between are made again, this many times at most.
 constexpr int kAttempts = 32;
 
@@ -139,11 +142,17 @@ void AppendSet(std::ostringstream& text, const Ruleset& ruleset, bool ipv6) {
     text << "\t}\n";
 }
 
+// A base chain carries the default action in its comment too, which is where it stays while
+// the firewall is disabled: the chain is then hooked nowhere, and so filters nothing.
 void AppendBaseChain(std::ostringstream& text, const Configuration& configuration, const char* name,
                      const char* hook, const char* loopback) {
-    text << "\tchain " << name << " {\n\t\ttype filter hook " << hook << " priority filter; policy "
-         << (configuration.pass ? "accept" : "drop") << ";\n"
-         << "\t\tct state established,related accept\n"
+    text << "\tchain " << name << " {\n\t\tcomment \"" << kDefaultActionKey
+         << (configuration.pass ? kPass : kDrop) << "\"\n";
+    if (configuration.enabled) {
+        text << "\t\ttype filter hook " << hook << " priority filter; policy "
+             << (configuration.pass ? "accept" : "drop") << ";\n";
+    }
+    text << "\t\tct state established,related accept\n"
          << "\t\t" << loopback << " \"lo\" accept\n"
          << "\t\ticmpv6 type { nd-router-solicit, nd-router-advert, nd-neighbor-solicit, "
             "nd-neighbor-advert } accept\n";
@@ -162,9 +171,6 @@ std::string TableText(const Configuration& configuration) {
     }
     std::ostringstream text;
     text << "table " << kTable << " {\n";
-    if (!configuration.enabled) {
-        text << "\tflags dormant\n";
-    }
     for (const Ruleset& ruleset : configuration.rulesets) {
         AppendSet(text, ruleset, false);
         AppendSet(text, ruleset, true);
@@ -256,30 +262,29 @@ bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-// The configuration a listing of the table holds; `handle` is set to the listed table's.
-Configuration ReadConfiguration(const json& listing, const TableHead& head,
-                                const std::map<std::string, std::string>& comments,
+// The configuration a listing of the table holds, with the comments of its chains in the
+// table's order; `handle` is set to the listed table's.
+Configuration ReadConfiguration(const json& listing, const std::vector<ChainHead>& chains,
                                 std::uint64_t& handle) {
     Configuration configuration;
-    configuration.enabled = (head.flags & NFT_TABLE_F_DORMANT) == 0;
     std::map<std::string, std::size_t> positions;
+    for (const ChainHead& chain : chains) {
+        if (chain.name == kInbound) {
+            configuration.pass = chain.comment == std::string(kDefaultActionKey) + kPass;
+        } else if (auto settings = ParseSettings(chain.comment)) {
+            positions[chain.name] = configuration.rulesets.size();
+            configuration.rulesets.push_back({chain.name, *settings, {}, {}});
+        }
+    }
+    configuration.enabled = false;
     for (const json& item : listing) {
         if (item.contains("table")) {
             handle = item["table"].value("handle", std::uint64_t{0});
-        } else if (item.contains("chain")) {
-            const json& chain = item["chain"];
-            const std::string name = chain.value("name", "");
-            if (name == kInbound) {
-                configuration.pass = chain.value("policy", "accept") == "accept";
-            }
-            const auto comment = comments.find(name);
-            if (comment == comments.end()) {
-                continue;
-            }
-            if (auto settings = ParseSettings(comment->second)) {
-                positions[name] = configuration.rulesets.size();
-                configuration.rulesets.push_back({name, *settings, {}, {}});
-            }
+        } else if (item.contains("chain") && item["chain"].value("name", "") == kInbound &&
+                   item["chain"].contains("hook")) {
+            // What the kernel applies is the hooked chain's policy.
+            configuration.enabled = true;
+            configuration.pass = item["chain"].value("policy", "accept") == "accept";
         }
     }
     auto rulesetNamed = [&](const std::string& name) -> Ruleset* {
@@ -348,34 +353,32 @@ NetlinkSocket& FirewallTable::Netfilter() {
     return *netfilter_;
 }
 
-std::optional<TableHead> FirewallTable::Head() {
-    return ReadTableHead(Netfilter(), kFamily, kTableName);
+std::optional<std::uint64_t> FirewallTable::Handle() {
+    return ReadTableHandle(Netfilter(), kFamily, kTableName);
 }
 
 bool FirewallTable::IsLoaded() {
-    return Head().has_value();
+    return Handle().has_value();
 }
 
-// The library's listing leaves out the table's flags and the chains' comments, which netlink
-// gives; the table's handle, the same before and after, shows that all three saw one table.
+// The library's listing leaves out the chains' comments, which netlink gives; the table's
+// handle, the same before and after, shows that both saw one table.
 FirewallTable::Snapshot FirewallTable::ReadSnapshot() {
     for (int attempt = 1;; ++attempt) {
-        const auto head = Head();
-        if (!head) {
+        const auto handle = Handle();
+        if (!handle) {
             throw HostCtlException(NotLoaded());
         }
         try {
-            const auto comments = ReadChainComments(Netfilter(), kFamily, kTableName);
+            const std::vector<ChainHead> chains = ReadChains(Netfilter(), kFamily, kTableName);
             const json listing = Library().List(std::string("list table ") + kTable);
             Snapshot snapshot;
-            snapshot.configuration = ReadConfiguration(listing, *head, comments, snapshot.handle);
-            const auto after = Head();
-            if (after && after->handle == head->handle && snapshot.handle == head->handle) {
+            snapshot.configuration = ReadConfiguration(listing, chains, snapshot.handle);
+            if (snapshot.handle == *handle && Handle() == handle) {
                 return snapshot;
             }
         } catch (const HostCtlException&) {
-            const auto after = Head();
-            if (after && after->handle == head->handle) {
+            if (Handle() == handle) {
                 throw;
             }
         }
@@ -401,11 +404,11 @@ Configuration FirewallTable::Change(const std::function<void(Configuration&)>& c
             Library().Run(batch);
             return snapshot.configuration;
         } catch (const HostCtlException&) {
-            const auto head = Head();
-            if (!head) {
+            const auto handle = Handle();
+            if (!handle) {
                 throw HostCtlException(NotLoaded());
             }
-            if (head->handle == snapshot.handle || attempt == kAttempts) {
+            if (*handle == snapshot.handle || attempt == kAttempts) {
                 throw;
             }
         }

@@ -1,11 +1,12 @@
 // The live host's firewall: the nftables table "inet kelmfw", which is the tool's own.
 //
 //   table inet kelmfw {
-//       flags dormant                       while the firewall is disabled
 //       set ID.ipv4 { type ipv4_addr; flags interval; elements = { ... } }
 //       set ID.ipv6 { type ipv6_addr; flags interval; elements = { ... } }
-//       chain inbound {                     policy accept (PASS) or drop (DROP)
-//           type filter hook input priority filter; policy drop;
+//       chain inbound {
+//           comment "defaultAction=DROP"
+//           type filter hook input priority filter; policy drop;   accept for PASS; no hook
+//                                                                   while disabled
 //           ct state established,related accept
 //           iif "lo" accept
 //           icmpv6 type { nd-... } accept   neighbour discovery, without which IPv6 stops
@@ -19,11 +20,14 @@
 //       }
 //   }
 //
-// A rule of a ruleset is one line, or, while the ruleset admits only its allowed addresses, one
-// line for each address family, testing the peer (the source of what comes in, the destination
-// of what goes out) against the ruleset's set. What comes in has no output link and what goes
-// out no input link, which is how a ruleset's chain, jumped to from both hooks, tells them
-// apart.
+// A disabled firewall's base chains are hooked nowhere, so the table filters nothing; the
+// default action stays in their comment. (A dormant table would do as much, but libnftables
+// 1.0.6 frees the text of a table's flags before it prints them, so such a table can't be
+// listed as JSON.) A rule of a ruleset is one line, or, while the ruleset admits only its
+// allowed addresses, one line for each address family, testing the peer (the source of what
+// comes in, the destination of what goes out) against the ruleset's set. What comes in has no
+// output link and what goes out no input link, which is how a ruleset's chain, jumped to from
+// both hooks, tells them apart.
 #pragma once
 
 #include <cstdint>
@@ -52,7 +56,7 @@ private:
     };
     // The table as it stood at one moment, with the handle that names that table.
     Snapshot ReadSnapshot();
-    std::optional<TableHead> Head();
+    std::optional<std::uint64_t> Handle();
 
     // Opened on first use and kept for the process.
     Nftables& Library();

@@ -99,8 +99,7 @@ void Nftables::Run(const std::string& commands) {
 
 nlohmann::json Nftables::List(const std::string& command) {
     nft_ctx_output_set_flags(context_, NFT_CTX_OUTPUT_JSON | NFT_CTX_OUTPUT_HANDLE);
-    const std::string answer = Execute(command);
-    nlohmann::json listing = nlohmann::json::parse(answer, nullptr, false);
+    nlohmann::json listing = nlohmann::json::parse(Execute(command), nullptr, false);
     if (listing.is_discarded() || !listing.contains("nftables")) {
         throw HostCtlException("The nftables library answered \"" + command +
                                "\" with no JSON listing");
@@ -108,22 +107,17 @@ nlohmann::json Nftables::List(const std::string& command) {
     return std::move(listing["nftables"]);
 }
 
-std::optional<TableHead> ReadTableHead(NetlinkSocket& netfilter, std::uint8_t family,
-                                       const std::string& name) {
+std::optional<std::uint64_t> ReadTableHandle(NetlinkSocket& netfilter, std::uint8_t family,
+                                             const std::string& name) {
     Message request = NetfilterRequest(NFT_MSG_GETTABLE, 0, family);
     mnl_attr_put_strz(request.Header(), NFTA_TABLE_NAME, name.c_str());
-    std::optional<TableHead> head;
+    std::optional<std::uint64_t> handle;
     try {
-        netfilter.Exchange(request, [&head](const nlmsghdr& reply) {
+        netfilter.Exchange(request, [&handle](const nlmsghdr& reply) {
             const auto attributes = ParseAttributes(reply, sizeof(nfgenmsg), NFTA_TABLE_MAX);
-            TableHead read;
-            if (attributes[NFTA_TABLE_HANDLE] != nullptr) {
-                read.handle = be64toh(mnl_attr_get_u64(attributes[NFTA_TABLE_HANDLE]));
-            }
-            if (attributes[NFTA_TABLE_FLAGS] != nullptr) {
-                read.flags = be32toh(mnl_attr_get_u32(attributes[NFTA_TABLE_FLAGS]));
-            }
-            head = read;
+            handle = attributes[NFTA_TABLE_HANDLE] != nullptr
+                         ? be64toh(mnl_attr_get_u64(attributes[NFTA_TABLE_HANDLE]))
+                         : 0;
         });
     } catch (const KernelError& error) {
         if (error.Error() == ENOENT) {
@@ -131,24 +125,21 @@ std::optional<TableHead> ReadTableHead(NetlinkSocket& netfilter, std::uint8_t fa
         }
         throw;
     }
-    return head;
+    return handle;
 }
 
-std::map<std::string, std::string> ReadChainComments(NetlinkSocket& netfilter, std::uint8_t family,
-                                                     const std::string& name) {
+std::vector<ChainHead> ReadChains(NetlinkSocket& netfilter, std::uint8_t family,
+                                  const std::string& table) {
     Message request = NetfilterRequest(NFT_MSG_GETCHAIN, NLM_F_DUMP, family);
-    std::map<std::string, std::string> comments;
+    std::vector<ChainHead> chains;
     netfilter.Exchange(request, [&](const nlmsghdr& reply) {
         const auto attributes = ParseAttributes(reply, sizeof(nfgenmsg), NFTA_CHAIN_MAX);
-        if (Text(attributes[NFTA_CHAIN_TABLE]) != name) {
-            return;
-        }
-        std::string comment = CommentOfUserData(attributes[NFTA_CHAIN_USERDATA]);
-        if (!comment.empty()) {
-            comments[Text(attributes[NFTA_CHAIN_NAME])] = std::move(comment);
+        if (Text(attributes[NFTA_CHAIN_TABLE]) == table) {
+            chains.push_back({Text(attributes[NFTA_CHAIN_NAME]),
+                              CommentOfUserData(attributes[NFTA_CHAIN_USERDATA])});
         }
     });
-    return comments;
+    return chains;
 }
 
 }  // namespace HostSim::Linux

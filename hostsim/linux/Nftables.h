@@ -1,13 +1,13 @@
 // The kernel's packet filter through libnftables: command batches in nft's own command
-// language, listings read back as JSON; and the few facts of a table that the library's JSON
-// leaves out, asked of nf_tables' netlink interface directly.
+// language, listings read back as JSON; and what the library's JSON leaves out (a table's
+// handle alone, the comments of its chains), asked of nf_tables' netlink interface directly.
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "hostsim/linux/Netlink.h"
 
@@ -35,19 +35,18 @@ private:
     nft_ctx* context_;
 };
 
-// A table as nf_tables' netlink interface gives it.
-struct TableHead {
-    std::uint64_t handle = 0;  // new for every table made, never given twice in a namespace
-    std::uint32_t flags = 0;
+// The handle of the table of that family (NFPROTO_*) and name, asked on a NETLINK_NETFILTER
+// socket: new for every table made, never given twice in a namespace. Empty when there is none.
+std::optional<std::uint64_t> ReadTableHandle(NetlinkSocket& netfilter, std::uint8_t family,
+                                             const std::string& name);
+
+struct ChainHead {
+    std::string name;
+    std::string comment;  // empty for none
 };
 
-// The table of that family (NFPROTO_*) and name, asked on a NETLINK_NETFILTER socket; empty
-// when there is none.
-std::optional<TableHead> ReadTableHead(NetlinkSocket& netfilter, std::uint8_t family,
-                                       const std::string& name);
-// The comments of the table's chains, by chain name, from one dump; chains without one are left
-// out.
-std::map<std::string, std::string> ReadChainComments(NetlinkSocket& netfilter, std::uint8_t family,
-                                                     const std::string& name);
+// The chains of the table, in its order, from one dump.
+std::vector<ChainHead> ReadChains(NetlinkSocket& netfilter, std::uint8_t family,
+                                  const std::string& table);
 
 }  // namespace HostSim::Linux
