@@ -18,6 +18,7 @@ lib/autocli/bin/autocli
 lib/autocli/bin/hostsim
 lib/autocli/bin/libcpptools.so
 lib/autocli/bin/libkelmctl.so
+lib/autocli/bin/liblinuxhost.so
 lib/autocli/plugins/libnetwork.so
 share/bash-completion/completions/autocli
 share/man/man1/autocli.1.gz

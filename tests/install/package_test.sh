@@ -30,6 +30,7 @@ expect_equal "package files" "$(
 ./usr/lib/autocli/bin/hostsim
 ./usr/lib/autocli/bin/libcpptools.so
 ./usr/lib/autocli/bin/libkelmctl.so
+./usr/lib/autocli/bin/liblinuxhost.so
 ./usr/lib/autocli/plugins/libnetwork.so
 ./usr/share/bash-completion/completions/autocli
 ./usr/share/man/man1/autocli.1.gz
