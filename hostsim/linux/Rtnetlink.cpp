@@ -107,13 +107,14 @@ Message LinkRequest(int index, const std::string& name) {
 }  // namespace
 
 const std::string& LinkNames::Name(int index) {
-    const auto [known, added] = names_.try_emplace(index);
-    if (!added || index == 0) {
+    const auto emplaced = names_.try_emplace(index);
+    const auto known = emplaced.first;
+    if (!emplaced.second || index == 0) {
         return known->second;
     }
     Message request = LinkRequest(index, {});
     try {
-        socket_.Exchange(request, [&known](const nlmsghdr& reply) {
+        socket_.Exchange(request, [known](const nlmsghdr& reply) {
             const auto attributes = ParseAttributes(reply, sizeof(ifinfomsg), IFLA_IFNAME);
             if (attributes[IFLA_IFNAME] != nullptr) {
                 known->second = mnl_attr_get_str(attributes[IFLA_IFNAME]);
