@@ -3,6 +3,7 @@
 # Tab, with the build's autocli answering for the host's objects.
 # Usage: zsh_completion_test.sh BUILD_DIR
 source "$(dirname "$0")/lib.sh"
+shopt -s extglob
 require zsh tmux
 
 mkdir "$work/zdotdir"
@@ -33,12 +34,29 @@ shows() {
     return 1
 }
 
-# type_tab TEXT TABS: a fresh command line, TEXT typed and Tab pressed TABS times.
+# Waits up to five seconds for the screen to hold nothing but the prompt with TEXT after it.
+shows_only() {
+    local tries text expected="> $1"
+    expected=${expected%%+([[:space:]])}
+    for ((tries = 0; tries < 50; tries++)); do
+        sleep 0.1
+        text=$(screen)
+        [[ ${text%%+([[:space:]])} == "$expected" ]] && return 0
+    done
+    return 1
+}
+
+# type_tab TEXT TABS: a fresh command line, TEXT typed and Tab pressed TABS times. Each key waits
+# for zsh to have drawn the one before, as a slow machine can be still listing the last menu.
 type_tab() {
-    "${tmux[@]}" send-keys -t completion C-c
-    "${tmux[@]}" send-keys -t completion C-l
-    sleep 0.2
+    local tries
+    for ((tries = 0; tries < 3; tries++)); do
+        "${tmux[@]}" send-keys -t completion C-c
+        "${tmux[@]}" send-keys -t completion C-l
+        shows_only '' && break
+    done
     "${tmux[@]}" send-keys -t completion -l "$1"
+    shows_only "$1" || fail "zsh did not echo: $1"$'\n'"$(screen)"
     local i
     for ((i = 0; i < $2; i++)); do
         sleep 0.3
