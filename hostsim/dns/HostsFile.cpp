@@ -58,19 +58,13 @@ void HostsFile::AddEntryFromUser(const std::string& ipAddress, const std::string
                                  const std::string& comment) {
     PassOperation("HostsFile::AddEntryFromUser", hostName);
     const std::string address = NormalAddress(ipAddress);
-    HostSim::NameService::CheckHostName(hostName, "host name");
-    for (const std::string& alias : aliases) {
-        HostSim::NameService::CheckHostName(alias, "alias");
-    }
-    if (comment.find_first_of("\r\n") != std::string::npos) {
-        throw HostCtlException("A hosts file comment is one line");
-    }
+    HostSim::NameService::CheckHostsEntry(hostName, aliases, comment);
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     Json entries = HostSim::NameService::ReadHosts(database);
     for (const Json& entry : entries) {
         if (entry.at("ip") == address && entry.at("hostname") == hostName) {
-            throw HostCtlException("The hosts file already maps " + address + " to " + hostName);
+            HostSim::NameService::RefuseSecondHostsEntry(address, hostName);
         }
     }
     entries.push_back(

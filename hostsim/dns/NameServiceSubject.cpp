@@ -45,11 +45,10 @@ void ImportDns(Database& database, const Json& section, const Scale& scale) {
         }
         KelmCtl::Network::DnsConfigImpl::Config config;
         for (const Json& server : dns.value("servers", Json::array())) {
-            config.servers.push_back(NormalAddress(server.get<std::string>()));
+            NameService::AddServer(config, NormalAddress(server.get<std::string>()), key);
         }
         for (const Json& domain : dns.value("searchDomains", Json::array())) {
-            config.domains.push_back(domain.get<std::string>());
-            NameService::CheckHostName(config.domains.back(), "search domain");
+            NameService::AddSearchDomain(config, domain.get<std::string>(), key);
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
             const std::string target = scale.Name(key, copy);
@@ -67,17 +66,18 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     NameService::WriteNetDumperEnabled(database, section.value("netDumperEnabled", false));
     ImportDns(database, section, scale);
     Json hosts = Json::array();
+    std::set<std::pair<std::string, std::string>> mapped;
     for (const Json& entry : section.value("hosts", Json::array())) {
         const std::string name = entry.at("hostname").get<std::string>();
-        NameService::CheckHostName(name, "host name");
         const auto aliases = entry.value("aliases", std::vector<std::string>{});
-        for (const std::string& alias : aliases) {
-            NameService::CheckHostName(alias, "alias");
+        const std::string comment = entry.value("comment", "");
+        NameService::CheckHostsEntry(name, aliases, comment);
+        const std::string address = NormalAddress(entry.at("ip").get<std::string>());
+        if (!mapped.emplace(address, name).second) {
+            NameService::RefuseSecondHostsEntry(address, name);
         }
-        hosts.push_back({{"ip", NormalAddress(entry.at("ip").get<std::string>())},
-                         {"hostname", name},
-                         {"aliases", aliases},
-                         {"comment", entry.value("comment", "")}});
+        hosts.push_back(
+            {{"ip", address}, {"hostname", name}, {"aliases", aliases}, {"comment", comment}});
     }
     NameService::WriteHosts(database, hosts);
 }

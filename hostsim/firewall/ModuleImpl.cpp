@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/firewall/FirewallStore.h"
@@ -20,6 +21,7 @@ void ModuleImpl::Refresh() {
 // Loading a loaded module keeps it as it is.
 void ModuleImpl::Load(const std::string& options, bool persistent) {
     HostSim::PassOperation("ModuleImpl::Load", name_);
+    HostSim::CheckStoredText(options, "module options");
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     database

@@ -28,7 +28,7 @@ json PseudoNic(const std::string& name, const std::string& descriptor) {
             {"descriptor", descriptor},
             {"driver", "pseudonet"},
             {"speed", 100},
-            {"mac", "00:50:56:0c:0d:0e"}};
+            {"mac", "00:50:56:0c:0d:0" + name.substr(name.size() - 1)}};
 }
 
 class NicListTest : public Testing::CommandTest {
@@ -120,11 +120,12 @@ TEST_F(NicListTest, HostWithoutNicsListsNothing) {
     EXPECT_EQ(list->GetCount(), 0u);
 }
 
+// The host reports duplex 2 for half, and 0 while the link is down.
 TEST_F(NicListTest, DuplexOtherThanOneIsHalfAndDpuIsShown) {
     json half = PciNic("hwnic1");
-    half["duplex"] = 0;
+    half["duplex"] = 2;
     json odd = PciNic("hwnic2");
-    odd["duplex"] = 7;
+    odd["cableConnected"] = false;
     odd["dpuId"] = "dpu-0001";
     UseNics(json::array({half, odd}));
     auto list = RunList({"nic", "list"});
