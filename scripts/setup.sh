@@ -3,7 +3,7 @@
 set -euo pipefail
 packages=(g++ cmake ninja-build libboost1.81-dev libsqlite3-dev nlohmann-json3-dev
           libgtest-dev libgmock-dev libbenchmark-dev ccache sqlite3 clang
-          libclang-rt-14-dev)
+          libclang-rt-14-dev libexpat1-dev)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
