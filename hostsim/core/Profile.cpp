@@ -219,19 +219,28 @@ std::optional<Origin> ReadOrigin(Database& database) {
 }  // namespace
 
 Json ParseProfile(std::string_view text, const std::string& source) {
-    // The parser keeps its own stack, not the machine's; the check ends it at the first value
-    // too deep, before the rest is read.
-    const Json::parser_callback_t checkDepth = [&source](int depth, Json::parse_event_t event,
-                                                         Json&) {
-        if ((event == Json::parse_event_t::object_start ||
-             event == Json::parse_event_t::array_start) &&
-            depth >= kMaximumProfileDepth) {
-            RefuseDepth(source);
+    // One pass over the bytes before the parser builds anything: the brackets outside strings
+    // give the depth. (The parser's own callbacks would do it too, but they cost a pass over an
+    // array for each object that ends in it.)
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inString) {
+            i += c == '\\' ? 1 : 0;
+            inString = c != '"';
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaximumProfileDepth) {
+                RefuseDepth(source);
+            }
+        } else if (c == ']' || c == '}') {
+            --depth;
         }
-        return true;
-    };
+    }
     try {
-        return Json::parse(text, checkDepth);
+        return Json::parse(text);
     } catch (const Json::parse_error& error) {
         throw HostCtlException(source + " is not valid JSON: " + error.what());
     }

@@ -18,8 +18,8 @@ inline constexpr std::size_t kMaximumProfileBytes = std::size_t{256} << 20;
 inline constexpr int kMaximumProfileDepth = 16;
 
 // Parses the JSON text of a profile from `source` ("The profile host.json"). Throws
-// HostCtlException for text that is no JSON, and as soon as the parser meets a value nested
-// deeper than kMaximumProfileDepth.
+// HostCtlException for text that is no JSON, and for text nesting deeper than
+// kMaximumProfileDepth, which a first pass over the bytes finds before anything is built.
 Json ParseProfile(std::string_view text, const std::string& source);
 
 // Reads and parses the profile in the file `path`; a folder, a file over kMaximumProfileBytes

@@ -65,9 +65,13 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     NameService::WriteIpv6Enabled(database, section.value("ipv6Enabled", true));
     NameService::WriteNetDumperEnabled(database, section.value("netDumperEnabled", false));
     ImportDns(database, section, scale);
-    Json hosts = Json::array();
+    // Gathered as a plain vector: each push_back onto a JSON array would set the parent of every
+    // element before it again.
+    Json::array_t hosts;
     std::set<std::pair<std::string, std::string>> mapped;
-    for (const Json& entry : section.value("hosts", Json::array())) {
+    static const Json kNoEntries = Json::array();
+    const auto given = section.find("hosts");
+    for (const Json& entry : given != section.end() ? *given : kNoEntries) {
         const std::string name = entry.at("hostname").get<std::string>();
         const auto aliases = entry.value("aliases", std::vector<std::string>{});
         const std::string comment = entry.value("comment", "");
@@ -79,7 +83,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
         hosts.push_back(
             {{"ip", address}, {"hostname", name}, {"aliases", aliases}, {"comment", comment}});
     }
-    NameService::WriteHosts(database, hosts);
+    NameService::WriteHosts(database, Json(std::move(hosts)));
 }
 
 Json ExportSection(Database& database) {

@@ -35,6 +35,8 @@ constexpr const char* kSchemaSteps[] = {
     "CREATE TABLE dvs_uplink ("
     " position INTEGER PRIMARY KEY,"
     " dvs TEXT NOT NULL, nic TEXT NOT NULL UNIQUE, dvport TEXT NOT NULL);",
+    // A switch's uplinks are read by its name, without a pass over every switch's.
+    "CREATE INDEX dvs_uplink_by_switch ON dvs_uplink (dvs);",
 };
 
 constexpr const char* kTables[] = {"dvs_uplink", "dvs"};

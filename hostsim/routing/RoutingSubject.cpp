@@ -3,6 +3,7 @@
 // data.
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
@@ -173,6 +174,12 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     std::set<std::string> keys;
     unsigned long ipv4Index = 0;
     unsigned long ipv6Index = 0;
+    // The sockets and memberships of each instance, gathered over all copies and written once.
+    struct Sockets {
+        Json connections = Json::array();
+        Json multicast = Json::array();
+    };
+    std::map<std::string, Sockets> sockets;
     for (const Json& netstack : section.value("netstacks", Json::array())) {
         const std::string key = netstack.at("netstack").get<std::string>();
         CheckObjectName(key, "netstack instance");
@@ -220,14 +227,16 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
             for (const Json& neighbor : copied.neighbors) {
                 Routing::InsertNeighbor(database, target, neighbor);
             }
-            Json connections = Routing::ReadTable(database, target, "connections");
-            Json multicast = Routing::ReadTable(database, target, "multicast");
-            connections.insert(connections.end(), copied.connections.begin(),
-                               copied.connections.end());
-            multicast.insert(multicast.end(), copied.multicast.begin(), copied.multicast.end());
-            Routing::WriteTable(database, target, "connections", connections);
-            Routing::WriteTable(database, target, "multicast", multicast);
+            Sockets& into = sockets[target];
+            into.connections.insert(into.connections.end(), copied.connections.begin(),
+                                    copied.connections.end());
+            into.multicast.insert(into.multicast.end(), copied.multicast.begin(),
+                                  copied.multicast.end());
         }
+    }
+    for (const auto& [target, gathered] : sockets) {
+        Routing::WriteTable(database, target, "connections", gathered.connections);
+        Routing::WriteTable(database, target, "multicast", gathered.multicast);
     }
 }
 

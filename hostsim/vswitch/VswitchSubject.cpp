@@ -35,6 +35,8 @@ constexpr const char* kSchemaSteps[] = {
     " users TEXT NOT NULL,"
     " teaming TEXT NOT NULL, security TEXT NOT NULL, shaping TEXT NOT NULL);"
     "CREATE INDEX vswitch_portgroup_by_switch ON vswitch_portgroup (vswitch);",
+    // A switch's uplinks are read by its name, without a pass over every switch's.
+    "CREATE INDEX vswitch_uplink_by_switch ON vswitch_uplink (vswitch);",
 };
 
 constexpr const char* kTables[] = {"vswitch_portgroup", "vswitch_uplink", "vswitch"};
