@@ -5,6 +5,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dns/NameServiceStore.h"
@@ -36,7 +37,7 @@ std::string NormalAddress(const std::string& text) {
 // The resolver configuration is copied only for the instances a scaled host renames.
 void ImportDns(Database& database, const Json& section, const Scale& scale) {
     std::set<std::string> keys;
-    for (const Json& dns : section.value("dns", Json::array())) {
+    for (const Json& dns : ArrayMember(section, "dns")) {
         const std::string key = dns.at("netstack").get<std::string>();
         CheckObjectName(key, "netstack instance");
         if (!keys.insert(key).second) {
@@ -44,10 +45,10 @@ void ImportDns(Database& database, const Json& section, const Scale& scale) {
                                    " appears twice in the DNS configuration");
         }
         KelmCtl::Network::DnsConfigImpl::Config config;
-        for (const Json& server : dns.value("servers", Json::array())) {
+        for (const Json& server : ArrayMember(dns, "servers")) {
             NameService::AddServer(config, NormalAddress(server.get<std::string>()), key);
         }
-        for (const Json& domain : dns.value("searchDomains", Json::array())) {
+        for (const Json& domain : ArrayMember(dns, "searchDomains")) {
             NameService::AddSearchDomain(config, domain.get<std::string>(), key);
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
@@ -69,9 +70,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     // element before it again.
     Json::array_t hosts;
     std::set<std::pair<std::string, std::string>> mapped;
-    static const Json kNoEntries = Json::array();
-    const auto given = section.find("hosts");
-    for (const Json& entry : given != section.end() ? *given : kNoEntries) {
+    for (const Json& entry : ArrayMember(section, "hosts")) {
         const std::string name = entry.at("hostname").get<std::string>();
         const auto aliases = entry.value("aliases", std::vector<std::string>{});
         const std::string comment = entry.value("comment", "");

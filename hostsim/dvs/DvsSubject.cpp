@@ -6,6 +6,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
@@ -100,14 +101,14 @@ DVSwitchRecord RecordFromJson(const Json& json) {
     record.zanvexBranded = json.value("zanvexBranded", true);
     record.opaque = json.value("opaque", false);
     record.lacpOnDpu = json.value("lacpStateOnDpu", false);
-    for (const Json& port : json.value("dvports", Json::array())) {
+    for (const Json& port : ArrayMember(json, "dvports")) {
         record.dvports.push_back(Dvs::DVPortFromJson(port));
     }
-    for (const Json& uplink : json.value("uplinks", Json::array())) {
+    for (const Json& uplink : ArrayMember(json, "uplinks")) {
         record.uplinks.emplace_back(uplink.at("nic").get<std::string>(),
                                     uplink.at("dvport").get<std::string>());
     }
-    for (const Json& lag : json.value("lags", Json::array())) {
+    for (const Json& lag : ArrayMember(json, "lags")) {
         record.lags.push_back(Dvs::LagFromJson(lag));
     }
     std::sort(record.lags.begin(), record.lags.end(),

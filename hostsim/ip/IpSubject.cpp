@@ -6,6 +6,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
@@ -152,7 +153,7 @@ KelmNicRecord KelmNicFromJson(const Json& json) {
     record.rxQueues = json.value("rxQueues", 1u);
     record.enabled = json.value("enabled", true);
     record.portId = json.value("portId", 0u);
-    const Json connection = json.value("connection", Json::object());
+    const Json& connection = ObjectMember(json, "connection");
     if (connection.contains("portGroup")) {
         record.connectionType = ConnectionPoint::kPortGroup;
         record.portGroup = connection.at("portGroup").get<std::string>();
@@ -171,12 +172,12 @@ KelmNicRecord KelmNicFromJson(const Json& json) {
         throw HostCtlException("Kelm interface " + record.name +
                                " has a connection of no known kind");
     }
-    record.tags = TagsFromJson(json.value("tags", Json::array()), record.name);
-    const Json netDump = json.value("netDump", Json::object());
+    record.tags = TagsFromJson(ArrayMember(json, "tags"), record.name);
+    const Json& netDump = ObjectMember(json, "netDump");
     record.netDumper = netDump.value("dumper", false);
     record.ipv6ReadyPrimary = netDump.value("ipv6ReadyPrimary", false);
     record.ipv6ReadySecondary = netDump.value("ipv6ReadySecondary", false);
-    const Json ipConfig = json.value("ipConfig", Json::object());
+    const Json& ipConfig = ObjectMember(json, "ipConfig");
     try {
         const auto inForce = Ip::IpConfigFromJson(ipConfig);
         const auto configured = Ip::IpConfigFromJson(json.value("configuredIpConfig", ipConfig));

@@ -3,6 +3,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/nic/NicStore.h"
 
@@ -53,9 +54,9 @@ Record RecordFromJson(const Json& nic) {
     record.mtu = nic.value("mtu", 1500u);
     record.dpuId = nic.value("dpuId", "");
     record.linkInfo =
-        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(nic.value("linkInfo", Json::object()))).dump();
-    record.pause = Nic::PauseToJson(Nic::PauseFromJson(nic.value("pause", Json::object()))).dump();
-    auto driverInfo = nic.value("driverInfo", Json::object());
+        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(ObjectMember(nic, "linkInfo"))).dump();
+    record.pause = Nic::PauseToJson(Nic::PauseFromJson(ObjectMember(nic, "pause"))).dump();
+    const Json& driverInfo = ObjectMember(nic, "driverInfo");
     record.driverVersion = driverInfo.value("version", "");
     record.firmwareVersion = driverInfo.value("firmwareVersion", "");
     record.busInfo = driverInfo.value("busInfo", record.pciAddress);

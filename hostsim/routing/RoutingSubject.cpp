@@ -7,6 +7,7 @@
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/routing/RoutingStore.h"
@@ -180,7 +181,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
         Json multicast = Json::array();
     };
     std::map<std::string, Sockets> sockets;
-    for (const Json& netstack : section.value("netstacks", Json::array())) {
+    for (const Json& netstack : ArrayMember(section, "netstacks")) {
         const std::string key = netstack.at("netstack").get<std::string>();
         CheckObjectName(key, "netstack instance");
         if (!keys.insert(key).second) {
@@ -190,7 +191,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
         const Routing::Gateways gateways = GatewaysFromJson(netstack);
         Tables tables;
         std::set<std::string> networks;
-        for (const Json& json : netstack.value("routes", Json::array())) {
+        for (const Json& json : ArrayMember(netstack, "routes")) {
             Route route = Routing::RouteFromJson(json);
             const std::string network = json.at("network").get<std::string>();
             if (IsDefault(route)) {
@@ -205,13 +206,13 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
             }
             tables.routes.push_back(route);
         }
-        for (const Json& neighbor : netstack.value("neighbors", Json::array())) {
+        for (const Json& neighbor : ArrayMember(netstack, "neighbors")) {
             tables.neighbors.push_back(Routing::NormalNeighbor(neighbor));
         }
-        for (const Json& connection : netstack.value("connections", Json::array())) {
+        for (const Json& connection : ArrayMember(netstack, "connections")) {
             tables.connections.push_back(ConnectionFromJson(connection));
         }
-        for (const Json& membership : netstack.value("multicast", Json::array())) {
+        for (const Json& membership : ArrayMember(netstack, "multicast")) {
             tables.multicast.push_back(MembershipFromJson(membership));
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {

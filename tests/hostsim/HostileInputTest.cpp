@@ -131,7 +131,9 @@ const std::vector<HostileProfile> kHostileProfiles{
      "Section \"nics\" of the profile is not valid: nics[0].mtu (in \"hwnic0\"): 1e+30 is not a "
      "whole number from 0 to 4294967295"},
     {"VLAN wraps", [](Json& p) { At(p, "/vswitches/0/portGroups/0/vlanId") = 4294967301ULL; },
-     "4294967301 is not a whole number from -2147483648 to 2147483647"},
+     "Section \"vswitches\" of the profile is not valid: vswitches[0].portGroups[0].vlanId (in "
+     "\"Management Network\"): 4294967301 is not a whole number from -2147483648 to "
+     "2147483647"},
     {"duplex outside its set", [](Json& p) { At(p, "/nics/0/duplex") = 7; },
      "NIC hwnic0 has duplex 7, which is 1 (full) or 2 (half)"},
     {"hosts entry twice",
