@@ -241,7 +241,8 @@ Json ParseProfile(std::string_view text, const std::string& source) {
     }
     try {
         return Json::parse(text);
-    } catch (const Json::parse_error& error) {
+    } catch (const Json::exception& error) {
+        // A syntax error, or a number no JSON number type holds (1e400).
         throw HostCtlException(source + " is not valid JSON: " + error.what());
     }
 }

@@ -208,6 +208,8 @@ TEST_F(HostileInput, ProfileTextThatIsNoProfileIsRefusedAtOnce) {
         {"nested in a section", "{\"nics\": " + std::string(17, '[') + std::string(17, ']') + "}",
          "The profile nests its values more than 16 deep, deeper than any section of a profile"},
         {"not UTF-8", "{\"nics\": [{\"name\": \"hw\xff\"}]}", "The profile is not valid JSON: "},
+        {"a number no type holds", "{\"nics\": [{\"mtu\": 1e400}]}",
+         "The profile is not valid JSON: "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
