@@ -151,5 +151,8 @@ int main(int argc, char** argv) {
     } catch (const OutputError& error) {
         std::cerr << "hostsim: unable to write to standard output: " << error.reason << "\n";
         return 4;
+    } catch (const std::exception& error) {
+        std::cerr << "hostsim: " << error.what() << "\n";
+        return 1;
     }
 }
