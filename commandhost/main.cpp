@@ -6,12 +6,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include "commandhost/cli/Batch.h"
 #include "commandhost/cli/CommandHost.h"
 
 namespace {
@@ -90,6 +92,8 @@ void PrefaultHeap() {
 
 int main(int argc, char** argv) {
     PrefaultHeap();
+    // A reader that went away is a write that fails, reported with status 4, not a silent death.
+    std::signal(SIGPIPE, SIG_IGN);
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     FileDescriptorChannel out(STDOUT_FILENO);
     FileDescriptorChannel err(STDERR_FILENO);
@@ -98,6 +102,9 @@ int main(int argc, char** argv) {
     // memory, and costs a short command a tenth of its time.
     static auto* const host = new CommandHost::CommandHost();
     const CommandHost::GlobalOptions options = CommandHost::ReadGlobalOptions(arguments);
+    if (!options.batch.empty()) {
+        CommandHost::StopBatchOnSignals();
+    }
     if (options.error.empty() && !options.version) {
         try {
             host->LoadPlugins(CommandHost::PluginDirectory(options.pluginDirectory));

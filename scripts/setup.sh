@@ -10,7 +10,7 @@ set -euo pipefail
 declare -A groups=(
     [build]="g++ cmake ninja-build libboost1.81-dev libsqlite3-dev nlohmann-json3-dev
              libgtest-dev libgmock-dev libbenchmark-dev libmnl-dev libpci-dev pci.ids
-             libnftables-dev"
+             libnftables-dev libexpat1-dev"
     [sanitize]="clang libclang-rt-14-dev"
     [package]="dpkg-dev file"
     [test]="@build @sanitize @package ccache sqlite3 zsh tmux mandoc groff-base man-db iproute2

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds twice and runs every test in both builds: normally, and with clang, AddressSanitizer and
-# UndefinedBehaviorSanitizer; then fuzzes the command line in the sanitizer build for FUZZ_SECONDS
-# (default 60). The normal build's tests include installing it, and its Debian package, into a
-# throwaway root, and the completion scripts in bash and zsh.
+# UndefinedBehaviorSanitizer; then fuzzes the command line and the profile reader in the
+# sanitizer build for FUZZ_SECONDS each (default 60). The normal build's tests include installing
+# it, and its Debian package, into a throwaway root, and the completion scripts in bash and zsh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh test
@@ -17,5 +17,6 @@ bash scripts/build.sh build
 bash scripts/build-sanitized.sh
 (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest -j"$jobs" --output-on-failure)
-# Arbitrary command lines through the whole in-process path, for a bounded time.
+# Arbitrary command lines through the whole in-process path, and arbitrary profiles through an
+# import, each for a bounded time.
 bash scripts/fuzz.sh "${FUZZ_SECONDS:-60}"

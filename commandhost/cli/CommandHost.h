@@ -3,7 +3,6 @@
 // tests drive the same path in-process.
 #pragma once
 
-#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -91,12 +90,15 @@ public:
     // line, and nothing for a parameter that names none. Returns the exit status.
     int Complete(std::span<const std::string> words, OutputChannel& out, OutputChannel& err);
 
-    // Runs each command line of `lines` through Main, one line a command, skipping blank lines
-    // and lines that start with '#'. Stops at the first line that fails, naming it, unless
-    // `options.force`; returns the exit status of the first failure, else ExitOk.
-    int RunBatch(std::istream& lines, const BatchOptions& options, OutputChannel& out,
+    // Runs each command line read from `descriptor` through Main, one line a command, skipping
+    // blank lines and lines that start with '#'; a leading UTF-8 byte order mark is skipped and
+    // a line over kMaximumBatchLineBytes fails. Stops at the first line that fails, naming it,
+    // unless `options.force`; returns the exit status of the first failure, else ExitOk. A stop
+    // signal (see StopBatchOnSignals) ends it after the line in flight with 128 + its number.
+    int RunBatch(int descriptor, const BatchOptions& options, OutputChannel& out,
                  OutputChannel& err);
-    // The same for the lines of a file, or of standard input for "-".
+    // The same for the lines of a file, or of standard input for "-". A folder, or a file over
+    // kMaximumBatchFileBytes, is refused.
     int RunBatchFile(const std::string& path, const BatchOptions& options, OutputChannel& out,
                      OutputChannel& err);
 

@@ -1,5 +1,7 @@
 // The csv formatter: a header row of field names and a row per struct, quoted as RFC 4180 asks.
-// Nested structs are flattened into "Outer.Inner" columns.
+// Nested structs are flattened into "Outer.Inner" columns. A list of strings in a cell is its
+// elements joined by ';', with a ';' or '\' inside an element written with a backslash before
+// it, so that "Lab;Fake Group" reads back as one element.
 #include "commandhost/cli/Formatters.h"
 
 namespace CommandHost {
@@ -7,6 +9,7 @@ namespace CommandHost {
 namespace {
 
 constexpr char kListSeparator = ';';
+constexpr char kListEscape = '\\';
 
 struct Column {
     std::vector<std::string> path;  // field names from the row struct down
@@ -38,10 +41,15 @@ std::string CellText(const MetaValue* value) {
     const auto& list = static_cast<const MetaList&>(*value);
     if (list.GetElementType() == CppTools::MetaObj::MetaTypeString) {
         for (const auto& element : list.GetElements()) {
-            if (!text.empty()) {
+            if (&element != &list.GetElements().front()) {
                 text.push_back(kListSeparator);
             }
-            text.append(ScalarText(element.get()));
+            for (char c : ScalarText(element.get())) {
+                if (c == kListSeparator || c == kListEscape) {
+                    text.push_back(kListEscape);
+                }
+                text.push_back(c);
+            }
         }
     } else {
         AppendJson(value, 0, text);

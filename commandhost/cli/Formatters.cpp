@@ -3,6 +3,8 @@
 
 #include <charconv>
 
+#include "commandhost/cli/Text.h"
+
 namespace CommandHost {
 
 using CppTools::MetaObj::MetaBool;
@@ -24,7 +26,7 @@ constexpr Formatter kFormatters[] = {
 
 // A scalar on a line of its own.
 void FormatPlain(const MetaValue& root, std::string& out) {
-    out.append(ScalarText(&root)).push_back('\n');
+    out.append(VisibleScalarText(&root)).push_back('\n');
 }
 
 }  // namespace
@@ -94,6 +96,10 @@ std::string ScalarText(const MetaValue* value) {
     }
 }
 
+std::string VisibleScalarText(const MetaValue* value) {
+    return VisibleText(ScalarText(value));
+}
+
 std::vector<const MetaStruct*> StructElements(const MetaList& list) {
     std::vector<const MetaStruct*> elements;
     elements.reserve(list.GetElements().size());
@@ -119,7 +125,7 @@ const MetaStruct* ShapeOf(const MetaList& list) {
 
 std::string InlineText(const MetaValue* value, const OutputLayout& layout) {
     if (IsScalar(value)) {
-        return ScalarText(value);
+        return VisibleScalarText(value);
     }
     std::string text;
     if (value->GetType() == MetaObj::MetaTypeStruct) {

@@ -19,7 +19,7 @@ using CppTools::MetaObj::MetaValue;
 // in what order, the header ahead of a struct, the columns of nested tables, units, and whether
 // the last column of a table wraps.
 class OutputLayout {
-  public:
+public:
     OutputLayout() = default;
     explicit OutputLayout(const std::vector<std::pair<std::string, std::string>>& parameters);
 
@@ -36,7 +36,7 @@ class OutputLayout {
     std::string_view Unit(const MetaStruct& structure, std::string_view field) const;
     bool WrapLast() const { return wrapLast_; }
 
-  private:
+private:
     struct NamedList {
         std::string structName;
         std::vector<std::string> names;
@@ -78,6 +78,9 @@ std::string FormatResult(std::string_view formatter, const MetaValue& root,
 bool IsScalar(const MetaValue* value);
 // A scalar's text; an empty value gives its type's zero ("", 0, false).
 std::string ScalarText(const MetaValue* value);
+// A scalar's text as the formatters for people show it: with its control characters and
+// whatever else a terminal must not be sent written visibly (VisibleText).
+std::string VisibleScalarText(const MetaValue* value);
 // The elements of a list of structs; other elements are skipped.
 std::vector<const MetaStruct*> StructElements(const MetaList& list);
 // The struct that gives a list's shape: its prototype, else its first element; null if none.
@@ -93,8 +96,9 @@ void RenderStructTable(const std::vector<const MetaStruct*>& structures,
 // such field.
 std::string FieldText(const MetaStruct& structure, const std::string& name,
                       const OutputLayout& layout);
-// The text of a value in a table cell or on one line: scalars as ScalarText, a list of strings
-// joined by ", ", a struct as "Field: value" pairs, a list of structs as such structs in braces.
+// The text of a value in a table cell or on one line: scalars as VisibleScalarText, a list of
+// strings joined by ", ", a struct as "Field: value" pairs, a list of structs as such structs in
+// braces.
 std::string InlineText(const MetaValue* value, const OutputLayout& layout);
 
 // `value` as JSON: pretty with `indent` blanks a level, or on one line when `indent` is 0.

@@ -1,5 +1,8 @@
 // The json formatter: structs are objects with their fields in declared order, lists arrays.
+// A byte that is no UTF-8 becomes U+FFFD, so that the document is valid JSON whatever a host
+// returned.
 #include "commandhost/cli/Formatters.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -10,7 +13,20 @@ constexpr size_t kJsonIndent = 2;
 void AppendString(std::string_view text, std::string& out) {
     static constexpr char kHex[] = "0123456789abcdef";
     out.push_back('"');
-    for (char c : text) {
+    while (!text.empty()) {
+        const Utf8Character character = DecodeCharacter(text);
+        const char c = text[0];
+        if (!character.valid) {
+            AppendUtf8(kReplacementCharacter, out);
+            text.remove_prefix(1);
+            continue;
+        }
+        if (character.bytes > 1) {
+            out.append(text.substr(0, character.bytes));
+            text.remove_prefix(character.bytes);
+            continue;
+        }
+        text.remove_prefix(1);
         switch (c) {
             case '"':
                 out.append("\\\"");

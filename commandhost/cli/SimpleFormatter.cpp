@@ -36,7 +36,7 @@ public:
     void List(const MetaList& list, size_t depth, bool nested) {
         if (list.GetElementType() != CppTools::MetaObj::MetaTypeStruct) {
             for (const auto& element : list.GetElements()) {
-                Line(depth, ScalarText(element.get()));
+                Line(depth, VisibleScalarText(element.get()));
             }
             return;
         }

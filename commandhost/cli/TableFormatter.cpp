@@ -125,7 +125,7 @@ void FormatTable(const MetaValue& root, const FormatContext& context, std::strin
         const auto& list = static_cast<const MetaList&>(root);
         if (list.GetElementType() != CppTools::MetaObj::MetaTypeStruct) {
             for (const auto& element : list.GetElements()) {
-                out.append(ScalarText(element.get())).push_back('\n');
+                out.append(VisibleScalarText(element.get())).push_back('\n');
             }
             return;
         }

@@ -1,5 +1,10 @@
 // The xml formatter: each value an element named by its type, each field a <field name="...">.
+// The document is well-formed XML 1.0 whatever a host returned: a byte that is no UTF-8 and a
+// character XML 1.0 can't carry (C0 controls other than tab, line feed and carriage return;
+// U+FFFE, U+FFFF) become U+FFFD, and carriage returns, which a parser would turn into line
+// feeds, are written as references.
 #include "commandhost/cli/Formatters.h"
+#include "commandhost/cli/Text.h"
 
 namespace CommandHost {
 
@@ -7,8 +12,26 @@ namespace {
 
 constexpr size_t kXmlIndent = 2;
 
+bool XmlCanCarry(char32_t code) {
+    return code == '\t' || code == '\n' || code == '\r' ||
+           (code >= 0x20 && code != 0xFFFE && code != 0xFFFF);
+}
+
 void AppendEscaped(std::string_view text, std::string& out) {
-    for (char c : text) {
+    while (!text.empty()) {
+        const Utf8Character character = DecodeCharacter(text);
+        const char c = text[0];
+        if (!character.valid || !XmlCanCarry(character.code)) {
+            AppendUtf8(kReplacementCharacter, out);
+            text.remove_prefix(character.bytes);
+            continue;
+        }
+        if (character.bytes > 1) {
+            out.append(text.substr(0, character.bytes));
+            text.remove_prefix(character.bytes);
+            continue;
+        }
+        text.remove_prefix(1);
         switch (c) {
             case '&':
                 out.append("&amp;");
@@ -21,6 +44,15 @@ void AppendEscaped(std::string_view text, std::string& out) {
                 break;
             case '"':
                 out.append("&quot;");
+                break;
+            case '\r':
+                out.append("&#13;");
+                break;
+            case '\t':
+                out.append("&#9;");
+                break;
+            case '\n':
+                out.append("&#10;");
                 break;
             default:
                 out.push_back(c);

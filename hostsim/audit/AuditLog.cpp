@@ -1,6 +1,7 @@
 // The audit log: one JSON line per record in the state directory's audit.log. Each record is
 // appended with one write under an exclusive lock, so records of concurrent processes never
-// interleave, and it is in the file before the call returns.
+// interleave, and it is in the file before the call returns. A record that can't be written
+// leaves the change it reports standing, and says so on stderr.
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/file.h>
@@ -11,13 +12,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "audit/ZanvexAudit.h"
 #include "hostsim/Control.h"
+#include "hostsim/core/StateFiles.h"
 
 namespace {
 
@@ -40,40 +42,49 @@ std::string UtcTimestamp() {
     return text;
 }
 
-// Appends `line` whole, or not at all as far as other writers can tell.
-bool AppendLine(const std::string& path, const std::string& line) {
-    const int fd = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0640);
+// Appends `line` whole, or not at all as far as other writers can tell: an empty string, or
+// why it could not be written.
+std::string AppendLine(const std::string& path, const std::string& line) {
+    const int fd = HostSim::OpenStateFile(path, O_WRONLY | O_APPEND | O_CREAT);
     if (fd < 0) {
-        return false;
+        return std::strerror(errno);
     }
-    bool written = flock(fd, LOCK_EX) == 0;
+    std::string failure;
+    if (flock(fd, LOCK_EX) != 0) {
+        failure = std::strerror(errno);
+    }
     std::size_t done = 0;
-    while (written && done < line.size()) {
+    while (failure.empty() && done < line.size()) {
         const ssize_t count = write(fd, line.data() + done, line.size() - done);
         if (count < 0 && errno == EINTR) {
             continue;
         }
-        written = count > 0;
-        done += written ? static_cast<std::size_t>(count) : 0;
+        if (count <= 0) {
+            failure = count < 0 ? std::strerror(errno) : "nothing could be written";
+        } else {
+            done += static_cast<std::size_t>(count);
+        }
     }
     close(fd);  // also releases the lock
-    return written;
+    return failure;
 }
 
-// Makes the directory, private to its owner, when it is not there.
-void MakePrivateDirectory(const std::filesystem::path& directory) {
-    if (std::filesystem::is_directory(directory)) {
-        return;
-    }
-    std::filesystem::create_directories(directory);
-    std::filesystem::permissions(directory, std::filesystem::perms::owner_all,
-                                 std::filesystem::perm_options::replace);
+// One line on stderr for a record that is lost, written with one write(2) beside what the
+// program prints.
+void ReportLostRecord(const char* event, const std::string& path, const std::string& reason) {
+    const std::string line = std::string(program_invocation_short_name) + ": the audit record of " +
+                             (event != nullptr ? event : "") + " could not be written to " + path +
+                             ": " + reason + "\n";
+    static_cast<void>(write(STDERR_FILENO, line.data(), line.size()));
 }
 
 }  // namespace
 
 extern "C" int ZanvexAudit_LogList(const char* event, const char* user, const char* object,
                                    bool success, const ZanvexAuditItem* items) {
+    const std::string directory = HostSim::StateDirectory();
+    const std::string path = directory + "/" + kAuditLogName;
+    std::string failure;
     try {
         nlohmann::ordered_json record;
         record["event"] = event != nullptr ? event : "";
@@ -85,16 +96,18 @@ extern "C" int ZanvexAudit_LogList(const char* event, const char* user, const ch
             itemList.push_back({{"key", item->key}, {"value", item->value ? item->value : ""}});
         }
         record["time"] = UtcTimestamp();
-        // Only the state directory's own path is read: the live host, which has no store in
-        // it, writes its records there too.
-        const std::filesystem::path directory = HostSim::StateDirectory();
-        MakePrivateDirectory(directory);
+        HostSim::MakePrivateDirectory(directory);
         const std::string line =
             record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-        return AppendLine((directory / kAuditLogName).string(), line) ? 0 : -1;
-    } catch (const std::exception&) {
-        return -1;
+        failure = AppendLine(path, line);
+    } catch (const std::exception& error) {
+        failure = error.what();
     }
+    if (failure.empty()) {
+        return 0;
+    }
+    ReportLostRecord(event, path, failure);
+    return -1;
 }
 
 namespace KelmCtl::Util::EmitAudit::Details {

@@ -1,7 +1,6 @@
 #include "hostsim/core/Database.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/StateFiles.h"
 
 namespace HostSim {
 
@@ -138,14 +138,15 @@ Database::Database(const std::string& path, Access access) : path_(path) {
         return true;
     }();
     static_cast<void>(configured);
-    int status =
-        access == Access::ReadWrite
-            ? sqlite3_open_v2(path.c_str(), &connection_,
-                              SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
-                              nullptr)
-            : sqlite3_open_v2(FileOnlyUri(path).c_str(), &connection_,
-                              SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX,
-                              nullptr);
+    int status = access == Access::ReadWrite
+                     ? sqlite3_open_v2(path.c_str(), &connection_,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |
+                                           SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW,
+                                       nullptr)
+                     : sqlite3_open_v2(FileOnlyUri(path).c_str(), &connection_,
+                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_URI |
+                                           SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW,
+                                       nullptr);
     if (status != SQLITE_OK) {
         std::string reason =
             connection_ != nullptr ? sqlite3_errmsg(connection_) : sqlite3_errstr(status);
@@ -267,10 +268,11 @@ bool DirectoryIsWritable(const std::string& directory) {
 }
 
 void Database::CheckWritable() const {
+    std::string directory = ParentDirectory(path_);
     if (sqlite3_db_readonly(connection_, "main") != 1) {
+        CheckDirectoryIsPrivate(directory);
         return;
     }
-    std::string directory = ParentDirectory(path_);
     if (!DirectoryIsWritable(directory)) {
         throw HostCtlException("The host can't be changed: its state directory " + directory +
                                " is read-only");
@@ -282,9 +284,7 @@ void Database::CheckWritable() const {
 void Database::EnterWriteQueue() {
     const std::string queuePath = path_ + "-lock";
     if (queueFile_ < 0) {
-        struct stat file {};
-        mode_t mode = stat(path_.c_str(), &file) == 0 ? (file.st_mode & 0666) : 0644;
-        queueFile_ = open(queuePath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
+        queueFile_ = OpenStateFile(queuePath, O_RDWR | O_CREAT);
         if (queueFile_ < 0) {
             throw HostCtlException("Unable to open the host's write queue " + queuePath + ": " +
                                    std::strerror(errno));

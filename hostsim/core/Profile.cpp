@@ -1,7 +1,13 @@
 #include "hostsim/core/Profile.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <optional>
-#include <string_view>
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Names.h"
@@ -23,61 +29,14 @@ Json DefaultProfile() {
     return profile;
 }
 
-// Every "name" a profile gives is the name of something the host stores and a table shows:
-// the host's rule for names holds for all of them, in every subject's section. Whether a name
-// may be left empty (a DVPort's may) is each subject's own rule.
-void CheckNames(const Json& value, const std::string& section, const std::string& place) {
-    if (value.is_object()) {
-        for (const auto& [key, member] : value.items()) {
-            if (key == "name" && member.is_string() &&
-                !member.get_ref<const std::string&>().empty()) {
-                if (std::string problem = NameProblem(member.get<std::string>());
-                    !problem.empty()) {
-                    throw HostCtlException("Section \"" + section +
-                                           "\" of the profile is not valid: the name of " + place +
-                                           " " + problem);
-                }
-            }
-            CheckNames(member, section, place + "." + key);
-        }
-    } else if (value.is_array()) {
-        for (std::size_t i = 0; i < value.size(); ++i) {
-            CheckNames(value[i], section, place + "[" + std::to_string(i) + "]");
-        }
-    }
-}
-
-void CheckSections(const Json& profile) {
-    if (!profile.is_object()) {
-        throw HostCtlException("A profile must be a JSON object of sections");
-    }
-    for (const auto& [key, section] : profile.items()) {
-        bool known = false;
-        std::string names;
-        for (const Subject* subject : Subjects()) {
-            known = known || key == subject->name;
-            names += names.empty() ? subject->name : std::string(", ") + subject->name;
-        }
-        if (!known) {
-            throw HostCtlException("Unknown section \"" + key +
-                                   "\" in the profile; the sections are " + names);
-        }
-        CheckNames(section, key, key);
-    }
-}
-
-void EmptyTables(Database& database, const Subject& subject) {
-    for (const char* table : subject.tables) {
-        database.Execute(("DELETE FROM " + std::string(table)).c_str());
-    }
-}
-
-// The "name" (or "id") of an entry of a profile; empty when it has none.
+// The "name" (or "id") of an entry of a profile; empty when it has none, or one that a message
+// can't show.
 std::string EntryName(const Json* value) {
     if (value != nullptr && value->is_object()) {
         for (const char* key : {"name", "id"}) {
             if (auto found = value->find(key); found != value->end() && found->is_string()) {
-                return found->get<std::string>();
+                const auto& name = found->get_ref<const std::string&>();
+                return NameProblem(name).empty() ? name : std::string();
             }
         }
     }
@@ -85,9 +44,9 @@ std::string EntryName(const Json* value) {
 }
 
 // A place in the profile as a reader finds it: "/vswitches/0/portGroups/1" is
-// "vswitches[0].portGroups[1]", followed by its own name, ("Lab"), or else the name of the
-// entry it is in, (in "lanswitch0").
-std::string DescribePlace(const Json& profile, const std::string& pointer) {
+// "vswitches[0].portGroups[1]", followed, `withNames`, by its own name, ("Lab"), or else the
+// name of the entry it is in, (in "lanswitch0").
+std::string DescribePlace(const Json& profile, const std::string& pointer, bool withNames = true) {
     std::string place;
     std::string within;
     const Json* value = &profile;
@@ -113,10 +72,89 @@ std::string DescribePlace(const Json& profile, const std::string& pointer) {
             value = nullptr;
         }
     }
+    if (!withNames) {
+        return place;
+    }
     if (std::string own = EntryName(value); !own.empty()) {
         return place + " (\"" + own + "\")";
     }
     return within.empty() ? place : place + " (in \"" + within + "\")";
+}
+
+[[noreturn]] void RefuseDepth(const std::string& source) {
+    throw HostCtlException(source + " nests its values more than " +
+                           std::to_string(kMaximumProfileDepth) +
+                           " deep, deeper than any section of a profile");
+}
+
+// Every text a profile gives, at any depth of any section, member names included, is one the
+// host stores and a table shows: valid UTF-8 without control characters. Every "name" is also
+// the name of something the host stores, and the host's rule for names holds for it; whether a
+// name may be left empty (a DVPort's may) is each subject's own rule. `pointer` is the place of
+// `value`, "/vswitches/0/name"; the walk goes no deeper than kMaximumProfileDepth.
+void CheckTexts(const Json& profile, const Json& value, const std::string& section,
+                std::string& pointer, int depth) {
+    if (depth > kMaximumProfileDepth) {
+        RefuseDepth("The profile");
+    }
+    auto refuse = [&](const std::string& what, const std::string& problem) {
+        throw HostCtlException("Section \"" + section + "\" of the profile is not valid: " + what +
+                               " " + problem);
+    };
+    const std::size_t length = pointer.size();
+    if (value.is_string()) {
+        const auto& text = value.get_ref<const std::string&>();
+        const bool isName = pointer.ends_with("/name");
+        if (std::string problem = isName && !text.empty() ? NameProblem(text) : TextProblem(text);
+            !problem.empty()) {
+            if (isName) {
+                pointer.resize(length - 5);
+                refuse("the name of " + DescribePlace(profile, pointer, false), problem);
+            }
+            refuse(DescribePlace(profile, pointer, true), problem);
+        }
+    } else if (value.is_object()) {
+        for (const auto& [key, member] : value.items()) {
+            if (std::string problem = TextProblem(key); !problem.empty()) {
+                refuse("a member name in " + DescribePlace(profile, pointer, true), problem);
+            }
+            pointer.append("/").append(key);
+            CheckTexts(profile, member, section, pointer, depth + 1);
+            pointer.resize(length);
+        }
+    } else if (value.is_array()) {
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            pointer.append("/").append(std::to_string(i));
+            CheckTexts(profile, value[i], section, pointer, depth + 1);
+            pointer.resize(length);
+        }
+    }
+}
+
+void CheckSections(const Json& profile) {
+    if (!profile.is_object()) {
+        throw HostCtlException("A profile must be a JSON object of sections");
+    }
+    for (const auto& [key, section] : profile.items()) {
+        bool known = false;
+        std::string names;
+        for (const Subject* subject : Subjects()) {
+            known = known || key == subject->name;
+            names += names.empty() ? subject->name : std::string(", ") + subject->name;
+        }
+        if (!known) {
+            throw HostCtlException("Unknown section \"" + key +
+                                   "\" in the profile; the sections are " + names);
+        }
+        std::string pointer = "/" + key;
+        CheckTexts(profile, section, key, pointer, 1);
+    }
+}
+
+void EmptyTables(Database& database, const Subject& subject) {
+    for (const char* table : subject.tables) {
+        database.Execute(("DELETE FROM " + std::string(table)).c_str());
+    }
 }
 
 // A JSON error of a subject's import in the words of the profile: which entry, and what of
@@ -179,6 +217,79 @@ std::optional<Origin> ReadOrigin(Database& database) {
 }
 
 }  // namespace
+
+Json ParseProfile(std::string_view text, const std::string& source) {
+    // One pass over the bytes before the parser builds anything: the brackets outside strings
+    // give the depth. (The parser's own callbacks would do it too, but they cost a pass over an
+    // array for each object that ends in it.)
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inString) {
+            i += c == '\\' ? 1 : 0;
+            inString = c != '"';
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaximumProfileDepth) {
+                RefuseDepth(source);
+            }
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    try {
+        return Json::parse(text);
+    } catch (const Json::exception& error) {
+        // A syntax error, or a number no JSON number type holds (1e400).
+        throw HostCtlException(source + " is not valid JSON: " + error.what());
+    }
+}
+
+Json ReadProfileFile(const std::string& path) {
+    const std::string source = "The profile " + path;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (file < 0) {
+        throw HostCtlException("Unable to read the profile " + path + ": " + std::strerror(errno));
+    }
+    struct stat status {};
+    std::string refusal;
+    std::string text;
+    if (fstat(file, &status) != 0) {
+        refusal = "Unable to read the profile " + path + ": " + std::strerror(errno);
+    } else if (S_ISDIR(status.st_mode)) {
+        refusal = source + " is a folder, not a file";
+    } else {
+        // Read to one byte past the bound, whatever the file says of its size: a pipe or a
+        // device says nothing.
+        for (;;) {
+            const std::size_t had = text.size();
+            const std::size_t room =
+                std::min<std::size_t>(64 * 1024, kMaximumProfileBytes + 1 - had);
+            text.resize(had + room);
+            const ssize_t count = read(file, text.data() + had, room);
+            text.resize(had + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count < 0) {
+                refusal = "Unable to read the profile " + path + ": " + std::strerror(errno);
+            } else if (text.size() > kMaximumProfileBytes) {
+                refusal = source + " holds more than " + std::to_string(kMaximumProfileBytes) +
+                          " bytes, the most a profile may hold";
+            }
+            if (count <= 0 || !refusal.empty()) {
+                break;
+            }
+        }
+    }
+    close(file);
+    if (!refusal.empty()) {
+        throw HostCtlException(refusal);
+    }
+    return ParseProfile(text, source);
+}
 
 Json BuiltinProfile(const std::string& name) {
     if (name == kDefaultProfile) {

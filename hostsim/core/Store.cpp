@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <memory>
 
@@ -12,6 +11,7 @@
 #include "hostsim/Control.h"
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Profile.h"
+#include "hostsim/core/StateFiles.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/linux/LiveHost.h"
 
@@ -236,7 +236,22 @@ void PrepareStore(Database& database) {
 
 bool FileExists(const std::string& path) {
     struct stat file {};
-    return stat(path.c_str(), &file) == 0;
+    return lstat(path.c_str(), &file) == 0;
+}
+
+// The store's files are never reached through a symbolic link: one planted there could make a
+// change of the host write over a file of the link's choosing. SQLite and the write queue open
+// them without following links; this names the link plainly.
+void RefuseLinkedFiles(const std::string& path) {
+    for (const char* suffix : {"", "-wal", "-shm", "-lock"}) {
+        struct stat file {};
+        const std::string name = path + suffix;
+        if (lstat(name.c_str(), &file) == 0 && S_ISLNK(file.st_mode)) {
+            throw HostCtlException("The host state file " + name +
+                                   " is a symbolic link, which the host does not follow; it is "
+                                   "left as it is");
+        }
+    }
 }
 
 // A store in a directory that can't be written, read from its file alone: nobody can write
@@ -245,7 +260,7 @@ std::unique_ptr<Database> ReadOnlyStore(std::unique_ptr<Database> probe, const S
                                         const std::string& directory) {
     const std::string log = probe->Path() + "-wal";
     struct stat file {};
-    if (stat(log.c_str(), &file) == 0 && file.st_size > 0) {
+    if (lstat(log.c_str(), &file) == 0 && file.st_size > 0) {
         throw HostCtlException("The host state database " + probe->Path() +
                                " has changes in its log that can't be read without its -shm file, "
                                "which the read-only directory " +
@@ -266,15 +281,11 @@ std::unique_ptr<Database> OpenStore(const std::string& directory) {
     }
     // Mostly the folder is there already, which one stat tells.
     struct stat status {};
-    std::error_code error;
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        std::filesystem::create_directories(directory, error);
-    }
-    if (error) {
-        throw HostCtlException("Unable to create the host state directory " + directory + ": " +
-                               error.message());
+        MakePrivateDirectory(directory);
     }
     const std::string path = DatabasePath(directory);
+    RefuseLinkedFiles(path);
     struct stat file {};
     const bool exists = stat(path.c_str(), &file) == 0;
     if (exists && file.st_size > 0 && (!FileExists(path + "-wal") || !FileExists(path + "-shm"))) {

@@ -17,30 +17,12 @@ namespace {
 using HostCtl::Lib::HostCtlException;
 using HostSim::PassOperation;
 
-void AddServer(DnsConfigImpl::Config& config, const std::string& server,
-               const std::string& netstack) {
-    if (std::find(config.servers.begin(), config.servers.end(), server) != config.servers.end()) {
-        throw HostCtlException("DNS server " + server + " is already in the list of netstack " +
-                               netstack);
-    }
-    config.servers.push_back(server);
-}
-
 void RemoveServer(DnsConfigImpl::Config& config, const std::string& server,
                   const std::string& netstack) {
     if (std::erase(config.servers, server) == 0) {
         throw HostCtlException("DNS server " + server + " is not in the list of netstack " +
                                netstack);
     }
-}
-
-void AddDomain(DnsConfigImpl::Config& config, const std::string& domain,
-               const std::string& netstack) {
-    if (std::find(config.domains.begin(), config.domains.end(), domain) != config.domains.end()) {
-        throw HostCtlException("Search domain " + domain +
-                               " is already in the search list of netstack " + netstack);
-    }
-    config.domains.push_back(domain);
 }
 
 void RemoveDomain(DnsConfigImpl::Config& config, const std::string& domain,
@@ -104,7 +86,7 @@ std::string DnsConfigImpl::GetSearchDomainsString() {
 void DnsConfigImpl::AddUserNameServer(const HostCtl::Network::IpAddress& server) {
     PassOperation("DnsConfigImpl::AddUserNameServer", netstackKey_);
     Apply([server = server.GetStringAddress(), netstack = netstackKey_](Config& config) {
-        AddServer(config, server, netstack);
+        HostSim::NameService::AddServer(config, server, netstack);
     });
 }
 
@@ -123,8 +105,9 @@ void DnsConfigImpl::RemoveNameServers() {
 void DnsConfigImpl::AddUserSearchDomain(const std::string& domain) {
     PassOperation("DnsConfigImpl::AddUserSearchDomain", netstackKey_);
     HostSim::NameService::CheckHostName(domain, "search domain");
-    Apply(
-        [domain, netstack = netstackKey_](Config& config) { AddDomain(config, domain, netstack); });
+    Apply([domain, netstack = netstackKey_](Config& config) {
+        HostSim::NameService::AddSearchDomain(config, domain, netstack);
+    });
 }
 
 void DnsConfigImpl::RemoveSearchDomain(const std::string& domain) {

@@ -101,18 +101,11 @@ void HostsFile::AddEntryFromUser(const std::string& ipAddress, const std::string
                                  const std::string& comment) {
     PassOperation("HostsFile::AddEntryFromUser", hostName);
     const std::string address = NormalAddress(ipAddress);
-    HostSim::NameService::CheckHostName(hostName, "host name");
-    for (const std::string& alias : aliases) {
-        HostSim::NameService::CheckHostName(alias, "alias");
-    }
-    if (comment.find_first_of("\r\n") != std::string::npos) {
-        throw HostCtlException("A hosts file comment is one line");
-    }
+    HostSim::NameService::CheckHostsEntry(hostName, aliases, comment);
     EditEntries([&](std::vector<HostsRecord>& entries) {
         for (const HostsRecord& entry : entries) {
             if (entry.address == address && entry.hostName == hostName) {
-                throw HostCtlException("The hosts file already maps " + address + " to " +
-                                       hostName);
+                HostSim::NameService::RefuseSecondHostsEntry(address, hostName);
             }
         }
         entries.push_back({address, hostName, aliases, comment});

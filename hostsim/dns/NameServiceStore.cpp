@@ -1,6 +1,9 @@
 #include "hostsim/dns/NameServiceStore.h"
 
+#include <algorithm>
+
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Names.h"
 
 namespace HostSim::NameService {
 
@@ -117,6 +120,42 @@ void CheckHostName(const std::string& name, const char* what) {
         }
         start = end + 1;
     }
+}
+
+void AddServer(KelmCtl::Network::DnsConfigImpl::Config& config, const std::string& server,
+               const std::string& netstack) {
+    if (std::find(config.servers.begin(), config.servers.end(), server) != config.servers.end()) {
+        throw HostCtl::Lib::HostCtlException("DNS server " + server +
+                                             " is already in the list of netstack " + netstack);
+    }
+    config.servers.push_back(server);
+}
+
+void AddSearchDomain(KelmCtl::Network::DnsConfigImpl::Config& config, const std::string& domain,
+                     const std::string& netstack) {
+    CheckHostName(domain, "search domain");
+    if (std::find(config.domains.begin(), config.domains.end(), domain) != config.domains.end()) {
+        throw HostCtl::Lib::HostCtlException(
+            "Search domain " + domain + " is already in the search list of netstack " + netstack);
+    }
+    config.domains.push_back(domain);
+}
+
+void CheckHostsEntry(const std::string& hostName, const std::vector<std::string>& aliases,
+                     const std::string& comment) {
+    CheckHostName(hostName, "host name");
+    for (const std::string& alias : aliases) {
+        CheckHostName(alias, "alias");
+    }
+    if (comment.find_first_of("\r\n") != std::string::npos) {
+        throw HostCtl::Lib::HostCtlException("A hosts file comment is one line");
+    }
+    CheckStoredText(comment, "hosts file comment");
+}
+
+void RefuseSecondHostsEntry(const std::string& address, const std::string& hostName) {
+    throw HostCtl::Lib::HostCtlException("The hosts file already maps " + address + " to " +
+                                         hostName);
 }
 
 }  // namespace HostSim::NameService

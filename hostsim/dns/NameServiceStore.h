@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
@@ -32,5 +33,21 @@ void WriteNetDumperEnabled(Database& database, bool enabled);
 // of letters, digits and hyphens, not starting or ending with a hyphen, of 1 to 63 characters,
 // 253 in all.
 void CheckHostName(const std::string& name, const char* what);
+
+// The host's rules for a resolver configuration, for a change and a profile alike: a server and
+// a search domain (a host name) are each in their list once. Each adds to `config` or throws
+// HostCtlException naming the instance.
+void AddServer(KelmCtl::Network::DnsConfigImpl::Config& config, const std::string& server,
+               const std::string& netstack);
+void AddSearchDomain(KelmCtl::Network::DnsConfigImpl::Config& config, const std::string& domain,
+                     const std::string& netstack);
+
+// The host's rules for a hosts file entry, for a change and a profile alike: a host name, aliases
+// that are host names, and a comment of one line of stored text (Names.h). Throws
+// HostCtlException.
+void CheckHostsEntry(const std::string& hostName, const std::vector<std::string>& aliases,
+                     const std::string& comment);
+// The refusal of a second entry mapping `address` to `hostName`.
+[[noreturn]] void RefuseSecondHostsEntry(const std::string& address, const std::string& hostName);
 
 }  // namespace HostSim::NameService

@@ -5,6 +5,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dns/NameServiceStore.h"
@@ -36,7 +37,7 @@ std::string NormalAddress(const std::string& text) {
 // The resolver configuration is copied only for the instances a scaled host renames.
 void ImportDns(Database& database, const Json& section, const Scale& scale) {
     std::set<std::string> keys;
-    for (const Json& dns : section.value("dns", Json::array())) {
+    for (const Json& dns : ArrayMember(section, "dns")) {
         const std::string key = dns.at("netstack").get<std::string>();
         CheckObjectName(key, "netstack instance");
         if (!keys.insert(key).second) {
@@ -44,12 +45,11 @@ void ImportDns(Database& database, const Json& section, const Scale& scale) {
                                    " appears twice in the DNS configuration");
         }
         KelmCtl::Network::DnsConfigImpl::Config config;
-        for (const Json& server : dns.value("servers", Json::array())) {
-            config.servers.push_back(NormalAddress(server.get<std::string>()));
+        for (const Json& server : ArrayMember(dns, "servers")) {
+            NameService::AddServer(config, NormalAddress(server.get<std::string>()), key);
         }
-        for (const Json& domain : dns.value("searchDomains", Json::array())) {
-            config.domains.push_back(domain.get<std::string>());
-            NameService::CheckHostName(config.domains.back(), "search domain");
+        for (const Json& domain : ArrayMember(dns, "searchDomains")) {
+            NameService::AddSearchDomain(config, domain.get<std::string>(), key);
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
             const std::string target = scale.Name(key, copy);
@@ -66,20 +66,23 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     NameService::WriteIpv6Enabled(database, section.value("ipv6Enabled", true));
     NameService::WriteNetDumperEnabled(database, section.value("netDumperEnabled", false));
     ImportDns(database, section, scale);
-    Json hosts = Json::array();
-    for (const Json& entry : section.value("hosts", Json::array())) {
+    // Gathered as a plain vector: each push_back onto a JSON array would set the parent of every
+    // element before it again.
+    Json::array_t hosts;
+    std::set<std::pair<std::string, std::string>> mapped;
+    for (const Json& entry : ArrayMember(section, "hosts")) {
         const std::string name = entry.at("hostname").get<std::string>();
-        NameService::CheckHostName(name, "host name");
         const auto aliases = entry.value("aliases", std::vector<std::string>{});
-        for (const std::string& alias : aliases) {
-            NameService::CheckHostName(alias, "alias");
+        const std::string comment = entry.value("comment", "");
+        NameService::CheckHostsEntry(name, aliases, comment);
+        const std::string address = NormalAddress(entry.at("ip").get<std::string>());
+        if (!mapped.emplace(address, name).second) {
+            NameService::RefuseSecondHostsEntry(address, name);
         }
-        hosts.push_back({{"ip", NormalAddress(entry.at("ip").get<std::string>())},
-                         {"hostname", name},
-                         {"aliases", aliases},
-                         {"comment", entry.value("comment", "")}});
+        hosts.push_back(
+            {{"ip", address}, {"hostname", name}, {"aliases", aliases}, {"comment", comment}});
     }
-    NameService::WriteHosts(database, hosts);
+    NameService::WriteHosts(database, Json(std::move(hosts)));
 }
 
 Json ExportSection(Database& database) {

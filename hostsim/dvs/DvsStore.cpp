@@ -104,10 +104,14 @@ std::optional<DVSwitchRecord> LoadOne(Database& database, Statement& query) {
     if (!query.Step()) {
         return std::nullopt;
     }
-    std::vector<DVSwitchRecord> records;
-    records.push_back(ReadSwitch(query));
-    AttachUplinks(database, records);
-    return std::move(records.front());
+    DVSwitchRecord record = ReadSwitch(query);
+    auto uplinks =
+        database.Query("SELECT nic, dvport FROM dvs_uplink WHERE dvs = ?1 ORDER BY position");
+    uplinks.Bind(1, record.name);
+    while (uplinks.Step()) {
+        record.uplinks.emplace_back(uplinks.Text(0), uplinks.Text(1));
+    }
+    return record;
 }
 
 }  // namespace

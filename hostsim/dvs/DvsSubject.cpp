@@ -6,6 +6,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
@@ -35,6 +36,8 @@ constexpr const char* kSchemaSteps[] = {
     "CREATE TABLE dvs_uplink ("
     " position INTEGER PRIMARY KEY,"
     " dvs TEXT NOT NULL, nic TEXT NOT NULL UNIQUE, dvport TEXT NOT NULL);",
+    // A switch's uplinks are read by its name, without a pass over every switch's.
+    "CREATE INDEX dvs_uplink_by_switch ON dvs_uplink (dvs);",
 };
 
 constexpr const char* kTables[] = {"dvs_uplink", "dvs"};
@@ -98,14 +101,14 @@ DVSwitchRecord RecordFromJson(const Json& json) {
     record.zanvexBranded = json.value("zanvexBranded", true);
     record.opaque = json.value("opaque", false);
     record.lacpOnDpu = json.value("lacpStateOnDpu", false);
-    for (const Json& port : json.value("dvports", Json::array())) {
+    for (const Json& port : ArrayMember(json, "dvports")) {
         record.dvports.push_back(Dvs::DVPortFromJson(port));
     }
-    for (const Json& uplink : json.value("uplinks", Json::array())) {
+    for (const Json& uplink : ArrayMember(json, "uplinks")) {
         record.uplinks.emplace_back(uplink.at("nic").get<std::string>(),
                                     uplink.at("dvport").get<std::string>());
     }
-    for (const Json& lag : json.value("lags", Json::array())) {
+    for (const Json& lag : ArrayMember(json, "lags")) {
         record.lags.push_back(Dvs::LagFromJson(lag));
     }
     std::sort(record.lags.begin(), record.lags.end(),

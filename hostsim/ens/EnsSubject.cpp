@@ -4,6 +4,7 @@
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/ens/EnsStore.h"
 
@@ -44,7 +45,7 @@ void ImportEns(Database& database, const Json& section, const Scale& scale) {
     }
     std::vector<Ens::Lcore> lcores;
     std::uint64_t stride = 1;
-    for (const Json& json : section.value("lcores", Json::array())) {
+    for (const Json& json : ArrayMember(section, "lcores")) {
         Ens::Lcore lcore;
         lcore.id = json.at("id").get<std::uint64_t>();
         lcore.switchName = json.value("switch", Ens::kNoSwitch);

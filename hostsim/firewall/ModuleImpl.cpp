@@ -7,6 +7,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/HostChoice.h"
+#include "hostsim/core/Names.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/firewall/FirewallStore.h"
@@ -52,6 +53,7 @@ void ModuleImpl::Load(const std::string& options, bool persistent) {
         stale_ = true;
         return;
     }
+    HostSim::CheckStoredText(options, "module options");
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
     database

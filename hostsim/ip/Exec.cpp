@@ -3,14 +3,16 @@
 // the command line as object) makes the program fail with status 1.
 #include "kelmctl/Exec.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "hostsim/Control.h"
 #include "hostsim/core/Operation.h"
+#include "hostsim/core/StateFiles.h"
 
 namespace KelmCtl::Util {
 
@@ -18,16 +20,24 @@ namespace {
 
 constexpr char kExecLogName[] = "exec.log";
 
+// Appends one line to exec.log; a line that can't be written is left out, as a log of a
+// program's runs that the host keeps for itself.
 void Record(const std::string& commandLine, int status) {
-    const std::filesystem::path directory = HostSim::StateDirectory();
-    std::filesystem::create_directories(directory);
-    std::ofstream log(directory / kExecLogName, std::ios::app);
+    const std::string directory = HostSim::StateDirectory();
+    HostSim::MakePrivateDirectory(directory);
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
     gmtime_r(&now, &utc);
     char time[32];
     std::strftime(time, sizeof time, "%FT%TZ", &utc);
-    log << time << " status " << status << ": " << commandLine << '\n';
+    const std::string line =
+        std::string(time) + " status " + std::to_string(status) + ": " + commandLine + "\n";
+    const int log =
+        HostSim::OpenStateFile(directory + "/" + kExecLogName, O_WRONLY | O_APPEND | O_CREAT);
+    if (log >= 0) {
+        static_cast<void>(write(log, line.data(), line.size()));
+        close(log);
+    }
 }
 
 }  // namespace

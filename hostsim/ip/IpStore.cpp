@@ -368,6 +368,19 @@ void CheckIpConfig(const IpConfig& config, const std::string& interface) {
     }
 }
 
+std::optional<Ipv4Address> StaticIpv4Address(const IpConfig& config) {
+    if (config.GetUseDhcp() || config.GetIpv4UseNone() || config.GetIpv4Address().GetValue() == 0) {
+        return std::nullopt;
+    }
+    return config.GetIpv4Address();
+}
+
+void RefuseIpv4AddressInUse(const Ipv4Address& address, const std::string& user,
+                            const std::string& netstack) {
+    throw HostCtlException("IPv4 address " + address.GetStringAddress() + " is in use by " + user +
+                           " in netstack " + netstack);
+}
+
 std::vector<NetstackRecord> LoadNetstacks(Database& database) {
     std::vector<NetstackRecord> records;
     auto query = database.Query("SELECT " NETSTACK_COLUMNS " FROM netstack ORDER BY position");

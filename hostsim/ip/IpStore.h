@@ -74,6 +74,13 @@ HostCtl::Network::IpConfig InForce(const HostCtl::Network::IpConfig& configured,
                                    std::uint32_t leaseNumber);
 // Throws HostCtlException for a configuration the host can't take.
 void CheckIpConfig(const HostCtl::Network::IpConfig& config, const std::string& interface);
+// The static IPv4 address a configuration gives, when it gives one: not DHCP, not "none", not
+// 0.0.0.0. Such an address is used by one interface of a netstack instance at most.
+std::optional<HostCtl::Network::Ipv4Address> StaticIpv4Address(
+    const HostCtl::Network::IpConfig& config);
+// The refusal of a static IPv4 address that `user` has in `netstack` already.
+[[noreturn]] void RefuseIpv4AddressInUse(const HostCtl::Network::Ipv4Address& address,
+                                         const std::string& user, const std::string& netstack);
 
 // Netstack instances in the order they were made; one by key.
 std::vector<KelmCtl::Network::NetstackRecord> LoadNetstacks(Database& database);

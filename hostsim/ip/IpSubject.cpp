@@ -1,10 +1,12 @@
 // The IP subjects: the netstack table with the "netstacks" section of a profile, and the
 // kelmnic table with the "kelmnics" section.
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
@@ -20,6 +22,7 @@ namespace {
 
 using HostCtl::Lib::HostCtlException;
 using HostCtl::Network::ConnectionPoint;
+using HostCtl::Network::IpConfig;
 using KelmCtl::Network::KelmNicRecord;
 using KelmCtl::Network::NetstackRecord;
 
@@ -150,7 +153,7 @@ KelmNicRecord KelmNicFromJson(const Json& json) {
     record.rxQueues = json.value("rxQueues", 1u);
     record.enabled = json.value("enabled", true);
     record.portId = json.value("portId", 0u);
-    const Json connection = json.value("connection", Json::object());
+    const Json& connection = ObjectMember(json, "connection");
     if (connection.contains("portGroup")) {
         record.connectionType = ConnectionPoint::kPortGroup;
         record.portGroup = connection.at("portGroup").get<std::string>();
@@ -169,17 +172,19 @@ KelmNicRecord KelmNicFromJson(const Json& json) {
         throw HostCtlException("Kelm interface " + record.name +
                                " has a connection of no known kind");
     }
-    record.tags = TagsFromJson(json.value("tags", Json::array()), record.name);
-    const Json netDump = json.value("netDump", Json::object());
+    record.tags = TagsFromJson(ArrayMember(json, "tags"), record.name);
+    const Json& netDump = ObjectMember(json, "netDump");
     record.netDumper = netDump.value("dumper", false);
     record.ipv6ReadyPrimary = netDump.value("ipv6ReadyPrimary", false);
     record.ipv6ReadySecondary = netDump.value("ipv6ReadySecondary", false);
-    const Json ipConfig = json.value("ipConfig", Json::object());
+    const Json& ipConfig = ObjectMember(json, "ipConfig");
     try {
-        record.ipConfig = Ip::IpConfigToJson(Ip::IpConfigFromJson(ipConfig)).dump();
-        record.configuredIpConfig =
-            Ip::IpConfigToJson(Ip::IpConfigFromJson(json.value("configuredIpConfig", ipConfig)))
-                .dump();
+        const auto inForce = Ip::IpConfigFromJson(ipConfig);
+        const auto configured = Ip::IpConfigFromJson(json.value("configuredIpConfig", ipConfig));
+        Ip::CheckIpConfig(inForce, record.name);
+        Ip::CheckIpConfig(configured, record.name);
+        record.ipConfig = Ip::IpConfigToJson(inForce).dump();
+        record.configuredIpConfig = Ip::IpConfigToJson(configured).dump();
     } catch (const HostCtlException& e) {
         throw HostCtlException("Kelm interface " + record.name + ": " + e.what());
     }
@@ -225,10 +230,25 @@ Json KelmNicToJson(const KelmNicRecord& record) {
     return json;
 }
 
+// An IP configuration without the static IPv4 address it may give.
+std::string WithoutStaticIpv4Address(const std::string& ipConfig) {
+    IpConfig config = Ip::IpConfigFromJson(Json::parse(ipConfig));
+    if (!Ip::StaticIpv4Address(config)) {
+        return ipConfig;
+    }
+    config.SetIpv4UseNone();
+    return Ip::IpConfigToJson(config).dump();
+}
+
 // Copy `copy` of an interface: its own name, MAC address and port, on the copies of its
-// netstack and port group.
+// netstack and port group. A static IPv4 address belongs to one interface of an instance, so
+// a copy in its original's instance has none.
 KelmNicRecord ScaledKelmNic(KelmNicRecord record, const Scale& scale, unsigned copy) {
     record.name = scale.Name(record.name, copy);
+    if (copy > 0 && scale.Name(record.netstack, copy) == record.netstack) {
+        record.ipConfig = WithoutStaticIpv4Address(record.ipConfig);
+        record.configuredIpConfig = WithoutStaticIpv4Address(record.configuredIpConfig);
+    }
     record.netstack = scale.Name(record.netstack, copy);
     record.mac = Scale::MacAddress(record.mac, copy);
     if (record.portId != 0) {
@@ -283,9 +303,19 @@ void ImportKelmNics(Database& database, const Json& section, const Scale& scale)
     }
     std::set<std::string> names;
     std::set<std::string> macs;
+    // Static IPv4 addresses in force, by netstack, with the interface that has each.
+    std::map<std::pair<std::string, std::uint32_t>, std::string> addresses;
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
         for (const KelmNicRecord& original : records) {
             KelmNicRecord record = ScaledKelmNic(original, scale, copy);
+            if (const auto address =
+                    Ip::StaticIpv4Address(Ip::IpConfigFromJson(Json::parse(record.ipConfig)))) {
+                auto [user, added] =
+                    addresses.try_emplace({record.netstack, address->GetValue()}, record.name);
+                if (!added) {
+                    Ip::RefuseIpv4AddressInUse(*address, user->second, record.netstack);
+                }
+            }
             if (!names.insert(record.name).second) {
                 throw HostCtlException("The profile has more than one Kelm interface named " +
                                        record.name);

@@ -153,16 +153,13 @@ void KelmNicImpl::SetIpConfig(IpConfig config) {
     PassOperation("KelmNic::SetIpConfig", record_.name);
     HostSim::Ip::CheckIpConfig(config, record_.name);
     ChangeKelmNic(record_, [&config](HostSim::Database& database, KelmNicRecord& record) {
-        const auto address = config.GetIpv4Address();
-        if (!config.GetUseDhcp() && !config.GetIpv4UseNone() && address.GetValue() != 0) {
+        if (const auto address = HostSim::Ip::StaticIpv4Address(config)) {
             for (const KelmNicRecord& other :
                  HostSim::Ip::LoadKelmNics(database, {.netstack = record.netstack})) {
                 if (other.name != record.name &&
                     HostSim::Ip::IpConfigFromJson(HostSim::Json::parse(other.ipConfig))
-                            .GetIpv4Address() == address) {
-                    throw HostCtlException("IPv4 address " + address.GetStringAddress() +
-                                           " is in use by " + other.name + " in netstack " +
-                                           record.netstack);
+                            .GetIpv4Address() == *address) {
+                    HostSim::Ip::RefuseIpv4AddressInUse(*address, other.name, record.netstack);
                 }
             }
         }

@@ -169,6 +169,8 @@ int IpSecConfigImpl::StringToIpSecAction(const std::string& word) {
 void IpSecConfigImpl::AddSADConfig(const IpSecSadParam& association) {
     PassOperation("IpSecConfigImpl::AddSADConfig", association.name);
     HostSim::CheckObjectName(association.name, "security association");
+    HostSim::CheckStoredText(association.encryptionKey, "encryption key");
+    HostSim::CheckStoredText(association.integrityKey, "integrity key");
     if (association.name == HostSim::Ipsec::kAutoName) {
         throw HostCtlException(
             "The name auto is kept for the security associations the kernel "

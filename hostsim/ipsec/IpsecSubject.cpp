@@ -3,6 +3,7 @@
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/ipsec/IpsecStore.h"
 
@@ -30,7 +31,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     std::vector<IpSecSpdParam> policies;
     std::set<std::string> names;
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
-        for (const Json& json : section.value("securityAssociations", Json::array())) {
+        for (const Json& json : ArrayMember(section, "securityAssociations")) {
             IpSecSadParam association = Ipsec::AssociationFromJson(json);
             association.name = scale.Name(association.name, copy);
             association.spi += copy * kSpiStride;
@@ -43,7 +44,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     }
     names.clear();
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
-        for (const Json& json : section.value("securityPolicies", Json::array())) {
+        for (const Json& json : ArrayMember(section, "securityPolicies")) {
             IpSecSpdParam policy = Ipsec::PolicyFromJson(json);
             policy.name = scale.Name(policy.name, copy);
             if (!policy.saName.empty() && policy.saName != Ipsec::kUnknownSa) {

@@ -3,6 +3,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/nic/NicStore.h"
 
@@ -30,6 +31,10 @@ constexpr const char* kSchemaSteps[] = {
 
 constexpr const char* kTables[] = {"nic"};
 
+// The duplex of a NIC's link, as a profile gives it.
+constexpr std::uint32_t kFullDuplex = 1;
+constexpr std::uint32_t kHalfDuplex = 2;
+
 Record RecordFromJson(const Json& nic) {
     Record record;
     record.name = nic.at("name").get<std::string>();
@@ -49,15 +54,19 @@ Record RecordFromJson(const Json& nic) {
     record.mtu = nic.value("mtu", 1500u);
     record.dpuId = nic.value("dpuId", "");
     record.linkInfo =
-        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(nic.value("linkInfo", Json::object()))).dump();
-    record.pause = Nic::PauseToJson(Nic::PauseFromJson(nic.value("pause", Json::object()))).dump();
-    auto driverInfo = nic.value("driverInfo", Json::object());
+        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(ObjectMember(nic, "linkInfo"))).dump();
+    record.pause = Nic::PauseToJson(Nic::PauseFromJson(ObjectMember(nic, "pause"))).dump();
+    const Json& driverInfo = ObjectMember(nic, "driverInfo");
     record.driverVersion = driverInfo.value("version", "");
     record.firmwareVersion = driverInfo.value("firmwareVersion", "");
     record.busInfo = driverInfo.value("busInfo", record.pciAddress);
     if (!HostCtl::Network::MacAddress::IsValid(record.mac)) {
         throw HostCtlException("NIC " + record.name + " has an invalid MAC address \"" +
                                record.mac + "\"");
+    }
+    if (record.duplex != kFullDuplex && record.duplex != kHalfDuplex) {
+        throw HostCtlException("NIC " + record.name + " has duplex " +
+                               std::to_string(record.duplex) + ", which is 1 (full) or 2 (half)");
     }
     return record;
 }
@@ -110,11 +119,16 @@ void ImportNics(Database& database, const Json& section, const Scale& scale) {
         records.push_back(RecordFromJson(nic));
     }
     std::set<std::string> names;
+    std::set<std::string> macs;
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
         for (const Record& record : records) {
             Record scaled = ScaledRecord(record, scale, copy);
             if (!names.insert(scaled.name).second) {
                 throw HostCtlException("The profile has more than one NIC named " + scaled.name);
+            }
+            if (!macs.insert(HostCtl::Network::MacAddress(scaled.mac).GetStringAddress()).second) {
+                throw HostCtlException("The profile gives the MAC address " + scaled.mac +
+                                       " to more than one NIC");
             }
             Nic::Insert(database, scaled);
         }

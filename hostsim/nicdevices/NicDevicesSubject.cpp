@@ -6,6 +6,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/nicdevices/DeviceStore.h"
@@ -99,13 +100,13 @@ void CheckArray(const Json& json, const char* key, std::size_t size, const std::
 Json SriovFromJson(const Json& json, const std::string& nic) {
     Json sriov = {{"enabled", json.value("enabled", true)}, {"virtualFunctions", Json::array()}};
     std::set<unsigned> ids;
-    for (const auto& vf : json.value("virtualFunctions", Json::array())) {
+    for (const auto& vf : ArrayMember(json, "virtualFunctions")) {
         const unsigned id = vf.at("id").get<unsigned>();
         if (id > 255 || !ids.insert(id).second) {
             throw HostCtlException("NIC " + nic + " has a duplicate or invalid virtual function " +
                                    std::to_string(id));
         }
-        Json stats = vf.value("stats", Json::array());
+        Json stats = ArrayMember(vf, "stats");
         if (stats.empty()) {
             stats = Json(std::vector<std::uint64_t>(kStatsCount, 0));
         }
@@ -134,20 +135,19 @@ void NetqueueFromJson(const Json& json, Device& device) {
     }
     device.balancerEnabled = json.value("balancerEnabled", true);
     constexpr unsigned kFeatures = 11;
-    device.supported =
-        MaskFromNames(json.value("supported", Json::array()), NicDevices::kFeatureNames, kFeatures,
-                      nic, "netqueue feature") &
-        ~NicDevices::kFeaturesWithoutSupport;
-    device.allowed = MaskFromNames(json.value("allowed", Json::array()), NicDevices::kFeatureNames,
+    device.supported = MaskFromNames(ArrayMember(json, "supported"), NicDevices::kFeatureNames,
+                                     kFeatures, nic, "netqueue feature") &
+                       ~NicDevices::kFeaturesWithoutSupport;
+    device.allowed = MaskFromNames(ArrayMember(json, "allowed"), NicDevices::kFeatureNames,
                                    kFeatures, nic, "netqueue feature");
     if (device.allowed & ~(device.supported | NicDevices::kFeaturesWithoutSupport)) {
         throw HostCtlException("NIC " + nic + " allows a netqueue feature it doesn't support");
     }
-    device.filterClasses = MaskFromNames(json.value("filterClasses", Json::array()),
+    device.filterClasses = MaskFromNames(ArrayMember(json, "filterClasses"),
                                          NicDevices::kFilterClassNames, 6, nic, "filter class");
     std::vector<NicDevices::Plugin> plugins;
     std::set<std::pair<std::string, std::string>> names;
-    for (const auto& entry : json.value("plugins", Json::array())) {
+    for (const auto& entry : ArrayMember(json, "plugins")) {
         NicDevices::Plugin plugin{entry.at("module").get<std::string>(),
                                   entry.at("plugin").get<std::string>(),
                                   entry.value("description", ""), entry.value("active", false)};
@@ -206,7 +206,7 @@ Json DcbFromJson(const Json& json, const std::string& nic) {
     CheckArray(pfc, "sent", kPerClass, nic);
     CheckArray(pfc, "received", kPerClass, nic);
     Json apps = Json::array();
-    for (const auto& app : json.value("apps", Json::array())) {
+    for (const auto& app : ArrayMember(json, "apps")) {
         apps.push_back({{"appType", app.at("appType").get<std::string>()},
                         {"protocolId", app.at("protocolId").get<std::string>()},
                         {"userPriority", app.at("userPriority").get<std::string>()}});
@@ -252,15 +252,14 @@ Json DiagnosticsFromJson(const Json& json, const std::string& nic) {
         throw HostCtlException("NIC " + nic +
                                ": \"eeprom\" must be lower-case hexadecimal, two digits a byte");
     }
-    const Json& selfTest = json.value("selfTest", Json::object());
-    return {
-        {"eepromMagic", json.value("eepromMagic", std::uint32_t{0})},
-        {"eeprom", eeprom},
-        {"registers", json.value("registers", Json::array()).get<std::vector<std::uint32_t>>()},
-        {"selfTest",
-         {{"failed", selfTest.value("failed", false)},
-          {"offline", selfTest.value("offline", Json::array()).get<std::vector<std::string>>()},
-          {"online", selfTest.value("online", Json::array()).get<std::vector<std::string>>()}}}};
+    const Json& selfTest = ObjectMember(json, "selfTest");
+    return {{"eepromMagic", json.value("eepromMagic", std::uint32_t{0})},
+            {"eeprom", eeprom},
+            {"registers", ArrayMember(json, "registers").get<std::vector<std::uint32_t>>()},
+            {"selfTest",
+             {{"failed", selfTest.value("failed", false)},
+              {"offline", ArrayMember(selfTest, "offline").get<std::vector<std::string>>()},
+              {"online", ArrayMember(selfTest, "online").get<std::vector<std::string>>()}}}};
 }
 
 Device DeviceFromJson(const Json& json) {
@@ -274,8 +273,8 @@ Device DeviceFromJson(const Json& json) {
     }
     if (auto hw = json.find("hwCapabilities"); hw != json.end()) {
         device.hwCapabilities = true;
-        device.hwSupported = BitsFromJson(hw->value("supported", Json::array()), device.nic);
-        device.hwActivated = BitsFromJson(hw->value("activated", Json::array()), device.nic);
+        device.hwSupported = BitsFromJson(ArrayMember(*hw, "supported"), device.nic);
+        device.hwActivated = BitsFromJson(ArrayMember(*hw, "activated"), device.nic);
         if (device.hwActivated & ~device.hwSupported) {
             throw HostCtlException("NIC " + device.nic +
                                    " activates a hardware capability it doesn't support");
@@ -288,7 +287,7 @@ Device DeviceFromJson(const Json& json) {
         device.diagnostics = DiagnosticsFromJson(*diagnostics, device.nic).dump();
     }
     Json attachments = Json::array();
-    for (const auto& attachment : json.value("attachments", Json::array())) {
+    for (const auto& attachment : ArrayMember(json, "attachments")) {
         attachments.push_back({{"branch", attachment.at("branch").get<std::string>()},
                                {"vlanId", attachment.at("vlanId").get<unsigned>()}});
     }

@@ -6,6 +6,7 @@
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
 #include "hostctl/MacAddress.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
@@ -89,15 +90,15 @@ PortRecord PortFromJson(const Json& json) {
     record.macs = json.value("macs", std::vector<std::string>{});
     record.ip = json.value("ip", "0.0.0.0");
     record.teamUplink = json.value("teamUplink", "");
-    const Json stats = json.value("stats", Json::object());
+    const Json& stats = ObjectMember(json, "stats");
     record.stats =
-        Json{{"packets", Ports::PacketStatsToJson(
-                             Ports::PacketStatsFromJson(stats.value("packets", Json::object())))},
-             {"bytes", Ports::ByteStatsToJson(
-                           Ports::ByteStatsFromJson(stats.value("bytes", Json::object())))}}
+        Json{{"packets",
+              Ports::PacketStatsToJson(Ports::PacketStatsFromJson(ObjectMember(stats, "packets")))},
+             {"bytes",
+              Ports::ByteStatsToJson(Ports::ByteStatsFromJson(ObjectMember(stats, "bytes")))}}
             .dump();
     Json filters = Json::array();
-    for (const Json& filter : json.value("filters", Json::array())) {
+    for (const Json& filter : ArrayMember(json, "filters")) {
         filters.push_back(Ports::FilterToJson(Ports::FilterFromJson(filter)));
     }
     record.filters = filters.dump();
@@ -152,7 +153,7 @@ std::uint64_t Stride(std::uint64_t highest) {
 void ImportPorts(Database& database, const Json& section, const Scale& scale) {
     std::vector<World> worlds;
     std::uint64_t worldStride = 1;
-    for (const Json& json : section.value("worlds", Json::array())) {
+    for (const Json& json : ArrayMember(section, "worlds")) {
         World world{json.at("id").get<std::uint32_t>(), json.at("name").get<std::string>()};
         CheckObjectName(world.name, "world");
         worldStride = std::max(worldStride, Stride(world.id));
@@ -160,7 +161,7 @@ void ImportPorts(Database& database, const Json& section, const Scale& scale) {
     }
     std::vector<PortRecord> ports;
     std::uint64_t portStride = 1;
-    for (const Json& json : section.value("ports", Json::array())) {
+    for (const Json& json : ArrayMember(section, "ports")) {
         ports.push_back(PortFromJson(json));
         portStride = std::max(portStride, Stride(ports.back().id));
     }

@@ -3,9 +3,11 @@
 // data.
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/routing/RoutingStore.h"
@@ -173,7 +175,13 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
     std::set<std::string> keys;
     unsigned long ipv4Index = 0;
     unsigned long ipv6Index = 0;
-    for (const Json& netstack : section.value("netstacks", Json::array())) {
+    // The sockets and memberships of each instance, gathered over all copies and written once.
+    struct Sockets {
+        Json connections = Json::array();
+        Json multicast = Json::array();
+    };
+    std::map<std::string, Sockets> sockets;
+    for (const Json& netstack : ArrayMember(section, "netstacks")) {
         const std::string key = netstack.at("netstack").get<std::string>();
         CheckObjectName(key, "netstack instance");
         if (!keys.insert(key).second) {
@@ -183,7 +191,7 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
         const Routing::Gateways gateways = GatewaysFromJson(netstack);
         Tables tables;
         std::set<std::string> networks;
-        for (const Json& json : netstack.value("routes", Json::array())) {
+        for (const Json& json : ArrayMember(netstack, "routes")) {
             Route route = Routing::RouteFromJson(json);
             const std::string network = json.at("network").get<std::string>();
             if (IsDefault(route)) {
@@ -198,13 +206,13 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
             }
             tables.routes.push_back(route);
         }
-        for (const Json& neighbor : netstack.value("neighbors", Json::array())) {
+        for (const Json& neighbor : ArrayMember(netstack, "neighbors")) {
             tables.neighbors.push_back(Routing::NormalNeighbor(neighbor));
         }
-        for (const Json& connection : netstack.value("connections", Json::array())) {
+        for (const Json& connection : ArrayMember(netstack, "connections")) {
             tables.connections.push_back(ConnectionFromJson(connection));
         }
-        for (const Json& membership : netstack.value("multicast", Json::array())) {
+        for (const Json& membership : ArrayMember(netstack, "multicast")) {
             tables.multicast.push_back(MembershipFromJson(membership));
         }
         for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
@@ -220,14 +228,16 @@ void ImportSection(Database& database, const Json& section, const Scale& scale) 
             for (const Json& neighbor : copied.neighbors) {
                 Routing::InsertNeighbor(database, target, neighbor);
             }
-            Json connections = Routing::ReadTable(database, target, "connections");
-            Json multicast = Routing::ReadTable(database, target, "multicast");
-            connections.insert(connections.end(), copied.connections.begin(),
-                               copied.connections.end());
-            multicast.insert(multicast.end(), copied.multicast.begin(), copied.multicast.end());
-            Routing::WriteTable(database, target, "connections", connections);
-            Routing::WriteTable(database, target, "multicast", multicast);
+            Sockets& into = sockets[target];
+            into.connections.insert(into.connections.end(), copied.connections.begin(),
+                                    copied.connections.end());
+            into.multicast.insert(into.multicast.end(), copied.multicast.begin(),
+                                  copied.multicast.end());
         }
+    }
+    for (const auto& [target, gathered] : sockets) {
+        Routing::WriteTable(database, target, "connections", gathered.connections);
+        Routing::WriteTable(database, target, "multicast", gathered.multicast);
     }
 }
 

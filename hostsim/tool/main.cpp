@@ -2,8 +2,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -85,20 +85,6 @@ unsigned ParseScale(const std::string& text) {
     return static_cast<unsigned>(copies);
 }
 
-HostSim::Json ReadProfile(const std::string& path) {
-    std::ifstream file(path);
-    if (!file) {
-        throw HostCtl::Lib::HostCtlException("Unable to read the profile " + path + ": " +
-                                             std::strerror(errno));
-    }
-    try {
-        return HostSim::Json::parse(file);
-    } catch (const HostSim::Json::parse_error& error) {
-        throw HostCtl::Lib::HostCtlException("The profile " + path +
-                                             " is not valid JSON: " + error.what());
-    }
-}
-
 void Init(const std::vector<std::string>& options) {
     std::string profile = "default";
     unsigned copies = 1;
@@ -116,7 +102,7 @@ void Init(const std::vector<std::string>& options) {
     if (profile == "default" || profile == "empty") {
         HostSim::ReplaceHost(HostSim::Store(), HostSim::BuiltinProfile(profile), copies, profile);
     } else {
-        HostSim::ReplaceHost(HostSim::Store(), ReadProfile(profile), copies, "");
+        HostSim::ReplaceHost(HostSim::Store(), HostSim::ReadProfileFile(profile), copies, "");
     }
 }
 
@@ -134,9 +120,12 @@ int Run(const std::vector<std::string>& arguments) {
     if (command == "init") {
         Init(rest);
     } else if (command == "export" && rest.empty()) {
-        WriteOut(HostSim::ExportHost(HostSim::Store()).dump(2) + "\n");
+        // A store an older build wrote may hold text that is not UTF-8: replaced, never fatal.
+        WriteOut(HostSim::ExportHost(HostSim::Store())
+                     .dump(2, ' ', false, HostSim::Json::error_handler_t::replace) +
+                 "\n");
     } else if (command == "import" && rest.size() == 1) {
-        HostSim::ReplaceHost(HostSim::Store(), ReadProfile(rest[0]), 1, "");
+        HostSim::ReplaceHost(HostSim::Store(), HostSim::ReadProfileFile(rest[0]), 1, "");
     } else if (command == "reset" && rest.empty()) {
         HostSim::ResetHost(HostSim::Store());
     } else {
@@ -149,6 +138,8 @@ int Run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that went away is a write that fails, reported with status 4.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         return Run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const UsageError& error) {
@@ -160,5 +151,8 @@ int main(int argc, char** argv) {
     } catch (const OutputError& error) {
         std::cerr << "hostsim: unable to write to standard output: " << error.reason << "\n";
         return 4;
+    } catch (const std::exception& error) {
+        std::cerr << "hostsim: " << error.what() << "\n";
+        return 1;
     }
 }

@@ -68,7 +68,7 @@ std::uint32_t VirtualSwitchImpl::GetNumPorts() const {
 // Each uplink and each client of a port group holds a port.
 std::uint32_t VirtualSwitchImpl::GetNumUsedPorts() const {
     PassOperation("Portset::GetNumUsedPorts", record_.name);
-    return static_cast<std::uint32_t>(record_.uplinks.size()) + record_.activeClients;
+    return static_cast<std::uint32_t>(record_.uplinks.size()) + PortGroups().activeClients;
 }
 
 std::uint32_t VirtualSwitchImpl::GetNumConfiguredPorts() const {
@@ -130,7 +130,11 @@ std::uint32_t VirtualSwitchImpl::GetBeaconThreshold() const {
 
 std::vector<std::string> VirtualSwitchImpl::GetBeaconRequiredBy() const {
     PassOperation("VirtualSwitch::GetBeaconRequiredBy", record_.name);
-    return record_.beaconRequiredBy;
+    return PortGroups().beaconRequiredBy;
+}
+
+PortGroupSummary VirtualSwitchImpl::PortGroups() const {
+    return record_.portGroups ? *record_.portGroups : SummarizePortGroups(Store(), record_);
 }
 
 std::vector<std::unique_ptr<PortGroup>> VirtualSwitchImpl::GetPortGroups() const {
@@ -158,7 +162,6 @@ std::unique_ptr<PortGroup> VirtualSwitchImpl::AddPortGroup(const std::string& na
     InsertPortGroup(database, record);
     auto added = LoadPortGroup(database, name);
     transaction.Commit();
-    record_.portGroups.push_back(name);
     return std::make_unique<PortGroupImpl>(std::make_unique<PortGroupRecord>(std::move(*added)));
 }
 
@@ -175,7 +178,6 @@ void VirtualSwitchImpl::RemovePortGroup(const std::string& name) {
     }
     database.Query("DELETE FROM vswitch_portgroup WHERE name = ?1").Bind(1, name).Run();
     transaction.Commit();
-    std::erase(record_.portGroups, name);
 }
 
 void VirtualSwitchImpl::AddUplink(const std::string& nicName, bool) {

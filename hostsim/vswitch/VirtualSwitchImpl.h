@@ -8,7 +8,7 @@
 namespace HostSim::Vswitch {
 
 class VirtualSwitchImpl final : public HostCtl::Network::VirtualSwitch {
-  public:
+public:
     explicit VirtualSwitchImpl(SwitchRecord record) : record_(std::move(record)) {}
 
     std::string GetName() const override;
@@ -43,7 +43,10 @@ class VirtualSwitchImpl final : public HostCtl::Network::VirtualSwitch {
     HostCtl::Network::NicTeamingPolicy GetTeamingPolicy() const override;
     void SetTeamingPolicy(const HostCtl::Network::NicTeamingPolicy& policy) override;
 
-  private:
+private:
+    // What the port groups give the switch: as a listing read it, else read now.
+    PortGroupSummary PortGroups() const;
+
     SwitchRecord record_;
 };
 

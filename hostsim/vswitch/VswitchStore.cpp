@@ -136,11 +136,22 @@ private:
     Policies inherited_;
 };
 
-// Fills the uplinks, port groups and what derives from them into the switches read.
+// Adds a port group row (name, users, teaming from column 1 on) to the summary of its switch.
+void Summarize(const Statement& row, const SwitchRecord& record, PortGroupSummary& summary) {
+    summary.activeClients += static_cast<std::uint32_t>(StringsFromJson(row.Text(2)).size());
+    Policies own;
+    own.teaming = TeamingFromJson(Json::parse(row.Text(3)));
+    if (IsBeaconDetection(Merge(own, record.Effective()).teaming)) {
+        summary.beaconRequiredBy.push_back(row.Text(1));
+    }
+}
+
+// Fills the uplinks, and what the port groups give, into the switches of a listing.
 void Complete(Database& database, std::vector<SwitchRecord>& switches) {
     std::map<std::string, SwitchRecord*, std::less<>> byName;
     for (SwitchRecord& record : switches) {
         byName[record.name] = &record;
+        record.portGroups.emplace();
     }
     auto uplinks = database.Query("SELECT vswitch, nic FROM vswitch_uplink ORDER BY position");
     while (uplinks.Step()) {
@@ -151,19 +162,8 @@ void Complete(Database& database, std::vector<SwitchRecord>& switches) {
     auto portGroups = database.Query(
         "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ORDER BY position");
     while (portGroups.Step()) {
-        auto found = byName.find(portGroups.Text(0));
-        if (found == byName.end()) {
-            continue;
-        }
-        SwitchRecord& record = *found->second;
-        const std::string name = portGroups.Text(1);
-        record.portGroups.push_back(name);
-        record.activeClients +=
-            static_cast<std::uint32_t>(StringsFromJson(portGroups.Text(2)).size());
-        Policies own;
-        own.teaming = TeamingFromJson(Json::parse(portGroups.Text(3)));
-        if (IsBeaconDetection(Merge(own, record.Effective()).teaming)) {
-            record.beaconRequiredBy.push_back(name);
+        if (auto found = byName.find(portGroups.Text(0)); found != byName.end()) {
+            Summarize(portGroups, *found->second, *found->second->portGroups);
         }
     }
 }
@@ -364,9 +364,21 @@ std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& na
     if (!query.Step()) {
         return std::nullopt;
     }
-    std::vector<SwitchRecord> switches{ReadSwitch(query)};
-    Complete(database, switches);
-    return std::move(switches.front());
+    SwitchRecord record = ReadSwitch(query);
+    record.uplinks = LoadUplinks(database, name);
+    return record;
+}
+
+PortGroupSummary SummarizePortGroups(Database& database, const SwitchRecord& record) {
+    PortGroupSummary summary;
+    auto portGroups = database.Query(
+        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup WHERE vswitch = ?1"
+        " ORDER BY position");
+    portGroups.Bind(1, record.name);
+    while (portGroups.Step()) {
+        Summarize(portGroups, record, summary);
+    }
+    return summary;
 }
 
 bool SwitchExists(Database& database, const std::string& name) {

@@ -59,6 +59,13 @@ struct PortGroupRecord {
 
 namespace HostSim::Vswitch {
 
+// What a switch has from its port groups: the clients that hold its ports, and the port groups
+// whose effective failure detection is the beacon.
+struct PortGroupSummary {
+    std::uint32_t activeClients = 0;
+    std::vector<std::string> beaconRequiredBy;
+};
+
 struct SwitchRecord {
     std::string name;
     bool system = false;
@@ -70,12 +77,12 @@ struct SwitchRecord {
     std::uint32_t beaconInterval = 0;
     std::uint32_t beaconThreshold = 0;
     Policies own;
-    // Read with the switch, from its uplink and port group rows.
+    // Read with the switch, from its uplink rows.
     std::vector<std::string> uplinks;
-    std::vector<std::string> portGroups;
-    std::uint32_t activeClients = 0;
-    // The port groups whose effective failure detection is the beacon.
-    std::vector<std::string> beaconRequiredBy;
+    // Read with the switches of a listing, in one pass over all port groups; a switch looked up
+    // alone leaves it to SummarizePortGroups, when asked, so that adding one port group to a
+    // switch of thousands reads none of them.
+    std::optional<PortGroupSummary> portGroups;
 
     Policies Effective() const { return Merge(own, DefaultPolicies()); }
 };
@@ -86,6 +93,8 @@ std::vector<SwitchRecord> LoadSwitches(Database& database,
                                        std::optional<HostCtl::Network::PortsetGetType> type);
 std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& name,
                                        std::optional<HostCtl::Network::PortsetGetType> type);
+// What the port groups of `record` give it, read now.
+PortGroupSummary SummarizePortGroups(Database& database, const SwitchRecord& record);
 // The names of a switch's uplinks, in the order they were attached.
 std::vector<std::string> LoadUplinks(Database& database, const std::string& switchName);
 bool SwitchExists(Database& database, const std::string& name);

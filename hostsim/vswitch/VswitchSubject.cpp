@@ -5,6 +5,7 @@
 #include <set>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/JsonMember.h"
 #include "hostsim/vswitch/VswitchRules.h"
 #include "hostsim/vswitch/VswitchStore.h"
 
@@ -35,6 +36,8 @@ constexpr const char* kSchemaSteps[] = {
     " users TEXT NOT NULL,"
     " teaming TEXT NOT NULL, security TEXT NOT NULL, shaping TEXT NOT NULL);"
     "CREATE INDEX vswitch_portgroup_by_switch ON vswitch_portgroup (vswitch);",
+    // A switch's uplinks are read by its name, without a pass over every switch's.
+    "CREATE INDEX vswitch_uplink_by_switch ON vswitch_uplink (vswitch);",
 };
 
 constexpr const char* kTables[] = {"vswitch_portgroup", "vswitch_uplink", "vswitch"};
@@ -42,9 +45,9 @@ constexpr const char* kTables[] = {"vswitch_portgroup", "vswitch_uplink", "vswit
 constexpr char kDefaultClass[] = "etherswitch";
 
 Policies PoliciesFromJson(const Json& json) {
-    return {Vswitch::TeamingFromJson(json.value("teaming", Json::object())),
-            Vswitch::SecurityFromJson(json.value("security", Json::object())),
-            Vswitch::ShapingFromJson(json.value("shaping", Json::object()))};
+    return {Vswitch::TeamingFromJson(ObjectMember(json, "teaming")),
+            Vswitch::SecurityFromJson(ObjectMember(json, "security")),
+            Vswitch::ShapingFromJson(ObjectMember(json, "shaping"))};
 }
 
 Json PoliciesToJson(const Policies& policies) {
@@ -74,21 +77,21 @@ SwitchEntry EntryFromJson(const Json& json) {
     record.ports = json.value("ports", HostCtl::Network::Portset::DEF_NUM_PORTS);
     record.mtu = json.value("mtu", 1500u);
     record.cdpStatus = json.value("cdpStatus", 1);
-    const Json beacon = json.value("beacon", Json::object());
+    const Json& beacon = ObjectMember(json, "beacon");
     record.beaconEnabled = beacon.value("enabled", false);
     record.beaconInterval = beacon.value("interval", 1u);
     record.beaconThreshold = beacon.value("threshold", 3u);
     record.uplinks = json.value("uplinks", std::vector<std::string>{});
-    record.own = PoliciesFromJson(json.value("policies", Json::object()));
+    record.own = PoliciesFromJson(ObjectMember(json, "policies"));
     Vswitch::CheckSwitchSettings(record);
-    for (const Json& portGroupJson : json.value("portGroups", Json::array())) {
+    for (const Json& portGroupJson : ArrayMember(json, "portGroups")) {
         PortGroupRecord portGroup;
         portGroup.name = portGroupJson.at("name").get<std::string>();
         portGroup.switchName = record.name;
         portGroup.vlanId =
             static_cast<std::uint16_t>(Vswitch::CheckVlanId(portGroupJson.value("vlanId", 0)));
         portGroup.users = portGroupJson.value("users", std::vector<std::string>{});
-        portGroup.own = PoliciesFromJson(portGroupJson.value("policies", Json::object()));
+        portGroup.own = PoliciesFromJson(ObjectMember(portGroupJson, "policies"));
         entry.portGroups.push_back(std::move(portGroup));
     }
     return entry;

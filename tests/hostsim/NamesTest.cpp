@@ -102,9 +102,9 @@ TEST_F(Names, AProfileErrorNamesTheEntryAndTheField) {
         {{{"nics", {textSpeed}}},
          "Section \"nics\" of the profile is not valid: nics[0].speed (in \"hwnic2\"): type must "
          "be number, but is string"},
-        // The switch import reads its port groups from a copy, whose place is not known.
         {{{"vswitches", {{{"name", "labswitch0"}, {"portGroups", {{{"vlanId", 3}}}}}}}},
-         "Section \"vswitches\" of the profile is not valid: an entry has no field \"name\""},
+         "Section \"vswitches\" of the profile is not valid: vswitches[0].portGroups[0] (in "
+         "\"labswitch0\") has no field \"name\""},
     };
     for (const auto& [profile, message] : cases) {
         const std::string path = StateDirectory() + "/p.json";

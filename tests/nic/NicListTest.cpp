@@ -36,7 +36,7 @@ json PseudoNic(const std::string& name, const std::string& descriptor) {
             {"descriptor", descriptor},
             {"driver", "pseudonet"},
             {"speed", 100},
-            {"mac", LocalMac(MacKind::PseudoNic, 0)}};
+            {"mac", LocalMac(MacKind::PseudoNic, NicNumber(name))}};
 }
 
 class NicListTest : public Testing::CommandTest {
@@ -128,11 +128,12 @@ TEST_F(NicListTest, HostWithoutNicsListsNothing) {
     EXPECT_EQ(list->GetCount(), 0u);
 }
 
+// The host reports duplex 2 for half, and 0 while the link is down.
 TEST_F(NicListTest, DuplexOtherThanOneIsHalfAndDpuIsShown) {
     json half = PciNic("hwnic1");
-    half["duplex"] = 0;
+    half["duplex"] = 2;
     json odd = PciNic("hwnic2");
-    odd["duplex"] = 7;
+    odd["cableConnected"] = false;
     odd["dpuId"] = "dpu-0001";
     UseNics(json::array({half, odd}));
     auto list = RunList({"nic", "list"});
