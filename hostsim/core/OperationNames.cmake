@@ -17,29 +17,22 @@ foreach(source IN LISTS sources)
 endforeach()
 list(REMOVE_DUPLICATES names)
 list(SORT names)
-# One text of the names, each ended by a NUL: an array of views would be a pointer for the loader
-# to relocate per name in every process, for a table that only a fault entry needs.
-list(TRANSFORM names REPLACE "\"$" "\\\\0\"")
-list(JOIN names "\n    " body)
+list(JOIN names ",\n    " body)
 file(WRITE ${OUTPUT}
 "// Made by hostsim/core/OperationNames.cmake from the sources of hostsim/ at build time.
 #include \"hostsim/core/OperationNames.h\"
 
-#include <vector>
-
 namespace HostSim {
 
+namespace {
+
+constexpr std::string_view kNames[] = {
+    ${body}};
+
+}  // namespace
+
 std::span<const std::string_view> OperationNames() {
-    static constexpr char kText[] =
-    ${body};
-    static const std::vector<std::string_view> names = [] {
-        std::vector<std::string_view> split;
-        for (const char* name = kText; name != kText + sizeof kText - 1;
-             name += split.emplace_back(name).size() + 1) {
-        }
-        return split;
-    }();
-    return names;
+    return kNames;
 }
 
 }  // namespace HostSim

@@ -2,7 +2,6 @@
 // host answers, and every change that was acknowledged is there, in order, with at most the one
 // in flight besides.
 #include <signal.h>
-#include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <set>
 #include <sstream>
 
+#include "support/ChildProcess.h"
 #include "support/CommandTest.h"
 
 namespace {
@@ -50,19 +50,7 @@ protected:
     }
 
     std::string IntegrityCheck() {
-        sqlite3* database = nullptr;
-        std::string result = "cannot open";
-        if (sqlite3_open_v2((state_.Path() + "/host.db").c_str(), &database, SQLITE_OPEN_READONLY,
-                            nullptr) == SQLITE_OK) {
-            sqlite3_stmt* statement = nullptr;
-            sqlite3_prepare_v2(database, "PRAGMA integrity_check", -1, &statement, nullptr);
-            result = sqlite3_step(statement) == SQLITE_ROW
-                         ? reinterpret_cast<const char*>(sqlite3_column_text(statement, 0))
-                         : sqlite3_errmsg(database);
-            sqlite3_finalize(statement);
-        }
-        sqlite3_close(database);
-        return result;
+        return Testing::RunSql(state_.Path() + "/host.db", "PRAGMA integrity_check");
     }
 
     // How many port groups named prefix0, prefix1, ... there are, checking they have no gap.
@@ -99,7 +87,7 @@ TEST_F(AutocliCrash, AKilledWriterLeavesAWholeStoreWithEveryAcknowledgedChange) 
             }
         }
         const int acknowledged = KillAfter(batch, 3 + round * 5);
-        EXPECT_EQ(IntegrityCheck(), "ok");
+        EXPECT_EQ(IntegrityCheck(), "ok\n");
         const int present = PortGroupsCalled(prefix);
         EXPECT_GE(present, acknowledged);
         EXPECT_LE(present, acknowledged + 1);

@@ -3,8 +3,6 @@
 // files that are folders, endless or too large.
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,9 +13,8 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "support/ChildProcess.h"
 #include "support/CommandTest.h"
-
-extern char** environ;
 
 namespace {
 
@@ -26,84 +23,19 @@ using Testing::RunAutocli;
 using Testing::RunHostsim;
 using Testing::RunProgram;
 
-// A binary started with standard input and output on pipes this test holds (or, with
-// `readerGone`, output on a pipe whose reader closed before the start), and standard error in a
-// file.
-class Process {
+// autocli or hostsim started beside the test on the state folder given.
+class Process : public Testing::ChildProcess {
 public:
     Process(const std::vector<std::string>& arguments, const std::string& state,
-            bool readerGone = false) {
-        setenv("HOSTSIM_DIR", state.c_str(), 1);
-        setenv("AUTOCLI_PLUGIN_DIR", PLUGIN_DIRECTORY, 1);
-        int input[2];
-        int output[2];
-        EXPECT_EQ(pipe2(input, O_CLOEXEC), 0);
-        EXPECT_EQ(pipe2(output, O_CLOEXEC), 0);
-        if (readerGone) {
-            close(output[0]);
-            output[0] = -1;
-        }
-        errPath_ = errors_.Path() + "/stderr";
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-        posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errPath_.c_str(),
-                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        std::vector<char*> argv;
-        for (const std::string& argument : arguments) {
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        }
-        argv.push_back(nullptr);
-        EXPECT_EQ(posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        close(input[0]);
-        close(output[1]);
-        in_ = input[1];
-        out_ = output[0];
-    }
-    ~Process() {
-        close(in_);
-        close(out_);
-        if (pid_ > 0) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-
-    void Write(const std::string& text) {
-        ASSERT_EQ(write(in_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-    // Reads standard output until it holds `text`.
-    void ReadUntil(const std::string& text) {
-        char buffer[4096];
-        while (out.find(text) == std::string::npos) {
-            const ssize_t count = read(out_, buffer, sizeof buffer);
-            ASSERT_GT(count, 0) << "the output ended before " << text;
-            out.append(buffer, static_cast<size_t>(count));
-        }
-    }
-    void Signal(int signal) { kill(pid_, signal); }
-    // Waits for the end; the exit status, or 128 + the signal that ended it.
-    int Wait() {
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        pid_ = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    std::string Errors() const {
-        std::ifstream file(errPath_);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-
-    std::string out;
+            bool readerGone = false)
+        : ChildProcess((UseState(state), arguments), readerGone) {}
 
 private:
-    Testing::TemporaryDirectory errors_;
-    std::string errPath_;
-    pid_t pid_ = 0;
-    int in_ = -1;
-    int out_ = -1;
+    static int UseState(const std::string& state) {
+        setenv("HOSTSIM_DIR", state.c_str(), 1);
+        setenv("AUTOCLI_PLUGIN_DIR", PLUGIN_DIRECTORY, 1);
+        return 0;
+    }
 };
 
 std::string AdminStatus(const std::string& state, const std::string& nic) {
@@ -177,9 +109,9 @@ TEST(HostileInputEndToEnd, ABatchLetsTheLineInFlightFinishThenStops) {
         ASSERT_EQ(RunAutocli({"network", "nic", "up", "-n", "hwnic1"}, state.Path()).status, 0);
         const std::int64_t ticket = LastTicket(state.Path());
         // Another writer holds the store, so the batch's first change waits in flight.
-        sqlite3* other = nullptr;
-        ASSERT_EQ(sqlite3_open((state.Path() + "/host.db").c_str(), &other), SQLITE_OK);
-        ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+        Testing::ChildProcess other({"sqlite3", "-batch", state.Path() + "/host.db"});
+        other.Write("BEGIN IMMEDIATE;\nSELECT 'held';\n");
+        other.ReadUntil("held");
         Process batch({AUTOCLI_BINARY, "--batch", "-"}, state.Path());
         batch.Write("network nic down -n hwnic1\nnetwork nic down -n hwnic2\n");
         for (int wait = 0; wait < 1000 && LastTicket(state.Path()) == ticket; ++wait) {
@@ -188,8 +120,9 @@ TEST(HostileInputEndToEnd, ABatchLetsTheLineInFlightFinishThenStops) {
         ASSERT_NE(LastTicket(state.Path()), ticket);
         batch.Signal(stop.number);
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
-        sqlite3_close(other);
+        other.Write("COMMIT;\n");
+        other.CloseInput();
+        EXPECT_EQ(other.Wait(), 0) << other.Errors();
         EXPECT_EQ(batch.Wait(), 128 + stop.number);
         EXPECT_EQ(batch.Errors(), std::string("autocli: stopped by ") + stop.name +
                                       " after line 1; the lines after it were not run.\n");

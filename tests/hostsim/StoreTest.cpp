@@ -1,6 +1,5 @@
 // The store: the default host on first use, refusing databases it can't use, migration, and
 // several processes at once.
-#include <sqlite3.h>
 #include <csignal>
 
 #include <unistd.h>
@@ -17,27 +16,18 @@
 #include "hostsim/core/Store.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
+#include "support/ChildProcess.h"
 
 namespace HostSimTesting {
 namespace {
 
 using HostCtl::Lib::HostCtlException;
 using ::testing::HasSubstr;
+using Testing::RunSql;
 
 const std::vector<std::string> kDefaultNics{"hwnic0", "hwnic1", "hwnic2", "hwnic3",
                                             "hwnic4", "hwnic5", "hwnic6", "hwnic7",
                                             "hwnic8", "hwnic9", "hwnic10"};
-
-// Runs SQL on a database file from outside the host, as another program would.
-void Sql(const std::string& path, const std::string& sql) {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
-    char* error = nullptr;
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &error), SQLITE_OK)
-        << (error ? error : "");
-    sqlite3_free(error);
-    sqlite3_close(database);
-}
 
 class StoreTest : public HostTest {
 protected:
@@ -62,34 +52,7 @@ TEST_F(StoreTest, FirstUseMakesTheDefaultHostInWalMode) {
     EXPECT_TRUE(std::filesystem::exists(DatabaseFile()));
     auto result = Testing::RunHostsim({"export"}, Directory());
     EXPECT_EQ(result.status, 0);
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(DatabaseFile().c_str(), &database), SQLITE_OK);
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(database, "PRAGMA journal_mode", -1, &statement, nullptr);
-    ASSERT_EQ(sqlite3_step(statement), SQLITE_ROW);
-    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)), "wal");
-    sqlite3_finalize(statement);
-    sqlite3_close(database);
-}
-
-// The library loads the math library only when SQL first calls a math function; each function
-// must still reach its own namesake there.
-TEST_F(StoreTest, SqlMathFunctionsGiveTheMathLibrarysValues) {
-    HostSim::Database database(Directory() + "/math.db");
-    auto statement = database.Query(
-        "SELECT abs(sin(0.5) - 0.479425538604203) < 1e-12, abs(cos(0) - 1) < 1e-12,"
-        " abs(tan(1) - 1.5574077246549) < 1e-12, abs(asin(1) - 1.5707963267949) < 1e-12,"
-        " abs(acos(0) - 1.5707963267949) < 1e-12, abs(atan(1) - 0.785398163397448) < 1e-12,"
-        " abs(atan2(1, -1) - 2.35619449019234) < 1e-12, abs(sinh(1) - 1.1752011936438) < 1e-12,"
-        " abs(cosh(1) - 1.54308063481524) < 1e-12, abs(tanh(1) - 0.761594155955765) < 1e-12,"
-        " abs(asinh(1) - 0.881373587019543) < 1e-12, abs(acosh(2) - 1.31695789692482) < 1e-12,"
-        " abs(atanh(0.5) - 0.549306144334055) < 1e-12, abs(exp(1) - 2.71828182845905) < 1e-12,"
-        " abs(ln(10) - 2.30258509299405) < 1e-12, pow(2, 10) = 1024, sqrt(2) * sqrt(2) > 1.999,"
-        " mod(7.5, 2) = 1.5, trunc(-2.7) = -2");
-    ASSERT_TRUE(statement.Step());
-    for (int column = 0; column < 19; ++column) {
-        EXPECT_TRUE(statement.Bool(column)) << "column " << column;
-    }
+    EXPECT_EQ(RunSql(DatabaseFile(), "PRAGMA journal_mode"), "wal\n");
 }
 
 TEST_F(StoreTest, StateIsKeptBetweenConnectionsAndDirectoriesAreApart) {
@@ -154,20 +117,20 @@ TEST_F(StoreTest, AStoreThatCantBeUsedIsRefusedAndNothingIsWrittenBesideIt) {
         {"another program's",
          [](const std::string& file) {
              std::filesystem::remove(file);
-             Sql(file, "CREATE TABLE inventory (item TEXT); INSERT INTO inventory VALUES ('x')");
+             RunSql(file, "CREATE TABLE inventory (item TEXT); INSERT INTO inventory VALUES ('x')");
          },
          "is not a host state database"},
         {"truncated to its first page", truncate(4096), "can't be read"},
         {"truncated in the middle", truncate(20000), "can't be read"},
         {"newer store version",
-         [](const std::string& file) { Sql(file, "PRAGMA user_version = 99"); },
+         [](const std::string& file) { RunSql(file, "PRAGMA user_version = 99"); },
          "was written by a newer host (schema version 99, this host knows up to 1)"},
         {"newer subject version",
-         [](const std::string& file) { Sql(file, "UPDATE subject_schema SET version = 50"); },
+         [](const std::string& file) { RunSql(file, "UPDATE subject_schema SET version = 50"); },
          "was written by a newer host (nics schema version 50)"},
         {"unknown subject",
          [](const std::string& file) {
-             Sql(file, "INSERT INTO subject_schema (subject, version) VALUES ('lacp', 2)");
+             RunSql(file, "INSERT INTO subject_schema (subject, version) VALUES ('lacp', 2)");
          },
          "was written by a newer host (lacp schema version 2, a subject this host does not know)"},
     };
@@ -257,13 +220,13 @@ TEST_F(StoreTest, AStateDirectoryThatCantBeMadeIsReported) {
 // from the default profile gets the subject's default data, one from another profile doesn't.
 TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     InitHost({"--scale=2"});
-    Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
+    RunSql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     auto names = AllNicNames();
     EXPECT_EQ(names.size(), 22u);
     EXPECT_EQ(names.back(), "hwnic21");
 
     InitHost({"--profile=" + WriteProfile({{"nics", {PciNic("hwnic0", PciMac(1))}}})});
-    Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
+    RunSql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     Reconnect();
     EXPECT_TRUE(AllNicNames().empty());
 }
@@ -271,15 +234,13 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
 // A process killed inside a write leaves the last committed state, and no lock behind.
 TEST_F(StoreTest, AWriterKilledMidWayLeavesTheLastCommittedState) {
     KelmCtl::Network::PnicImpl("hwnic0").SetLinkState(false);
-    auto statuses = RunInProcesses(1, [&](int) {
-        sqlite3* database = nullptr;
-        sqlite3_open(DatabaseFile().c_str(), &database);
-        sqlite3_exec(database, "BEGIN IMMEDIATE; UPDATE nic SET admin_up = 1; DELETE FROM nic",
-                     nullptr, nullptr, nullptr);
-        raise(SIGKILL);
-        return 0;
-    });
-    EXPECT_EQ(statuses[0], 128 + SIGKILL);
+    Testing::ChildProcess writer({"sqlite3", "-batch", DatabaseFile()});
+    writer.Write(
+        "BEGIN IMMEDIATE; UPDATE nic SET admin_up = 1; DELETE FROM nic;"
+        " SELECT 'inside';\n");
+    writer.ReadUntil("inside");
+    writer.Signal(SIGKILL);
+    EXPECT_EQ(writer.Wait(), 128 + SIGKILL);
     Reconnect();
     EXPECT_EQ(AllNicNames().size(), 11u);
     KelmCtl::Network::PnicImpl("hwnic1").SetLinkState(false);
