@@ -10,10 +10,24 @@ namespace {
 
 constexpr size_t kJsonIndent = 2;
 
+constexpr bool IsPlainAscii(unsigned char c) {
+    return c >= 0x20 && c < 0x80 && c != '"' && c != '\\';
+}
+
 void AppendString(std::string_view text, std::string& out) {
     static constexpr char kHex[] = "0123456789abcdef";
     out.push_back('"');
     while (!text.empty()) {
+        // Runs of ASCII that needs no escape are copied whole: most texts are nothing else.
+        std::size_t plain = 0;
+        while (plain < text.size() && IsPlainAscii(static_cast<unsigned char>(text[plain]))) {
+            ++plain;
+        }
+        out.append(text.data(), plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            break;
+        }
         const Utf8Character character = DecodeCharacter(text);
         const char c = text[0];
         if (!character.valid) {
