@@ -87,7 +87,7 @@ public:
         }
         switch (value->GetType()) {
             case CppTools::MetaObj::MetaTypeString:
-                AppendString(ScalarText(value), out_);
+                AppendString(static_cast<const CppTools::MetaObj::MetaString*>(value)->GetValue(), out_);
                 break;
             case CppTools::MetaObj::MetaTypeStruct: {
                 const auto& fields = static_cast<const MetaStruct*>(value)->GetFields();
