@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/values/Ipv4Text.h"
 
 namespace HostCtl::Network {
 namespace {
@@ -69,11 +70,7 @@ Ipv4Address Ipv4Address::FromValue(std::uint32_t value) {
 }
 
 std::string Ipv4Address::GetStringAddress() const {
-    in_addr address{};
-    address.s_addr = htonl(value_);
-    char text[INET_ADDRSTRLEN];
-    inet_ntop(AF_INET, &address, text, sizeof text);
-    return text;
+    return HostSim::Ipv4Text(value_);
 }
 
 bool Ipv4Address::IsValidAddress(const std::string& text) {

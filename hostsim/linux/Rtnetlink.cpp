@@ -10,6 +10,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/linux/Netstack.h"
+#include "hostsim/values/Ipv4Text.h"
 
 namespace HostSim::Linux {
 
@@ -40,22 +41,8 @@ std::string AddressText(int addressFamily, const nlattr* attribute) {
     }
     const auto* bytes = static_cast<const unsigned char*>(mnl_attr_get_payload(attribute));
     if (addressFamily == AF_INET) {
-        // Dotted quad by hand: inet_ntop formats through sprintf, which a dump of many routes
-        // feels.
-        char text[INET_ADDRSTRLEN];
-        char* end = text;
-        for (int part = 0; part < 4; ++part) {
-            const unsigned value = bytes[part];
-            if (value >= 100) {
-                *end++ = static_cast<char>('0' + value / 100);
-            }
-            if (value >= 10) {
-                *end++ = static_cast<char>('0' + value / 10 % 10);
-            }
-            *end++ = static_cast<char>('0' + value % 10);
-            *end++ = '.';
-        }
-        return std::string(text, end - 1);
+        return Ipv4Text(static_cast<std::uint32_t>(bytes[0]) << 24 | bytes[1] << 16 |
+                        bytes[2] << 8 | bytes[3]);
     }
     char text[INET6_ADDRSTRLEN] = {};
     inet_ntop(addressFamily, bytes, text, sizeof text);
