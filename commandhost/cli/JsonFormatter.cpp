@@ -1,6 +1,8 @@
 // The json formatter: structs are objects with their fields in declared order, lists arrays.
 // A byte that is no UTF-8 becomes U+FFFD, so that the document is valid JSON whatever a host
 // returned.
+#include <array>
+
 #include "commandhost/cli/Formatters.h"
 #include "commandhost/cli/Text.h"
 
@@ -10,9 +12,14 @@ namespace {
 
 constexpr size_t kJsonIndent = 2;
 
-constexpr bool IsPlainAscii(unsigned char c) {
-    return c >= 0x20 && c < 0x80 && c != '"' && c != '\\';
-}
+// For each byte, whether it is ASCII that a JSON string holds as it is: one look-up a byte.
+constexpr auto kPlainAscii = [] {
+    std::array<bool, 256> plain{};
+    for (int c = 0x20; c < 0x80; ++c) {
+        plain[c] = c != '"' && c != '\\';
+    }
+    return plain;
+}();
 
 void AppendString(std::string_view text, std::string& out) {
     static constexpr char kHex[] = "0123456789abcdef";
@@ -20,7 +27,7 @@ void AppendString(std::string_view text, std::string& out) {
     while (!text.empty()) {
         // Runs of ASCII that needs no escape are copied whole: most texts are nothing else.
         std::size_t plain = 0;
-        while (plain < text.size() && IsPlainAscii(static_cast<unsigned char>(text[plain]))) {
+        while (plain < text.size() && kPlainAscii[static_cast<unsigned char>(text[plain])]) {
             ++plain;
         }
         out.append(text.data(), plain);
