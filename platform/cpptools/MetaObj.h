@@ -33,6 +33,8 @@ protected:
 };
 
 class MetaBool final : public MetaValue {
+    friend class MetaStruct;
+
 public:
     static std::shared_ptr<MetaBool> New();
     static std::shared_ptr<MetaBool> New(bool value);
@@ -46,6 +48,8 @@ private:
 };
 
 class MetaInt final : public MetaValue {
+    friend class MetaStruct;
+
 public:
     static std::shared_ptr<MetaInt> New();
     static std::shared_ptr<MetaInt> New(long value);
@@ -59,6 +63,8 @@ private:
 };
 
 class MetaString final : public MetaValue {
+    friend class MetaStruct;
+
 public:
     static std::shared_ptr<MetaString> New();
     static std::shared_ptr<MetaString> New(const char* value);
@@ -149,7 +155,13 @@ public:
     explicit MetaStruct(std::string name) : MetaValue(true), name_(std::move(name)) {}
 
 private:
+    Field* Find(std::string_view name);
+    void Append(std::string_view name, std::shared_ptr<MetaValue> value);
     void Put(std::string_view name, std::shared_ptr<MetaValue> value);
+    // Sets a scalar field of kind `Meta`; one that holds such a scalar referenced from nowhere
+    // else takes `value` in place.
+    template <class Meta, class Value>
+    void Set(std::string_view name, Value&& value);
 
     std::string name_;
     std::vector<Field> fields_;
