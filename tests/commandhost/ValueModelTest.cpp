@@ -33,6 +33,32 @@ TEST(MetaStructTest, KeepsFirstSetOrderAndReplacesInPlace) {
     EXPECT_EQ(structure->GetField("Missing"), nullptr);
 }
 
+// A field's value may be held elsewhere too (another struct, the caller): setting the field
+// then never changes what the others hold. An empty field set to a value of another kind takes
+// that kind.
+TEST(MetaStructTest, SettingAFieldLeavesAValueHeldElsewhereAsItWas) {
+    auto shared = MetaString::New("hwnic0");
+    auto first = MetaStruct::New("Nic");
+    auto second = MetaStruct::New("Nic");
+    first->SetField("Name", shared);
+    second->SetField("Name", shared);
+    first->SetField("Name", std::string("hwnic1"));
+    EXPECT_EQ(shared->GetValue(), "hwnic0");
+    EXPECT_EQ(std::dynamic_pointer_cast<MetaString>(second->GetField("Name"))->GetValue(),
+              "hwnic0");
+    EXPECT_EQ(std::dynamic_pointer_cast<MetaString>(first->GetField("Name"))->GetValue(),
+              "hwnic1");
+
+    auto row = MetaStruct::New("Nic");
+    row->SetField("Speed", MetaString::New());
+    row->SetField("Speed", 10L);
+    ASSERT_EQ(row->GetField("Speed")->GetType(), CppTools::MetaObj::MetaTypeInt);
+    row->SetField("Name", MetaString::New());
+    EXPECT_FALSE(row->GetField("Name")->HasValue());
+    row->SetField("Name", "hwnic2");
+    EXPECT_TRUE(row->GetField("Name")->HasValue());
+}
+
 TEST(MetaStructTest, StringVectorBecomesAListOfStrings) {
     auto structure = MetaStruct::New(std::string("Policy"));
     structure->SetField("Active", std::vector<std::string>{"hwnic0", "hwnic1"});
