@@ -18,6 +18,7 @@
 #include "hostsim/linux/Connections.h"
 #include "hostsim/linux/Netlink.h"
 #include "hostsim/linux/Netstack.h"
+#include "hostsim/values/Ipv4Text.h"
 
 namespace HostSim::Linux {
 
@@ -82,6 +83,9 @@ std::uint8_t Protocol(Live::SocketKind kind) {
 }
 
 std::string AddressText(int family, const __be32* address) {
+    if (family == AF_INET) {
+        return Ipv4Text(ntohl(address[0]));
+    }
     char text[INET6_ADDRSTRLEN];
     return inet_ntop(family, address, text, sizeof text) != nullptr ? text : std::string();
 }

@@ -27,19 +27,24 @@ std::string Join(std::initializer_list<Detail::StrBuf> pieces) {
 
 }  // namespace
 
+// Formats once into a buffer on the stack, which holds nearly every text asked for, and again
+// at the size measured only for a longer one.
 std::string StrPrintf(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    va_list measuring;
-    va_copy(measuring, arguments);
-    int size = std::vsnprintf(nullptr, 0, format, measuring);
-    va_end(measuring);
-    std::string text;
-    if (size > 0) {
-        text.resize(static_cast<std::size_t>(size));
-        std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-    }
+    va_list again;
+    va_copy(again, arguments);
+    char buffer[256];
+    const int size = std::vsnprintf(buffer, sizeof buffer, format, arguments);
     va_end(arguments);
+    std::string text;
+    if (size > 0 && static_cast<std::size_t>(size) < sizeof buffer) {
+        text.assign(buffer, static_cast<std::size_t>(size));
+    } else if (size > 0) {
+        text.resize(static_cast<std::size_t>(size));
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
+    va_end(again);
     return text;
 }
 

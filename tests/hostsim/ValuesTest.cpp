@@ -33,6 +33,11 @@ TEST(MacAddressTest, TextFormIsLowerCaseAndInvalidTextIsAllZeros) {
 TEST(StringHelpersTest, StrPrintfFormatsAnyLength) {
     EXPECT_EQ(HostCtl::Misc::StrPrintf("%u%s/%s", 25000u, "BaseCR1", "Full"), "25000BaseCR1/Full");
     EXPECT_EQ(HostCtl::Misc::StrPrintf("%s", ""), "");
+    // Around the size formatted in one pass, and far beyond it.
+    for (std::size_t length : {254, 255, 256, 257}) {
+        const std::string text(length, 'y');
+        EXPECT_EQ(HostCtl::Misc::StrPrintf("%s", text.c_str()), text) << length;
+    }
     std::string longText(1000, 'x');
     EXPECT_EQ(HostCtl::Misc::StrPrintf("<%s>%d", longText.c_str(), INT_MIN),
               "<" + longText + ">" + std::to_string(INT_MIN));
