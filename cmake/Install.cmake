@@ -56,6 +56,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 # own.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The live host's module loads libpci, and the PCI database behind it, only when it first names
-# a NIC on PCI: no binary names them, so they are said here.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libpci3, pci.ids")
+# a NIC on PCI, and libnftables only for the firewall: no binary names them, so they are said
+# here.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libpci3, pci.ids, libnftables1")
 include(CPack)

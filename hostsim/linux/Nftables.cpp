@@ -1,5 +1,6 @@
 #include "hostsim/linux/Nftables.h"
 
+#include <dlfcn.h>
 #include <endian.h>
 #include <linux/netfilter/nf_tables.h>
 #include <linux/netfilter/nfnetlink.h>
@@ -7,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <type_traits>
 
 #include "hostctl/HostCtlException.h"
 
@@ -15,6 +17,48 @@ namespace HostSim::Linux {
 using HostCtl::Lib::HostCtlException;
 
 namespace {
+
+// libnftables, opened when the firewall first asks for it: with the five libraries it brings, it
+// costs a process about 0.8 ms to map and bind, which no other command should pay.
+struct NftablesLibrary {
+    decltype(&nft_ctx_new) contextNew;
+    decltype(&nft_ctx_free) contextFree;
+    decltype(&nft_ctx_buffer_output) bufferOutput;
+    decltype(&nft_ctx_buffer_error) bufferError;
+    decltype(&nft_ctx_get_output_buffer) outputBuffer;
+    decltype(&nft_ctx_get_error_buffer) errorBuffer;
+    decltype(&nft_ctx_output_set_flags) setOutputFlags;
+    decltype(&nft_run_cmd_from_buffer) runCommands;
+};
+
+// Throws HostCtlException naming the library's loader's words when it can't be opened.
+const NftablesLibrary& Library() {
+    static const NftablesLibrary library = [] {
+        void* handle = dlopen("libnftables.so.1", RTLD_NOW | RTLD_LOCAL);
+        if (handle == nullptr) {
+            throw HostCtlException("The nftables library can't be loaded: " +
+                                   std::string(dlerror()));
+        }
+        const auto find = [handle](auto& function, const char* name) {
+            function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(
+                dlsym(handle, name));
+            if (function == nullptr) {
+                throw HostCtlException("The nftables library has no " + std::string(name));
+            }
+        };
+        NftablesLibrary found{};
+        find(found.contextNew, "nft_ctx_new");
+        find(found.contextFree, "nft_ctx_free");
+        find(found.bufferOutput, "nft_ctx_buffer_output");
+        find(found.bufferError, "nft_ctx_buffer_error");
+        find(found.outputBuffer, "nft_ctx_get_output_buffer");
+        find(found.errorBuffer, "nft_ctx_get_error_buffer");
+        find(found.setOutputFlags, "nft_ctx_output_set_flags");
+        find(found.runCommands, "nft_run_cmd_from_buffer");
+        return found;
+    }();
+    return library;
+}
 
 // What the library says of a refusal: the words after "Error: " on its first error line, less
 // the library's own lead-in where the kernel refused ("Could not process rule: File exists").
@@ -72,33 +116,33 @@ std::string CommentOfUserData(const nlattr* userData) {
 
 }  // namespace
 
-Nftables::Nftables() : context_(nft_ctx_new(NFT_CTX_DEFAULT)) {
+Nftables::Nftables() : context_(Library().contextNew(NFT_CTX_DEFAULT)) {
     if (context_ == nullptr) {
         throw HostCtlException("The nftables library can't make a context: " +
                                std::string(std::strerror(errno)));
     }
-    nft_ctx_buffer_output(context_);
-    nft_ctx_buffer_error(context_);
+    Library().bufferOutput(context_);
+    Library().bufferError(context_);
 }
 
 Nftables::~Nftables() {
-    nft_ctx_free(context_);
+    Library().contextFree(context_);
 }
 
 std::string Nftables::Execute(const std::string& commands) {
-    if (nft_run_cmd_from_buffer(context_, commands.c_str()) != 0) {
-        throw HostCtlException(RefusalWords(nft_ctx_get_error_buffer(context_)));
+    if (Library().runCommands(context_, commands.c_str()) != 0) {
+        throw HostCtlException(RefusalWords(Library().errorBuffer(context_)));
     }
-    return nft_ctx_get_output_buffer(context_);
+    return Library().outputBuffer(context_);
 }
 
 void Nftables::Run(const std::string& commands) {
-    nft_ctx_output_set_flags(context_, 0);
+    Library().setOutputFlags(context_, 0);
     Execute(commands);
 }
 
 nlohmann::json Nftables::List(const std::string& command) {
-    nft_ctx_output_set_flags(context_, NFT_CTX_OUTPUT_JSON | NFT_CTX_OUTPUT_HANDLE);
+    Library().setOutputFlags(context_, NFT_CTX_OUTPUT_JSON | NFT_CTX_OUTPUT_HANDLE);
     nlohmann::json listing = nlohmann::json::parse(Execute(command), nullptr, false);
     if (listing.is_discarded() || !listing.contains("nftables")) {
         throw HostCtlException("The nftables library answered \"" + command +

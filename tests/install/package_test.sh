@@ -19,6 +19,10 @@ depends=$(dpkg-deb -f "$deb" Depends)
 for dependency in libc6 libstdc++6; do
     [[ $depends == *"$dependency ("* ]] || fail "Depends lacks $dependency: $depends"
 done
+# The libraries the live host's module opens when it first needs them, which no binary names.
+for dependency in libpci3 pci.ids libnftables1; do
+    [[ ", $depends," == *", $dependency,"* ]] || fail "Depends lacks $dependency: $depends"
+done
 # The package's own libraries are no dependency of it.
 [[ $depends != *autocli* && $depends != *cpptools* && $depends != *kelmctl* ]] ||
     fail "Depends names the package's own libraries: $depends"

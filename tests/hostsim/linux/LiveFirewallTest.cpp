@@ -247,6 +247,19 @@ TEST_F(LiveFirewall, FirewallSetTurnsTheWholeTableOffAndChangesTheDefaultAction)
     EXPECT_EQ(ChainNamed(Table(), "outbound")["policy"], "drop");
 }
 
+// libnftables is the firewall's alone: another command on the live host never loads it.
+TEST_F(LiveFirewall, OnlyTheFirewallLoadsTheNftablesLibrary) {
+    const std::map<std::string, std::string> tracing = {{"LD_DEBUG", "libs"}};
+    const auto nics = LiveAutocli({"network", "nic", "list"}, tracing);
+    ASSERT_EQ(nics.status, 0) << nics.err;
+    EXPECT_NE(nics.err.find("liblinuxhost.so"), std::string::npos) << nics.err;
+    EXPECT_EQ(nics.err.find("libnftables"), std::string::npos);
+    const auto firewall = LiveAutocli({"network", "firewall", "load"}, tracing);
+    ASSERT_EQ(firewall.status, 0) << firewall.err;
+    EXPECT_NE(firewall.err.find("libnftables"), std::string::npos);
+    ASSERT_EQ(LiveAutocli({"network", "firewall", "unload"}).status, 0);
+}
+
 TEST_F(LiveFirewall, NoCommandChangesAnotherTable) {
     Witness(kOtherTable);
     const json before = Listing("inet kelmlab");
