@@ -12,74 +12,53 @@ namespace {
 
 constexpr size_t kJsonIndent = 2;
 
-// For each byte, whether it is ASCII that a JSON string holds as it is: one look-up a byte.
-constexpr auto kPlainAscii = [] {
-    std::array<bool, 256> plain{};
-    for (int c = 0x20; c < 0x80; ++c) {
-        plain[c] = c != '"' && c != '\\';
-    }
-    return plain;
-}();
-
-void AppendString(std::string_view text, std::string& out) {
-    static constexpr char kHex[] = "0123456789abcdef";
-    out.push_back('"');
-    while (!text.empty()) {
-        // Runs of ASCII that needs no escape are copied whole: most texts are nothing else.
-        std::size_t plain = 0;
-        while (plain < text.size() && kPlainAscii[static_cast<unsigned char>(text[plain])]) {
-            ++plain;
-        }
-        out.append(text.data(), plain);
-        text.remove_prefix(plain);
-        if (text.empty()) {
-            break;
-        }
-        const Utf8Character character = DecodeCharacter(text);
-        const char c = text[0];
-        if (!character.valid) {
-            AppendUtf8(kReplacementCharacter, out);
-            text.remove_prefix(1);
-            continue;
-        }
-        if (character.bytes > 1) {
-            out.append(text.substr(0, character.bytes));
-            text.remove_prefix(character.bytes);
-            continue;
-        }
-        text.remove_prefix(1);
-        switch (c) {
-            case '"':
-                out.append("\\\"");
-                break;
-            case '\\':
-                out.append("\\\\");
-                break;
-            case '\n':
-                out.append("\\n");
-                break;
-            case '\r':
-                out.append("\\r");
-                break;
-            case '\t':
-                out.append("\\t");
-                break;
-            case '\b':
-                out.append("\\b");
-                break;
-            case '\f':
-                out.append("\\f");
-                break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20) {
+// ASCII a JSON string holds as it is; every character beyond ASCII it holds too.
+constexpr TextEscaping kJsonEscaping = {
+    .plain =
+        [] {
+            std::array<bool, 256> plain{};
+            for (int c = 0x20; c < 0x80; ++c) {
+                plain[c] = c != '"' && c != '\\';
+            }
+            return plain;
+        }(),
+    .escapeAscii =
+        [](char c, std::string& out) {
+            static constexpr char kHex[] = "0123456789abcdef";
+            switch (c) {
+                case '"':
+                    out.append("\\\"");
+                    break;
+                case '\\':
+                    out.append("\\\\");
+                    break;
+                case '\n':
+                    out.append("\\n");
+                    break;
+                case '\r':
+                    out.append("\\r");
+                    break;
+                case '\t':
+                    out.append("\\t");
+                    break;
+                case '\b':
+                    out.append("\\b");
+                    break;
+                case '\f':
+                    out.append("\\f");
+                    break;
+                default:
                     out.append("\\u00");
                     out.push_back(kHex[(c >> 4) & 0xF]);
                     out.push_back(kHex[c & 0xF]);
-                } else {
-                    out.push_back(c);
-                }
-        }
-    }
+            }
+        },
+    .carries = [](char32_t) { return true; },
+};
+
+void AppendString(std::string_view text, std::string& out) {
+    out.push_back('"');
+    AppendEscaped(text, kJsonEscaping, out);
     out.push_back('"');
 }
 
@@ -94,7 +73,8 @@ public:
         }
         switch (value->GetType()) {
             case CppTools::MetaObj::MetaTypeString:
-                AppendString(static_cast<const CppTools::MetaObj::MetaString*>(value)->GetValue(), out_);
+                AppendString(static_cast<const CppTools::MetaObj::MetaString*>(value)->GetValue(),
+                             out_);
                 break;
             case CppTools::MetaObj::MetaTypeStruct: {
                 const auto& fields = static_cast<const MetaStruct*>(value)->GetFields();

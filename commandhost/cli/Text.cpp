@@ -124,6 +124,29 @@ Utf8Character DecodeCharacter(std::string_view text) {
     return {code, length, true};
 }
 
+void AppendEscaped(std::string_view text, const TextEscaping& escaping, std::string& out) {
+    while (!text.empty()) {
+        std::size_t plain = 0;
+        while (plain < text.size() && escaping.plain[static_cast<unsigned char>(text[plain])]) {
+            ++plain;
+        }
+        out.append(text.data(), plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            break;
+        }
+        const Utf8Character character = DecodeCharacter(text);
+        if (character.valid && character.bytes == 1) {
+            escaping.escapeAscii(text[0], out);
+        } else if (character.valid && escaping.carries(character.code)) {
+            out.append(text.substr(0, character.bytes));
+        } else {
+            AppendUtf8(kReplacementCharacter, out);
+        }
+        text.remove_prefix(character.bytes);
+    }
+}
+
 void AppendUtf8(char32_t code, std::string& out) {
     if (code < 0x80) {
         out.push_back(static_cast<char>(code));

@@ -2,6 +2,8 @@
 // not be sent, and wrapping at blanks.
 #pragma once
 
+#include <array>
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +24,17 @@ Utf8Character DecodeCharacter(std::string_view text);
 void AppendUtf8(char32_t code, std::string& out);
 // What stands for a character that can't be given: U+FFFD, the replacement character.
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
+
+// How a format writes text: which ASCII bytes stand as they are, how it writes the other ASCII
+// bytes, and which characters beyond ASCII it can carry (the others become U+FFFD).
+struct TextEscaping {
+    std::array<bool, 256> plain;
+    void (*escapeAscii)(char c, std::string& out);
+    bool (*carries)(char32_t code);
+};
+// Appends `text` to `out` as `escaping` says, each byte that is no UTF-8 as U+FFFD: whatever the
+// bytes, the format stays well-formed. Runs of plain bytes, most texts, are copied whole.
+void AppendEscaped(std::string_view text, const TextEscaping& escaping, std::string& out);
 
 // Columns that a character takes on a terminal: 0 for a combining mark or another character
 // drawn over its neighbour, 2 for a wide one (East Asian wide and fullwidth, emoji), else 1.

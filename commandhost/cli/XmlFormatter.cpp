@@ -3,6 +3,8 @@
 // character XML 1.0 can't carry (C0 controls other than tab, line feed and carriage return;
 // U+FFFE, U+FFFF) become U+FFFD, and carriage returns, which a parser would turn into line
 // feeds, are written as references.
+#include <array>
+
 #include "commandhost/cli/Formatters.h"
 #include "commandhost/cli/Text.h"
 
@@ -12,53 +14,47 @@ namespace {
 
 constexpr size_t kXmlIndent = 2;
 
-bool XmlCanCarry(char32_t code) {
-    return code == '\t' || code == '\n' || code == '\r' ||
-           (code >= 0x20 && code != 0xFFFE && code != 0xFFFF);
-}
-
-void AppendEscaped(std::string_view text, std::string& out) {
-    while (!text.empty()) {
-        const Utf8Character character = DecodeCharacter(text);
-        const char c = text[0];
-        if (!character.valid || !XmlCanCarry(character.code)) {
-            AppendUtf8(kReplacementCharacter, out);
-            text.remove_prefix(character.bytes);
-            continue;
-        }
-        if (character.bytes > 1) {
-            out.append(text.substr(0, character.bytes));
-            text.remove_prefix(character.bytes);
-            continue;
-        }
-        text.remove_prefix(1);
-        switch (c) {
-            case '&':
-                out.append("&amp;");
-                break;
-            case '<':
-                out.append("&lt;");
-                break;
-            case '>':
-                out.append("&gt;");
-                break;
-            case '"':
-                out.append("&quot;");
-                break;
-            case '\r':
-                out.append("&#13;");
-                break;
-            case '\t':
-                out.append("&#9;");
-                break;
-            case '\n':
-                out.append("&#10;");
-                break;
-            default:
-                out.push_back(c);
-        }
-    }
-}
+// ASCII that XML text holds as it is; a C0 control other than tab, line feed and carriage
+// return it can't carry at all, nor U+FFFE and U+FFFF.
+constexpr TextEscaping kXmlEscaping = {
+    .plain =
+        [] {
+            std::array<bool, 256> plain{};
+            for (int c = 0x20; c < 0x80; ++c) {
+                plain[c] = c != '&' && c != '<' && c != '>' && c != '"';
+            }
+            return plain;
+        }(),
+    .escapeAscii =
+        [](char c, std::string& out) {
+            switch (c) {
+                case '&':
+                    out.append("&amp;");
+                    break;
+                case '<':
+                    out.append("&lt;");
+                    break;
+                case '>':
+                    out.append("&gt;");
+                    break;
+                case '"':
+                    out.append("&quot;");
+                    break;
+                case '\r':
+                    out.append("&#13;");
+                    break;
+                case '\t':
+                    out.append("&#9;");
+                    break;
+                case '\n':
+                    out.append("&#10;");
+                    break;
+                default:
+                    AppendUtf8(kReplacementCharacter, out);
+            }
+        },
+    .carries = [](char32_t code) { return code != 0xFFFE && code != 0xFFFF; },
+};
 
 const char* ElementName(const MetaValue* value) {
     switch (value->GetType()) {
@@ -90,14 +86,14 @@ void AppendValue(const MetaValue* value, size_t depth, std::string& out) {
     out.append("<").append(name);
     if (IsScalar(value)) {
         out.append(">");
-        AppendEscaped(ScalarText(value), out);
+        AppendEscaped(ScalarText(value), kXmlEscaping, out);
         out.append("</").append(name).append(">\n");
         return;
     }
     if (value->GetType() == CppTools::MetaObj::MetaTypeStruct) {
         const auto& structure = static_cast<const MetaStruct&>(*value);
         out.append(" name=\"");
-        AppendEscaped(structure.GetName(), out);
+        AppendEscaped(structure.GetName(), kXmlEscaping, out);
         if (structure.GetFields().empty()) {
             out.append("\"/>\n");
             return;
@@ -106,7 +102,7 @@ void AppendValue(const MetaValue* value, size_t depth, std::string& out) {
         for (const auto& field : structure.GetFields()) {
             Indent(depth + 1, out);
             out.append("<field name=\"");
-            AppendEscaped(field.first, out);
+            AppendEscaped(field.first, kXmlEscaping, out);
             out.append("\">\n");
             AppendValue(field.second.get(), depth + 2, out);
             Indent(depth + 1, out);
