@@ -6,8 +6,8 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,9 +15,9 @@
 
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
+#include "hostsim/firewall/FirewallRecord.h"
 #include "hostsim/ip/NetstackRecord.h"
 #include "hostsim/linux/IpServices.h"
-#include "hostsim/firewall/FirewallRecord.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {
@@ -68,7 +68,9 @@ public:
     virtual void SetQueues(const std::string& name,
                            const HostCtl::Network::PnicNetqueueParams& params) = 0;
 
-    // Diagnostics the driver offers.
+    // Diagnostics the driver offers. The driver's name, version, firmware and bus, into `info`;
+    // a driver that answers no ethtool request leaves it as it was.
+    virtual void GetDriverInfo(const std::string& name, HostCtl::Network::PnicDriverInfo& info) = 0;
     virtual void DumpRegisters(const std::string& name, std::vector<std::uint32_t>& words) = 0;
     // The bytes from `offset`, `length` of them (0: to the end), cut at the EEPROM's end.
     virtual void GetEeprom(const std::string& name, std::vector<unsigned char>& data,

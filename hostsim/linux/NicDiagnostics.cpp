@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "hostctl/HostCtlException.h"
 #include "hostsim/linux/Nics.h"
 
 namespace HostSim::Linux {
@@ -101,6 +102,19 @@ void Nics::SetEeprom(const std::string& name, std::uint32_t magic, std::uint32_t
     buffer.Record()->len = static_cast<std::uint32_t>(bytes.size());
     std::copy(bytes.begin(), bytes.end(), buffer.Data());
     EthtoolIoctl(name, buffer.Record());
+}
+
+void Nics::GetDriverInfo(const std::string& name, HostCtl::Network::PnicDriverInfo& info) {
+    ethtool_drvinfo driver{};
+    try {
+        driver = DriverInfo(name);
+    } catch (const HostCtl::Lib::HostCtlException&) {
+        return;
+    }
+    info.driver = driver.driver;
+    info.version = driver.version;
+    info.firmwareVersion = driver.fw_version;
+    info.busInfo = driver.bus_info;
 }
 
 void Nics::RestartNegotiation(const std::string& name) {

@@ -123,17 +123,20 @@ std::unique_ptr<NicRecord> MakeRecord(const Link& link) {
     record->cableConnected = (link.flags & IFF_LOWER_UP) != 0;
     record->mac = link.mac;
     record->mtu = link.mtu;
-    ethtool_drvinfo driver{};
-    driver.cmd = ETHTOOL_GDRVINFO;
-    try {
-        EthtoolIoctl(link.name, &driver);
-        record->driver = driver.driver;
-        record->driverVersion = driver.version;
-        record->firmwareVersion = driver.fw_version;
-        record->busInfo = driver.bus_info;
-    } catch (const HostCtlException&) {
-        // A link whose driver answers no ethtool request still is what the link table says.
-        record->driver = link.kind;
+    // A pseudo NIC's kind (veth, tun, dummy) is its driver's name. The driver of a bus device,
+    // and its bus, are asked of the driver, one ioctl a NIC; the rest of what the driver tells of
+    // itself is asked when wanted (GetDriverInfo).
+    record->driver = link.kind;
+    if (!link.parentDevice.empty() || link.kind.empty()) {
+        ethtool_drvinfo driver{};
+        driver.cmd = ETHTOOL_GDRVINFO;
+        try {
+            EthtoolIoctl(link.name, &driver);
+            record->driver = driver.driver;
+            record->busInfo = driver.bus_info;
+        } catch (const HostCtlException&) {
+            // A link whose driver answers no ethtool request still is what the link table says.
+        }
     }
     if (!link.parentDevice.empty() && IsPciAddress(record->busInfo)) {
         record->pciAddress = record->busInfo;

@@ -44,6 +44,7 @@ public:
                    const HostCtl::Network::PnicNetqueueParams& params) override;
 
     // Diagnostics through the ethtool ioctl (NicDiagnostics.cpp).
+    void GetDriverInfo(const std::string& name, HostCtl::Network::PnicDriverInfo& info) override;
     void DumpRegisters(const std::string& name, std::vector<std::uint32_t>& words) override;
     void GetEeprom(const std::string& name, std::vector<unsigned char>& data, std::uint32_t length,
                    std::uint32_t offset) override;

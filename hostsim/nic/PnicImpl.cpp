@@ -180,6 +180,9 @@ void PnicImpl::GetPnicDriverInfo(HostCtl::Network::PnicDriverInfo& info) const {
     info.version = record_->driverVersion;
     info.firmwareVersion = record_->firmwareVersion;
     info.busInfo = record_->busInfo;
+    if (auto* live = HostSim::LiveHost()) {
+        live->Nics().GetDriverInfo(record_->name, info);
+    }
 }
 
 }  // namespace KelmCtl::Network

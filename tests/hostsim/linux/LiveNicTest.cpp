@@ -80,6 +80,22 @@ TEST_F(LiveNic, ListsTheEthernetLinksThatStandForNicsAndNothingElse) {
     Witness("ip link del br0");
 }
 
+// Each kind of pseudo NIC shows the driver ethtool names for it: a veth, and a tap and a dummy
+// where the kernel has them.
+TEST_F(LiveNic, EveryKindOfPseudoNicShowsItsDriverAsEthtoolNamesIt) {
+    Witness("ip tuntap add t0 mode tap 2>/dev/null; ip link add d0 type dummy 2>/dev/null; true");
+    const auto rows = Rows(RunList({"nic", "list"}));
+    ASSERT_GE(rows.size(), 2u);
+    for (const auto& row : rows) {
+        const std::string name = Str(row, "Name");
+        SCOPED_TRACE(name);
+        const std::string ethtool = Witness("ethtool -i " + name);
+        const auto driver = ethtool.find("driver: ") + 8;
+        EXPECT_EQ(Str(row, "Driver"), ethtool.substr(driver, ethtool.find('\n', driver) - driver));
+    }
+    Witness("ip link del d0 2>/dev/null; ip tuntap del t0 mode tap 2>/dev/null; true");
+}
+
 // The whole process, in JSON, against ip: name, MAC, MTU, administrative and link state.
 TEST_F(LiveNic, TheJsonListingAgreesWithIp) {
     Witness("ip link set v1 mtu 9000 && ip link set v0 up");
