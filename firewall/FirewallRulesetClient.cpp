@@ -1,6 +1,6 @@
 // Counting the clients of a ruleset.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -42,8 +42,6 @@ constexpr Declare::CommandShape kFirewallRulesetClientGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kClient,
 };
-const Declare::PackedShape FirewallRulesetClientGet::kShape =
-    Declare::Pack<kFirewallRulesetClientGetShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetClientAddShape = {
     .description =
@@ -54,8 +52,6 @@ constexpr Declare::CommandShape kFirewallRulesetClientAddShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetClientAdd::kShape =
-    Declare::Pack<kFirewallRulesetClientAddShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetClientRemoveShape = {
     .description =
@@ -66,11 +62,8 @@ constexpr Declare::CommandShape kFirewallRulesetClientRemoveShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetClientRemove::kShape =
-    Declare::Pack<kFirewallRulesetClientRemoveShape>();
 
-void FirewallRulesetClientGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientGet, kFirewallRulesetClientGetShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         auto client = GetOutputStructure();
         client->SetField(kClientCount, static_cast<long>(ruleset.GetClientCount()));
@@ -78,16 +71,14 @@ void FirewallRulesetClientGet::ExecuteInternal(const std::shared_ptr<Input>& inp
     });
 }
 
-void FirewallRulesetClientAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientAdd, kFirewallRulesetClientAddShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         ruleset.AddClient();
         output->SetRootObject(MetaBool::New(true));
     });
 }
 
-void FirewallRulesetClientRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientRemove, kFirewallRulesetClientRemoveShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         ruleset.RemoveClient();
         output->SetRootObject(MetaBool::New(true));

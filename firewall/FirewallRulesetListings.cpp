@@ -1,6 +1,6 @@
 // Listings over the rulesets: the rulesets themselves, their rules, and their allowed addresses.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/SystemInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -111,7 +111,7 @@ void ListRulesets(const Input& input, Output& output, std::shared_ptr<MetaStruct
 }
 
 void WriteRulesetRow(FirewallRuleset& ruleset, MetaList& rows) {
-    auto row = FirewallRulesetList::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kRuleset>());
     row->SetField(kName, ruleset.GetRulesetId());
     row->SetField(kEnabled, ruleset.IsEnabled());
     row->SetField(kEnabledConfigurable, !ruleset.IsEnabledFixed());
@@ -122,7 +122,7 @@ void WriteRulesetRow(FirewallRuleset& ruleset, MetaList& rows) {
 void WriteRuleRows(FirewallRuleset& ruleset, MetaList& rows) {
     const std::string id = ruleset.GetRulesetId();
     for (const auto& rule : ruleset.GetRules()) {
-        auto row = FirewallRulesetRuleList::GetOutputStructure();
+        auto row = Declare::MakeStruct(Declare::PackStruct<kRule>());
         row->SetField(kRulesetColumn, id);
         row->SetField(kPortType, rule->portType == kDestinationPort ? kDestination : kSource);
         row->SetField(kPortBegin, static_cast<long>(rule->portBegin));
@@ -135,7 +135,7 @@ void WriteRuleRows(FirewallRuleset& ruleset, MetaList& rows) {
 
 // Addresses before networks, IPv4 before IPv6.
 void WriteAllowedIpRow(FirewallRuleset& ruleset, MetaList& rows) {
-    auto row = FirewallRulesetAllowedipList::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kAllowedIp>());
     row->SetField(kRulesetColumn, ruleset.GetRulesetId());
     auto addresses = MetaList::New(CppTools::MetaObj::MetaTypeString);
     if (ruleset.IsAllowedAll()) {
@@ -169,7 +169,6 @@ constexpr Declare::CommandShape kFirewallRulesetListShape = {
     .root = Declare::Root::List,
     .structure = &kRuleset,
 };
-const Declare::PackedShape FirewallRulesetList::kShape = Declare::Pack<kFirewallRulesetListShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
     .description = "List the rules of each ruleset in firewall.",
@@ -179,8 +178,6 @@ constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
     .root = Declare::Root::List,
     .structure = &kRule,
 };
-const Declare::PackedShape FirewallRulesetRuleList::kShape =
-    Declare::Pack<kFirewallRulesetRuleListShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetAllowedipListShape = {
     .description = "List allowed IP addresses for rulesets.",
@@ -190,21 +187,16 @@ constexpr Declare::CommandShape kFirewallRulesetAllowedipListShape = {
     .root = Declare::Root::List,
     .structure = &kAllowedIp,
 };
-const Declare::PackedShape FirewallRulesetAllowedipList::kShape =
-    Declare::Pack<kFirewallRulesetAllowedipListShape>();
 
-void FirewallRulesetList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetList, kFirewallRulesetListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteRulesetRow);
 }
 
-void FirewallRulesetRuleList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetRuleList, kFirewallRulesetRuleListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteRuleRows);
 }
 
-void FirewallRulesetAllowedipList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetAllowedipList, kFirewallRulesetAllowedipListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteAllowedIpRow);
 }
 

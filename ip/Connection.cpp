@@ -2,9 +2,9 @@
 // the world that owns each.
 #include <string_view>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/RouteCommands.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/ResourceInfoImpl.h"
 
@@ -119,10 +119,8 @@ constexpr Declare::CommandShape kIpConnectionListShape = {
     .root = Declare::Root::List,
     .structure = &kConnection,
 };
-const Declare::PackedShape IpConnectionList::kShape = Declare::Pack<kIpConnectionListShape>();
 
-void IpConnectionList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpConnectionList, kIpConnectionListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         std::string selector = kAll;

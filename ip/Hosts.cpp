@@ -1,6 +1,6 @@
 // `network ip hosts list|add|remove`: the user's entries of the hosts file.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/NameServiceCommands.h"
 #include "kelmctl/HostsFile.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -56,24 +56,20 @@ constexpr Declare::CommandShape kIpHostsListShape = {
     .root = Declare::Root::List,
     .structure = &kHostEntry,
 };
-const Declare::PackedShape IpHostsList::kShape = Declare::Pack<kIpHostsListShape>();
 
 constexpr Declare::CommandShape kIpHostsAddShape = {
     .description = "Add association of IP addresses with host names.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpHostsAdd::kShape = Declare::Pack<kIpHostsAddShape>();
 
 constexpr Declare::CommandShape kIpHostsRemoveShape = {
     .description = "Remove association of IP addresses with host names.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpHostsRemove::kShape = Declare::Pack<kIpHostsRemoveShape>();
 
-void IpHostsList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsList, kIpHostsListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         KelmCtl::Network::HostsFile hostsFile;
@@ -95,8 +91,7 @@ void IpHostsList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void IpHostsAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsAdd, kIpHostsAddShape) {
     try {
         const std::string& ip = input->GetParameter(kIpParameter);
         const std::string& hostName = input->GetParameter(kHostNameParameter);
@@ -111,8 +106,7 @@ void IpHostsAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpHostsRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsRemove, kIpHostsRemoveShape) {
     try {
         const std::string& ip = input->GetParameter(kIpParameter);
         const std::string& hostName = input->GetParameter(kHostNameParameter);

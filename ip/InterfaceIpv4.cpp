@@ -1,7 +1,7 @@
 // `network ip interface ipv4 get` (also `ipv4 address list`) and `network ip interface ipv4
 // set`: the IPv4 settings of Kelm interfaces.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
@@ -161,10 +161,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv4GetShape = {
     .root = Declare::Root::List,
     .structure = &kIpv4Interface,
 };
-const Declare::PackedShape IpInterfaceIpv4Get::kShape = Declare::Pack<kIpInterfaceIpv4GetShape>();
 
-void IpInterfaceIpv4Get::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv4Get, kIpInterfaceIpv4GetShape) {
     try {
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
         const std::string& netstack = input->GetParameter(kNetstackParameter);
@@ -219,10 +217,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv4SetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv4Set::kShape = Declare::Pack<kIpInterfaceIpv4SetShape>();
 
-void IpInterfaceIpv4Set::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv4Set, kIpInterfaceIpv4SetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;

@@ -1,8 +1,8 @@
 // `network ip interface ipv6 get|set` and `network ip interface ipv6 address list|add|remove`:
 // the IPv6 settings and addresses of Kelm interfaces.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
@@ -190,10 +190,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6GetShape = {
     .root = Declare::Root::List,
     .structure = &kSettingsStruct,
 };
-const Declare::PackedShape IpInterfaceIpv6Get::kShape = Declare::Pack<kIpInterfaceIpv6GetShape>();
 
-void IpInterfaceIpv6Get::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6Get, kIpInterfaceIpv6GetShape) {
     try {
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
         const std::string& netstack = input->GetParameter(kNetstackParameter);
@@ -234,10 +232,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6SetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6Set::kShape = Declare::Pack<kIpInterfaceIpv6SetShape>();
 
-void IpInterfaceIpv6Set::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6Set, kIpInterfaceIpv6SetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
@@ -307,11 +303,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressListShape = {
     .root = Declare::Root::List,
     .structure = &kAddressStruct,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressList::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressListShape>();
 
-void IpInterfaceIpv6AddressList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressList, kIpInterfaceIpv6AddressListShape) {
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
@@ -352,11 +345,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressAddShape = {
     .parameters = kAddressAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressAdd::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressAddShape>();
 
-void IpInterfaceIpv6AddressAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressAdd, kIpInterfaceIpv6AddressAddShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         IpConfig config;
@@ -381,11 +371,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressRemoveShape = {
     .parameters = kAddressRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressRemove::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressRemoveShape>();
 
-void IpInterfaceIpv6AddressRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressRemove, kIpInterfaceIpv6AddressRemoveShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         IpConfig config;

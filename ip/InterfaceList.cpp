@@ -1,8 +1,8 @@
 // `network ip interface list` and `network ip interface set`: every Kelm interface with its
 // attachment, limits and state; enabling one and changing its MTU.
+#include "frame/Declaration.h"
 #include "hostctl/DVSwitch.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
@@ -151,10 +151,8 @@ constexpr Declare::CommandShape kIpInterfaceListShape = {
     .root = Declare::Root::List,
     .structure = &kNetworkInterface,
 };
-const Declare::PackedShape IpInterfaceList::kShape = Declare::Pack<kIpInterfaceListShape>();
 
-void IpInterfaceList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceList, kIpInterfaceListShape) {
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -194,10 +192,8 @@ constexpr Declare::CommandShape kIpInterfaceSetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceSet::kShape = Declare::Pack<kIpInterfaceSetShape>();
 
-void IpInterfaceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceSet, kIpInterfaceSetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;

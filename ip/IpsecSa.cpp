@@ -2,10 +2,11 @@
 // or made by the kernel, named "auto" and known by source, destination and SPI.
 #include <cinttypes>
 
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/IpsecCommands.h"
+#include "ip/IpsecLifetime.h"
 #include "kelmctl/IpSecConfigImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -169,14 +170,12 @@ constexpr Declare::CommandShape kIpIpsecSAAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSAAdd::kShape = Declare::Pack<kIpIpsecSAAddShape>();
 
 constexpr Declare::CommandShape kIpIpsecSARemoveShape = {
     .description = "Operation to remove Security Association(s)",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSARemove::kShape = Declare::Pack<kIpIpsecSARemoveShape>();
 
 constexpr Declare::CommandShape kIpIpsecSAListShape = {
     .description = "List configured Security Associations",
@@ -185,10 +184,8 @@ constexpr Declare::CommandShape kIpIpsecSAListShape = {
     .root = Declare::Root::List,
     .structure = &kAssociation,
 };
-const Declare::PackedShape IpIpsecSAList::kShape = Declare::Pack<kIpIpsecSAListShape>();
 
-void IpIpsecSAAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSAAdd, kIpIpsecSAAddShape) {
     try {
         IpSecConfigImpl config;
         IpSecSadParam association = NewAssociation();
@@ -227,8 +224,7 @@ void IpIpsecSAAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSARemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSARemove, kIpIpsecSARemoveShape) {
     try {
         IpSecConfigImpl config;
         const bool named = input->HasParameter(kNameParameter);
@@ -263,8 +259,7 @@ void IpIpsecSARemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSAList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSAList, kIpIpsecSAListShape) {
     try {
         IpSecConfigImpl config;
         std::vector<IpSecSadParam> associations;

@@ -1,9 +1,10 @@
 // `network ip ipsec sp add|remove|list`: security policies, each protecting a flow between two
 // networks with an action, and for the action "ipsec" a mode and a security association.
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/IpsecCommands.h"
+#include "ip/IpsecLifetime.h"
 #include "kelmctl/IpSecConfigImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -146,14 +147,12 @@ constexpr Declare::CommandShape kIpIpsecSPAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSPAdd::kShape = Declare::Pack<kIpIpsecSPAddShape>();
 
 constexpr Declare::CommandShape kIpIpsecSPRemoveShape = {
     .description = "Operation to remove Security Policy",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSPRemove::kShape = Declare::Pack<kIpIpsecSPRemoveShape>();
 
 constexpr Declare::CommandShape kIpIpsecSPListShape = {
     .description = "List configured Security Policys",
@@ -162,10 +161,8 @@ constexpr Declare::CommandShape kIpIpsecSPListShape = {
     .root = Declare::Root::List,
     .structure = &kPolicy,
 };
-const Declare::PackedShape IpIpsecSPList::kShape = Declare::Pack<kIpIpsecSPListShape>();
 
-void IpIpsecSPAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPAdd, kIpIpsecSPAddShape) {
     try {
         IpSecConfigImpl config;
         IpSecSpdParam policy;
@@ -201,8 +198,7 @@ void IpIpsecSPAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSPRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPRemove, kIpIpsecSPRemoveShape) {
     try {
         IpSecConfigImpl config;
         const bool named = input->HasParameter(kNameParameter);
@@ -220,8 +216,7 @@ void IpIpsecSPRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSPList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPList, kIpIpsecSPListShape) {
     try {
         IpSecConfigImpl config;
         std::vector<IpSecSpdParam> policies;

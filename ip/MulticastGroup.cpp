@@ -1,7 +1,7 @@
 // `network multicast group list`: the multicast memberships of every ordinary Kelm interface.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -35,10 +35,8 @@ constexpr Declare::CommandShape kMulticastGroupListShape = {
     .root = Declare::Root::List,
     .structure = &kNic,
 };
-const Declare::PackedShape MulticastGroupList::kShape = Declare::Pack<kMulticastGroupListShape>();
 
-void MulticastGroupList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(MulticastGroupList, kMulticastGroupListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         HostCtl::HostFactory::GetHost();

@@ -4,8 +4,8 @@
 #include <array>
 #include <unordered_map>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 #include "ip/RouteCommon.h"
 #include "kelmctl/RoutingInfoImpl.h"
 
@@ -76,14 +76,12 @@ constexpr Declare::CommandShape kIpRouteIpv4AddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv4Add::kShape = Declare::Pack<kIpRouteIpv4AddShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv4RemoveShape = {
     .description = "Remove IPv4 route",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv4Remove::kShape = Declare::Pack<kIpRouteIpv4RemoveShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv4ListShape = {
     .description = "List configured IPv4 routes",
@@ -93,10 +91,8 @@ constexpr Declare::CommandShape kIpRouteIpv4ListShape = {
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
-const Declare::PackedShape IpRouteIpv4List::kShape = Declare::Pack<kIpRouteIpv4ListShape>();
 
-void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4Add, kIpRouteIpv4AddShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);
@@ -109,8 +105,7 @@ void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv4Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4Remove, kIpRouteIpv4RemoveShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);
@@ -132,8 +127,7 @@ void IpRouteIpv4Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv4List::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4List, kIpRouteIpv4ListShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);

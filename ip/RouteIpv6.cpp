@@ -1,9 +1,9 @@
 // `network ip route ipv6 add|remove|list`: the IPv6 routes of a netstack instance. The network
 // "default" stands for the default route, whose removal clears the instance's default gateway.
 // A change brings the network dumper up to date when it is on.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 #include "ip/RouteCommon.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
@@ -72,14 +72,12 @@ constexpr Declare::CommandShape kIpRouteIpv6AddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv6Add::kShape = Declare::Pack<kIpRouteIpv6AddShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv6RemoveShape = {
     .description = "Remove IPv6 route from the Kelm",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv6Remove::kShape = Declare::Pack<kIpRouteIpv6RemoveShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv6ListShape = {
     .description = "List configured IPv6 routes",
@@ -89,10 +87,8 @@ constexpr Declare::CommandShape kIpRouteIpv6ListShape = {
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
-const Declare::PackedShape IpRouteIpv6List::kShape = Declare::Pack<kIpRouteIpv6ListShape>();
 
-void IpRouteIpv6Add::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6Add, kIpRouteIpv6AddShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         RoutingInfoImpl routing(kDefaultNetstack);
@@ -110,8 +106,7 @@ void IpRouteIpv6Add::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv6Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6Remove, kIpRouteIpv6RemoveShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         RoutingInfoImpl routing(kDefaultNetstack);
@@ -138,8 +133,7 @@ void IpRouteIpv6Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv6List::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6List, kIpRouteIpv6ListShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         const std::string& netstack = input->GetParameter(kNetstackParameter);

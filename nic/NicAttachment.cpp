@@ -1,11 +1,11 @@
 // `network nic attachment add|remove|list`: branch uplinks attached to a trunk NIC with a VLAN
 // ID each.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/PortGroup.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -70,14 +70,12 @@ constexpr Declare::CommandShape kNicAttachmentAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicAttachmentAdd::kShape = Declare::Pack<kNicAttachmentAddShape>();
 
 constexpr Declare::CommandShape kNicAttachmentRemoveShape = {
     .description = "Detach a branch uplink from its trunk.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicAttachmentRemove::kShape = Declare::Pack<kNicAttachmentRemoveShape>();
 
 constexpr Declare::CommandShape kNicAttachmentListShape = {
     .description = "Show uplink attachment information.",
@@ -87,10 +85,8 @@ constexpr Declare::CommandShape kNicAttachmentListShape = {
     .root = Declare::Root::List,
     .structure = &kAttachment,
 };
-const Declare::PackedShape NicAttachmentList::kShape = Declare::Pack<kNicAttachmentListShape>();
 
-void NicAttachmentAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentAdd, kNicAttachmentAddShape) {
     const std::string& trunk = input->GetParameter(kTrunkParameter);
     const std::string& branch = input->GetParameter(kBranchParameter);
     const auto vlanId = static_cast<std::uint16_t>(input->GetParameterInt(kVlanIdParameter));
@@ -117,8 +113,7 @@ void NicAttachmentAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The branch isn't looked up: the host judges it.
-void NicAttachmentRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentRemove, kNicAttachmentRemoveShape) {
     const std::string& trunk = input->GetParameter(kTrunkParameter);
     const std::string& branch = input->GetParameter(kBranchParameter);
     try {
@@ -135,8 +130,7 @@ void NicAttachmentRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicAttachmentList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentList, kNicAttachmentListShape) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     try {
         std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;

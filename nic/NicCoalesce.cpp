@@ -1,10 +1,10 @@
 // `network nic coalesce get|set` and `network nic coalesce low|high get|set`: a NIC's interrupt
 // coalescing, one record read from the host and, for a change, written back whole.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -247,14 +247,12 @@ constexpr Declare::CommandShape kNicCoalesceGetShape = {
     .root = Declare::Root::List,
     .structure = &kGeneralShape,
 };
-const Declare::PackedShape NicCoalesceGet::kShape = Declare::Pack<kNicCoalesceGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceSetShape = {
     .description = "Set coalesce parameters on a nic",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceSet::kShape = Declare::Pack<kNicCoalesceSetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceLowGetShape = {
     .description =
@@ -266,7 +264,6 @@ constexpr Declare::CommandShape kNicCoalesceLowGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kLowShape,
 };
-const Declare::PackedShape NicCoalesceLowGet::kShape = Declare::Pack<kNicCoalesceLowGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceLowSetShape = {
     .description =
@@ -275,7 +272,6 @@ constexpr Declare::CommandShape kNicCoalesceLowSetShape = {
     .parameters = kLowSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceLowSet::kShape = Declare::Pack<kNicCoalesceLowSetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceHighGetShape = {
     .description =
@@ -287,7 +283,6 @@ constexpr Declare::CommandShape kNicCoalesceHighGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kHighShape,
 };
-const Declare::PackedShape NicCoalesceHighGet::kShape = Declare::Pack<kNicCoalesceHighGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceHighSetShape = {
     .description =
@@ -296,10 +291,8 @@ constexpr Declare::CommandShape kNicCoalesceHighSetShape = {
     .parameters = kHighSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceHighSet::kShape = Declare::Pack<kNicCoalesceHighSetShape>();
 
-void NicCoalesceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceGet, kNicCoalesceGetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         PnicCoalesceParams params{};
@@ -346,8 +339,7 @@ void NicCoalesceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceSet, kNicCoalesceSetShape) {
     try {
         const std::string& nicName = input->GetParameter(kHwnic);
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -372,8 +364,7 @@ void NicCoalesceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceLowGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceLowGet, kNicCoalesceLowGetShape) {
     try {
         output->SetRootObject(
             BandGet(Declare::PackStruct<kLowShape>(), kLowBand, input->GetParameter(kHwnic)));
@@ -382,8 +373,7 @@ void NicCoalesceLowGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceLowSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceLowSet, kNicCoalesceLowSetShape) {
     try {
         BandSet(kLowBand, *input, *output);
     } catch (const HostCtlException& e) {
@@ -391,8 +381,7 @@ void NicCoalesceLowSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceHighGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceHighGet, kNicCoalesceHighGetShape) {
     try {
         output->SetRootObject(
             BandGet(Declare::PackStruct<kHighShape>(), kHighBand, input->GetParameter(kHwnic)));
@@ -401,8 +390,7 @@ void NicCoalesceHighGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceHighSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceHighSet, kNicCoalesceHighSetShape) {
     try {
         BandSet(kHighBand, *input, *output);
     } catch (const HostCtlException& e) {

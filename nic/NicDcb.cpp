@@ -1,9 +1,9 @@
 // `network nic dcb status get`: the Data Center Bridging state of one NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "kelmctl/DcbInfoImpl.h"
 #include "nic/NicCommon.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 
@@ -157,10 +157,8 @@ constexpr Declare::CommandShape kNicDcbStatusGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kStatus,
 };
-const Declare::PackedShape NicDcbStatusGet::kShape = Declare::Pack<kNicDcbStatusGetShape>();
 
-void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicDcbStatusGet, kNicDcbStatusGetShape) {
     try {
         const std::string& name = input->GetParameter(kNicNameParameter);
         KelmCtl::Network::DcbInfoImpl dcb(name);

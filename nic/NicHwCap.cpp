@@ -1,9 +1,9 @@
 // `network nic hwCap supported list` and `nic hwCap activated list`: the hardware capabilities
 // of each NIC, by name.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/PnicImpl.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -107,8 +107,6 @@ constexpr Declare::CommandShape kNicHwCapSupportedListShape = {
     .root = Declare::Root::List,
     .structure = &kSupportedStruct,
 };
-const Declare::PackedShape NicHwCapSupportedList::kShape =
-    Declare::Pack<kNicHwCapSupportedListShape>();
 
 constexpr Declare::CommandShape kNicHwCapActivatedListShape = {
     .description = "List activated hardware capabilities of physical NICs.",
@@ -118,11 +116,8 @@ constexpr Declare::CommandShape kNicHwCapActivatedListShape = {
     .root = Declare::Root::List,
     .structure = &kActivatedStruct,
 };
-const Declare::PackedShape NicHwCapActivatedList::kShape =
-    Declare::Pack<kNicHwCapActivatedListShape>();
 
-void NicHwCapSupportedList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicHwCapSupportedList, kNicHwCapSupportedListShape) {
     try {
         ListCapabilities(*input, *output, false, &GetOutputStructure);
     } catch (const HostCtl::Lib::HostCtlException& e) {
@@ -130,8 +125,7 @@ void NicHwCapSupportedList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicHwCapActivatedList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicHwCapActivatedList, kNicHwCapActivatedListShape) {
     try {
         ListCapabilities(*input, *output, true, &GetOutputStructure);
     } catch (const HostCtl::Lib::HostCtlException& e) {

@@ -1,10 +1,10 @@
 // `network nic list`: the inventory of physical NICs.
 #include <cstring>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/SmartNic.h"
-#include "nic/NicCommands.h"
 #include "nic/NicCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -104,10 +104,8 @@ constexpr Declare::CommandShape kNicListShape = {
     .root = Declare::Root::List,
     .structure = &kNic,
 };
-const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
 
-void NicList::ExecuteInternal(const std::shared_ptr<Input>&,
-                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicList, kNicListShape) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

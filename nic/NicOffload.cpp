@@ -1,9 +1,9 @@
 // `network nic cso|tso|sg get|set`: hardware offload switches, and `network nic software
 // list|set`: the features the host simulates in software for a NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -241,7 +241,6 @@ constexpr Declare::CommandShape kNicCsoGetShape = {
     .root = Declare::Root::List,
     .structure = &kCsoShape,
 };
-const Declare::PackedShape NicCsoGet::kShape = Declare::Pack<kNicCsoGetShape>();
 constexpr Declare::CommandShape kNicTsoGetShape = {
     .description = "Get TCP segmentation offload settings",
     .formatter = "table",
@@ -250,7 +249,6 @@ constexpr Declare::CommandShape kNicTsoGetShape = {
     .root = Declare::Root::List,
     .structure = &kTsoShape,
 };
-const Declare::PackedShape NicTsoGet::kShape = Declare::Pack<kNicTsoGetShape>();
 constexpr Declare::CommandShape kNicSgGetShape = {
     .description = "Get scatter-gather settings",
     .formatter = "table",
@@ -259,25 +257,21 @@ constexpr Declare::CommandShape kNicSgGetShape = {
     .root = Declare::Root::List,
     .structure = &kSgShape,
 };
-const Declare::PackedShape NicSgGet::kShape = Declare::Pack<kNicSgGetShape>();
 constexpr Declare::CommandShape kNicCsoSetShape = {
     .description = "Set checksum offload settings on a nic, which is not persistent.",
     .parameters = kCsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCsoSet::kShape = Declare::Pack<kNicCsoSetShape>();
 constexpr Declare::CommandShape kNicTsoSetShape = {
     .description = "Set TCP segmentation offload settings on a nic, which is not persistent.",
     .parameters = kTsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicTsoSet::kShape = Declare::Pack<kNicTsoSetShape>();
 constexpr Declare::CommandShape kNicSgSetShape = {
     .description = "Set scatter-gatter settings on a nic, which is not persistent.",
     .parameters = kSgSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicSgSet::kShape = Declare::Pack<kNicSgSetShape>();
 constexpr Declare::CommandShape kNicSoftwareListShape = {
     .description =
         "List software simulation settings of physical NICs currently installed and "
@@ -288,16 +282,13 @@ constexpr Declare::CommandShape kNicSoftwareListShape = {
     .root = Declare::Root::List,
     .structure = &kSoftwareShape,
 };
-const Declare::PackedShape NicSoftwareList::kShape = Declare::Pack<kNicSoftwareListShape>();
 constexpr Declare::CommandShape kNicSoftwareSetShape = {
     .description = "Enable and disable software simulation settings on a NIC.",
     .parameters = kSoftwareSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicSoftwareSet::kShape = Declare::Pack<kNicSoftwareSetShape>();
 
-void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCsoGet, kNicCsoGetShape) {
     try {
         OffloadGet(kCso, Declare::PackStruct<kCsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -305,8 +296,7 @@ void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicTsoGet, kNicTsoGetShape) {
     try {
         OffloadGet(kTso, Declare::PackStruct<kTsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -314,8 +304,7 @@ void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSgGet, kNicSgGetShape) {
     try {
         OffloadGet(kSg, Declare::PackStruct<kSgShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -323,8 +312,7 @@ void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCsoSet, kNicCsoSetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         OffloadSet(kCso, networkInfo, *input, *output);
@@ -335,8 +323,7 @@ void NicCsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 // Unlike `cso set` and `sg set`, the network model is made ahead of the guarded block, so a
 // failure to make it reaches the command host.
-void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicTsoSet, kNicTsoSetShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         OffloadSet(kTso, networkInfo, *input, *output);
@@ -345,8 +332,7 @@ void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSgSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSgSet, kNicSgSetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         OffloadSet(kSg, networkInfo, *input, *output);
@@ -355,8 +341,7 @@ void NicSgSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSoftwareList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSoftwareList, kNicSoftwareListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -402,8 +387,7 @@ void NicSoftwareList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSoftwareSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSoftwareSet, kNicSoftwareSetShape) {
     try {
         const std::string& nicName = input->GetParameter(kHwnic);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();

@@ -1,8 +1,8 @@
 // `network nic queue count get|set` and `nic queue filterclass list`: how many netqueues a NIC
 // has, and which filter classes they support.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -59,14 +59,12 @@ constexpr Declare::CommandShape kNicQueueCountGetShape = {
     .root = Declare::Root::List,
     .structure = &kCountStruct,
 };
-const Declare::PackedShape NicQueueCountGet::kShape = Declare::Pack<kNicQueueCountGetShape>();
 
 constexpr Declare::CommandShape kNicQueueCountSetShape = {
     .description = "Set number of netqueues on a nic",
     .parameters = kCountSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueCountSet::kShape = Declare::Pack<kNicQueueCountSetShape>();
 
 constexpr Declare::CommandShape kNicQueueFilterClassListShape = {
     .description =
@@ -77,11 +75,8 @@ constexpr Declare::CommandShape kNicQueueFilterClassListShape = {
     .root = Declare::Root::List,
     .structure = &kFilterClassStruct,
 };
-const Declare::PackedShape NicQueueFilterClassList::kShape =
-    Declare::Pack<kNicQueueFilterClassListShape>();
 
-void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueCountGet, kNicQueueCountGetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -116,8 +111,7 @@ void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // Only the presence of `tx` and `rx` selects a side; their values aren't read.
-void NicQueueCountSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueCountSet, kNicQueueCountSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -145,8 +139,7 @@ void NicQueueCountSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueFilterClassList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueFilterClassList, kNicQueueFilterClassListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

@@ -1,8 +1,8 @@
 // `network nic queue loadbalancer list|set`, `... state list|set` and `... plugin list|set`:
 // how the netqueue load balancer treats each NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -147,16 +147,12 @@ constexpr Declare::CommandShape kNicQueueLbSettingListShape = {
     .root = Declare::Root::List,
     .structure = &kSettingStruct,
 };
-const Declare::PackedShape NicQueueLbSettingList::kShape =
-    Declare::Pack<kNicQueueLbSettingListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbSettingSetShape = {
     .description = "Enable/disable netqueue load balancer setting on a NIC.",
     .parameters = kSettingSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbSettingSet::kShape =
-    Declare::Pack<kNicQueueLbSettingSetShape>();
 
 constexpr Declare::CommandShape kNicQueueLbStateListShape = {
     .description =
@@ -168,14 +164,12 @@ constexpr Declare::CommandShape kNicQueueLbStateListShape = {
     .root = Declare::Root::List,
     .structure = &kStateStruct,
 };
-const Declare::PackedShape NicQueueLbStateList::kShape = Declare::Pack<kNicQueueLbStateListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbStateSetShape = {
     .description = "Enable/disable netqueue balancer on a NIC",
     .parameters = kStateSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbStateSet::kShape = Declare::Pack<kNicQueueLbStateSetShape>();
 
 constexpr Declare::CommandShape kNicQueueLbPluginListShape = {
     .description =
@@ -187,18 +181,14 @@ constexpr Declare::CommandShape kNicQueueLbPluginListShape = {
     .root = Declare::Root::List,
     .structure = &kPluginStruct,
 };
-const Declare::PackedShape NicQueueLbPluginList::kShape =
-    Declare::Pack<kNicQueueLbPluginListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbPluginSetShape = {
     .description = "Enable/disable netqueue balancer plugin on a NIC",
     .parameters = kPluginSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbPluginSet::kShape = Declare::Pack<kNicQueueLbPluginSetShape>();
 
-void NicQueueLbSettingList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbSettingList, kNicQueueLbSettingListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         PnicNetqueueParams params;
@@ -225,8 +215,7 @@ void NicQueueLbSettingList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void NicQueueLbSettingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbSettingSet, kNicQueueLbSettingSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -251,8 +240,7 @@ void NicQueueLbSettingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbStateList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbStateList, kNicQueueLbStateListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -286,8 +274,7 @@ void NicQueueLbStateList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbStateSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbStateSet, kNicQueueLbStateSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -305,8 +292,7 @@ void NicQueueLbStateSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbPluginList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbPluginList, kNicQueueLbPluginListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto set = NetqueueNics(*networkInfo, *input, *output, InvalidPnicName);
@@ -353,8 +339,7 @@ void NicQueueLbPluginList::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The host judges the module and plug-in names.
-void NicQueueLbPluginSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbPluginSet, kNicQueueLbPluginSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();

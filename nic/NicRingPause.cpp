@@ -2,9 +2,9 @@
 // descriptor rings; `network nic pauseParams list|set`: its flow-control pause parameters.
 #include <optional>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -158,7 +158,6 @@ constexpr Declare::CommandShape kNicRingPresetGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kPresetShape,
 };
-const Declare::PackedShape NicRingPresetGet::kShape = Declare::Pack<kNicRingPresetGetShape>();
 constexpr Declare::CommandShape kNicRingCurrentGetShape = {
     .description = "Get current RX/TX ring buffer parameters of a NIC",
     .formatter = "simple",
@@ -167,13 +166,11 @@ constexpr Declare::CommandShape kNicRingCurrentGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kCurrentShape,
 };
-const Declare::PackedShape NicRingCurrentGet::kShape = Declare::Pack<kNicRingCurrentGetShape>();
 constexpr Declare::CommandShape kNicRingCurrentSetShape = {
     .description = "Set current RX/TX ring buffer parameters of a NIC",
     .parameters = kCurrentSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicRingCurrentSet::kShape = Declare::Pack<kNicRingCurrentSetShape>();
 constexpr Declare::CommandShape kNicPauseParamsListShape = {
     .description = "List pause parameters of all NICs",
     .formatter = "table",
@@ -182,16 +179,13 @@ constexpr Declare::CommandShape kNicPauseParamsListShape = {
     .root = Declare::Root::List,
     .structure = &kPauseShape,
 };
-const Declare::PackedShape NicPauseParamsList::kShape = Declare::Pack<kNicPauseParamsListShape>();
 constexpr Declare::CommandShape kNicPauseParamsSetShape = {
     .description = "Set pause parameters for a NIC",
     .parameters = kPauseSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicPauseParamsSet::kShape = Declare::Pack<kNicPauseParamsSetShape>();
 
-void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingPresetGet, kNicRingPresetGetShape) {
     try {
         auto rings = ReadRings(*input, *output);
         if (!rings) {
@@ -206,8 +200,7 @@ void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicRingCurrentGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingCurrentGet, kNicRingCurrentGetShape) {
     try {
         auto rings = ReadRings(*input, *output);
         if (!rings) {
@@ -221,8 +214,7 @@ void NicRingCurrentGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicRingCurrentSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingCurrentSet, kNicRingCurrentSetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);
@@ -246,8 +238,7 @@ void NicRingCurrentSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicPauseParamsList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicPauseParamsList, kNicPauseParamsListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         PnicPauseParams params{};
@@ -290,8 +281,7 @@ void NicPauseParamsList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicPauseParamsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicPauseParamsSet, kNicPauseParamsSetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);

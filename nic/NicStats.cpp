@@ -1,9 +1,9 @@
 // `network nic stats get` and `network nic vlan stats get|set`: a NIC's counters, and the
 // per-VLAN counters that the switch holding the NIC as an uplink keeps.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PnicImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -133,7 +133,6 @@ constexpr Declare::CommandShape kNicStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kStatsShape,
 };
-const Declare::PackedShape NicStatsGet::kShape = Declare::Pack<kNicStatsGetShape>();
 
 constexpr Declare::CommandShape kNicVlanStatsGetShape = {
     .description = "List VLAN statistics for active VLAN's on the NIC.",
@@ -143,17 +142,14 @@ constexpr Declare::CommandShape kNicVlanStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kVlanShape,
 };
-const Declare::PackedShape NicVlanStatsGet::kShape = Declare::Pack<kNicVlanStatsGetShape>();
 
 constexpr Declare::CommandShape kNicVlanStatsSetShape = {
     .description = "Enable/disable VLAN statistics collection on the NIC.",
     .parameters = kVlanSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicVlanStatsSet::kShape = Declare::Pack<kNicVlanStatsSetShape>();
 
-void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicStatsGet, kNicStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const std::string& nicName = input->GetParameter(kNicName);
     try {
@@ -172,8 +168,7 @@ void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicVlanStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicVlanStatsGet, kNicVlanStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const std::string& nicName = input->GetParameter(kNicName);
     try {
@@ -202,8 +197,7 @@ void NicVlanStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicVlanStatsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicVlanStatsSet, kNicVlanStatsSetShape) {
     const std::string& nicName = input->GetParameter(kNicName);
     const bool enabled = input->GetParameterBool(kEnabled);
     try {

@@ -2,10 +2,10 @@
 // and their virtual functions.
 #include <cstdlib>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "nic/NicCommon.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -136,7 +136,6 @@ constexpr Declare::CommandShape kSriovNicListShape = {
     .root = Declare::Root::List,
     .structure = &kSriovNic,
 };
-const Declare::PackedShape SriovNicList::kShape = Declare::Pack<kSriovNicListShape>();
 
 constexpr Declare::CommandShape kVfListShape = {
     .description = "Get the generic configuration of VFs for SRIOV NIC.",
@@ -146,7 +145,6 @@ constexpr Declare::CommandShape kVfListShape = {
     .root = Declare::Root::List,
     .structure = &kVfListStruct,
 };
-const Declare::PackedShape VfList::kShape = Declare::Pack<kVfListShape>();
 
 constexpr Declare::CommandShape kVfStatsShape = {
     .description = "Get statistics for given VF of a SRIOV NIC.",
@@ -156,10 +154,8 @@ constexpr Declare::CommandShape kVfStatsShape = {
     .root = Declare::Root::List,
     .structure = &kVfStatsStruct,
 };
-const Declare::PackedShape VfStats::kShape = Declare::Pack<kVfStatsShape>();
 
-void SriovNicList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(SriovNicList, kSriovNicListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -193,8 +189,7 @@ void SriovNicList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void VfList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                             const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VfList, kVfListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const std::string& name = input->GetParameter(kNicNameParameter);
@@ -220,8 +215,7 @@ void VfList::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 // The network model is made ahead of the guarded block, so a failure to make it reaches the
 // command host.
-void VfStats::ExecuteInternal(const std::shared_ptr<Input>& input,
-                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VfStats, kVfStatsShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

@@ -2,10 +2,10 @@
 // in its older form (a setting of the uplink ports of a port group) and as LAGs.
 #include <map>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/DvsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -94,7 +94,7 @@ void SetPortSetting(MetaStruct& row, const HostCtl::Network::DVPortLacpConfig& c
 }
 
 std::shared_ptr<MetaStruct> OlderFormRow(const DVSwitch& dvSwitch) {
-    auto row = LacpGetConfig::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kLacp>());
     row->SetField(kDvsName, dvSwitch.GetDvsName());
     row->SetField(kLagName, kUplinkPortGroupLag);
     row->SetField(kLagId, kOlderFormLagId);
@@ -154,7 +154,7 @@ long AddLagRows(const DVSwitch& dvSwitch, MetaList& list) {
     std::vector<HostCtl::Network::LagConfig> lags;
     dvSwitch.GetLagConfigs(lags);
     for (const auto& lag : lags) {
-        auto row = LacpGetConfig::GetOutputStructure();
+        auto row = Declare::MakeStruct(Declare::PackStruct<kLacp>());
         row->SetField(kDvsName, dvSwitch.GetDvsName());
         row->SetField(kLagName, lag.lagName);
         row->SetField(kLagId, lag.lagId);
@@ -188,10 +188,8 @@ constexpr Declare::CommandShape kLacpGetConfigShape = {
     .root = Declare::Root::List,
     .structure = &kLacp,
 };
-const Declare::PackedShape LacpGetConfig::kShape = Declare::Pack<kLacpGetConfigShape>();
 
-void LacpGetConfig::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(LacpGetConfig, kLacpGetConfigShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         std::vector<std::unique_ptr<DVSwitch>> switches;

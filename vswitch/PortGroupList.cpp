@@ -1,8 +1,9 @@
 // `network vswitch standard portgroup list`: every port group with its switch, clients and
 // VLAN.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -43,11 +44,8 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupListShape = {
     .root = Declare::Root::List,
     .structure = &kPortGroup,
 };
-const Declare::PackedShape VirtualSwitchPortGroupList::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupListShape>();
 
-void VirtualSwitchPortGroupList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupList, kVirtualSwitchPortGroupListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const auto type = ReadPortsetType(*input, *output);

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PortImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/PortCommands.h"
+#include "vswitch/FilterOrder.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -138,10 +139,8 @@ constexpr Declare::CommandShape kPortStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kPort,
 };
-const Declare::PackedShape PortStatsGet::kShape = Declare::Pack<kPortStatsGetShape>();
 
-void PortStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(PortStatsGet, kPortStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kPortIdParameter).c_str(), nullptr, 10);
     try {
@@ -185,10 +184,8 @@ constexpr Declare::CommandShape kPortFilterStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kFilter,
 };
-const Declare::PackedShape PortFilterStatsGet::kShape = Declare::Pack<kPortFilterStatsGetShape>();
 
-void PortFilterStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(PortFilterStatsGet, kPortFilterStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kPortIdParameter).c_str(), nullptr, 10);
     try {

@@ -2,11 +2,12 @@
 // and port groups.
 #include <algorithm>
 
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -84,11 +85,8 @@ constexpr Declare::CommandShape kVirtualSwitchStandardListShape = {
     .root = Declare::Root::List,
     .structure = &kVirtualSwitch,
 };
-const Declare::PackedShape VirtualSwitchStandardList::kShape =
-    Declare::Pack<kVirtualSwitchStandardListShape>();
 
-void VirtualSwitchStandardList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardList, kVirtualSwitchStandardListShape) {
     try {
         const auto type = ReadPortsetType(*input, *output);
         if (!type) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <unordered_map>
 
+#include "frame/Declaration.h"
 #include "hostctl/DVSwitch.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/DVPortImpl.h"
@@ -12,7 +13,7 @@
 #include "kelmctl/PortsetImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
 #include "kelmctl/WorldImpl.h"
-#include "vswitch/PortCommands.h"
+#include "vswitch/FilterOrder.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -95,9 +96,8 @@ constexpr Declare::CommandShape kVMListShape = {
     .root = Declare::Root::List,
     .structure = &kVm,
 };
-const Declare::PackedShape VMList::kShape = Declare::Pack<kVMListShape>();
 
-void VMList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VMList, kVMListShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     std::unordered_map<int, std::vector<std::string>> networks;
     KelmCtl::Network::VirtualSwitchInfoImpl info;
@@ -146,10 +146,8 @@ constexpr Declare::CommandShape kVMPortListShape = {
     .root = Declare::Root::List,
     .structure = &kPort,
 };
-const Declare::PackedShape VMPortList::kShape = Declare::Pack<kVMPortListShape>();
 
-void VMPortList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VMPortList, kVMPortListShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kWorldIdParameter).c_str(), nullptr, 10);
     KelmCtl::Network::VirtualSwitchInfoImpl info;
