@@ -11,10 +11,8 @@ constexpr char kClientStruct[] = "FirewallRulesetClientGet";
 
 constexpr Declare::Parameter kParameters[] = {Firewall::kRulesetLabelParameter};
 
-constexpr Declare::Field kClientFields[] = {{kClientCount, Declare::FieldType::Int}};
+constexpr Declare::Field kClientFields[] = {{kClientCount, Declare::FieldType::Int, 1}};
 constexpr Declare::StructShape kClient = {kClientStruct, kClientFields};
-constexpr Declare::OutputParameter kClientOutput[] = {
-    {"fields:FirewallRulesetClientGet", kClientCount}};
 
 // Looks up the ruleset of `ruleset-id` through the host's system model and hands it to `use`.
 template <class UseRuleset>
@@ -37,7 +35,6 @@ void WithRuleset(const Input& input, Output& output, UseRuleset&& use) {
 constexpr Declare::CommandShape kFirewallRulesetClientGetShape = {
     .description = "Show the number of clients using a firewall ruleset.",
     .formatter = "simple",
-    .outputParameters = kClientOutput,
     .parameters = kParameters,
     .root = Declare::Root::Struct,
     .structure = &kClient,

@@ -17,14 +17,12 @@ constexpr char kEnabled[] = "Enabled";
 constexpr char kEnabledConfigurable[] = "Enable/Disable configurable";
 constexpr char kAllowedIpConfigurable[] = "Allowed IP configurable";
 constexpr Declare::Field kRulesetFields[] = {
-    {kName, Declare::FieldType::String},
-    {kEnabled, Declare::FieldType::Bool},
-    {kEnabledConfigurable, Declare::FieldType::Bool},
-    {kAllowedIpConfigurable, Declare::FieldType::Bool},
+    {kName, Declare::FieldType::String, 1},
+    {kEnabled, Declare::FieldType::Bool, 2},
+    {kEnabledConfigurable, Declare::FieldType::Bool, 3},
+    {kAllowedIpConfigurable, Declare::FieldType::Bool, 4},
 };
 constexpr Declare::StructShape kRuleset = {"Ruleset", kRulesetFields};
-constexpr Declare::OutputParameter kRulesetOutput[] = {
-    {"fields:Ruleset", "Name,Enabled,Enable/Disable configurable,Allowed IP configurable"}};
 constexpr Declare::Parameter kRulesetParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      "List configuration for specfic ruleset"},
@@ -38,13 +36,11 @@ constexpr char kPortEnd[] = "Port End";
 constexpr char kDirection[] = "Direction";
 constexpr char kProtocol[] = "Protocol";
 constexpr Declare::Field kRuleFields[] = {
-    {kRulesetColumn, Declare::FieldType::String}, {kPortType, Declare::FieldType::String},
-    {kPortBegin, Declare::FieldType::Int},        {kPortEnd, Declare::FieldType::Int},
-    {kDirection, Declare::FieldType::String},     {kProtocol, Declare::FieldType::String},
+    {kRulesetColumn, Declare::FieldType::String, 1}, {kPortType, Declare::FieldType::String, 4},
+    {kPortBegin, Declare::FieldType::Int, 5},        {kPortEnd, Declare::FieldType::Int, 6},
+    {kDirection, Declare::FieldType::String, 2},     {kProtocol, Declare::FieldType::String, 3},
 };
 constexpr Declare::StructShape kRule = {"FirewallPortRule", kRuleFields};
-constexpr Declare::OutputParameter kRuleOutput[] = {
-    {"fields:FirewallPortRule", "Ruleset,Direction,Protocol,Port Type,Port Begin,Port End"}};
 constexpr Declare::Parameter kRuleParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      "List rules for specfic ruleset"},
@@ -60,12 +56,10 @@ constexpr char kUdp[] = "UDP";
 // Allowed address rows.
 constexpr char kAllowedAddresses[] = "Allowed IP Addresses";
 constexpr Declare::Field kAllowedIpFields[] = {
-    {kRulesetColumn, Declare::FieldType::String},
-    {kAllowedAddresses, Declare::FieldType::StringList},
+    {kRulesetColumn, Declare::FieldType::String, 1},
+    {kAllowedAddresses, Declare::FieldType::StringList, 2},
 };
 constexpr Declare::StructShape kAllowedIp = {"FirewallRulesetAllowedip", kAllowedIpFields};
-constexpr Declare::OutputParameter kAllowedIpOutput[] = {
-    {"fields:FirewallRulesetAllowedip", "Ruleset,Allowed IP Addresses"}};
 constexpr Declare::Parameter kAllowedIpParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      Firewall::kRulesetLabelDescription},
@@ -164,7 +158,6 @@ void WriteAllowedIpRow(FirewallRuleset& ruleset, MetaList& rows) {
 constexpr Declare::CommandShape kFirewallRulesetListShape = {
     .description = "List the rulesets in firewall.",
     .formatter = "table",
-    .outputParameters = kRulesetOutput,
     .parameters = kRulesetParameters,
     .root = Declare::Root::List,
     .structure = &kRuleset,
@@ -173,7 +166,6 @@ constexpr Declare::CommandShape kFirewallRulesetListShape = {
 constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
     .description = "List the rules of each ruleset in firewall.",
     .formatter = "table",
-    .outputParameters = kRuleOutput,
     .parameters = kRuleParameters,
     .root = Declare::Root::List,
     .structure = &kRule,
@@ -182,7 +174,6 @@ constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
 constexpr Declare::CommandShape kFirewallRulesetAllowedipListShape = {
     .description = "List allowed IP addresses for rulesets.",
     .formatter = "table",
-    .outputParameters = kAllowedIpOutput,
     .parameters = kAllowedIpParameters,
     .root = Declare::Root::List,
     .structure = &kAllowedIp,

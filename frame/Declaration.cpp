@@ -1,6 +1,8 @@
 #include "frame/Declaration.h"
 
-#include <cstring>
+#include <algorithm>
+#include <string>
+#include <vector>
 
 namespace ZanvexCli::NetworkNamespace::Declare {
 
@@ -97,6 +99,34 @@ std::shared_ptr<MetaStruct> BuildStruct(const StructShape& shape) {
         }
     }
     return structure;
+}
+
+// The columns `structure` and the structs in it show by default, as the output parameters
+// "fields:<name>" the command host reads, each list in the order of the columns.
+void AddColumns(CppTools::AutoCli::CommandSpec& command, const StructShape& structure) {
+    std::vector<const Field*> shown;
+    for (const Field& field : structure.fields) {
+        if (field.column > 0) {
+            shown.push_back(&field);
+        }
+    }
+    std::sort(shown.begin(), shown.end(),
+              [](const Field* a, const Field* b) { return a->column < b->column; });
+    if (!shown.empty()) {
+        std::string names;
+        for (const Field* field : shown) {
+            names += names.empty() ? "" : ",";
+            names += field->name;
+        }
+        const char* name =
+            structure.columnsName != nullptr ? structure.columnsName : structure.name;
+        command.SetDefaultOutputParameter(std::string("fields:") + name, names);
+    }
+    for (const Field& field : structure.fields) {
+        if (field.nested != nullptr) {
+            AddColumns(command, *field.nested);
+        }
+    }
 }
 
 }  // namespace
@@ -246,6 +276,9 @@ void CommandNode::TakeShape(const Declare::PackedShape& shape) {
     }
     if (unpacked.shape.formatter != nullptr) {
         SetDefaultOutputFormatter(unpacked.shape.formatter);
+    }
+    if (unpacked.shape.structure != nullptr) {
+        Declare::AddColumns(*this, *unpacked.shape.structure);
     }
     for (const Declare::OutputParameter& parameter : unpacked.shape.outputParameters) {
         SetDefaultOutputParameter(parameter.key, parameter.value);

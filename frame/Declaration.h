@@ -104,23 +104,24 @@ std::shared_ptr<NamespaceNode> MakeCommandNode() {
 // plain base: either way would bring more tables for the loader to relocate in every process.
 // GetOutputStructure gives the struct of one result (or row). The build stops when the packed
 // shape does not read back as its table.
-#define NETWORK_COMMAND(ClassName, kTable)                                                \
-    class ClassName final : public CommandNode {                                          \
-    public:                                                                               \
-        static const Declare::PackedShape kShape;                                         \
-        ClassName() { TakeShape(kShape); }                                                \
-        static std::shared_ptr<MetaStruct> GetOutputStructure() {                         \
-            return Declare::MakeStruct(kShape.structure);                                 \
-        }                                                                                 \
-                                                                                          \
-    protected:                                                                            \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,                         \
-                             const std::shared_ptr<Output>& output) override;             \
-    };                                                                                    \
-    static_assert(Declare::UnpacksToItsTable<kTable>());                                  \
-    const Declare::PackedShape ClassName::kShape = Declare::Pack<kTable>();               \
-    template std::shared_ptr<NamespaceNode> MakeCommandNode<ClassName>();                 \
-    void ClassName::ExecuteInternal([[maybe_unused]] const std::shared_ptr<Input>& input, \
+#define NETWORK_COMMAND(ClassName, kTable)                                                        \
+    class ClassName final : public CommandNode {                                                  \
+    public:                                                                                       \
+        static const Declare::PackedShape kShape;                                                 \
+        ClassName() { TakeShape(kShape); }                                                        \
+        static std::shared_ptr<MetaStruct> GetOutputStructure() {                                 \
+            return Declare::MakeStruct(kShape.structure);                                         \
+        }                                                                                         \
+                                                                                                  \
+    protected:                                                                                    \
+        void ExecuteInternal(const std::shared_ptr<Input>& input,                                 \
+                             const std::shared_ptr<Output>& output) override;                     \
+    };                                                                                            \
+    static_assert(Declare::UnpacksToItsTable<kTable>());                                          \
+    static_assert(kTable.structure == nullptr || Declare::ColumnsAreNumbered(*kTable.structure)); \
+    const Declare::PackedShape ClassName::kShape = Declare::Pack<kTable>();                       \
+    template std::shared_ptr<NamespaceNode> MakeCommandNode<ClassName>();                         \
+    void ClassName::ExecuteInternal([[maybe_unused]] const std::shared_ptr<Input>& input,         \
                                     [[maybe_unused]] const std::shared_ptr<Output>& output)
 
 }  // namespace ZanvexCli::NetworkNamespace

@@ -3,6 +3,9 @@
 // compile time; the command host sees them as specs.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
@@ -38,16 +41,53 @@ enum class FieldType { String, Int, Bool, StringList, Struct, StructList };
 
 struct StructShape;
 
+// A field of a result's struct. `column` is its place among the columns shown by default, from
+// 1; 0 leaves it out of them. The command host gets those columns as the output parameter
+// "fields:" and the struct's name.
 struct Field {
     const char* name;
     FieldType type;
+    int column = 0;
     const StructShape* nested = nullptr;  // for FieldType::Struct and the elements of StructList
 };
 
 struct StructShape {
     const char* name;
     std::span<const Field> fields;
+    const char* columnsName = nullptr;  // the name its columns go under, when not its own
 };
+
+// The fields `leading`, then one of `type` for each row of `rows`, named `name(row)` and shown in
+// the rows' order after the leading fields' columns: a struct with a column per row of a table.
+template <std::size_t kLeading, class Row, std::size_t kRows, class Name>
+constexpr std::array<Field, kLeading + kRows> FieldsWithRows(const Field (&leading)[kLeading],
+                                                             const Row (&rows)[kRows],
+                                                             FieldType type, Name name) {
+    std::array<Field, kLeading + kRows> fields{};
+    int column = 0;
+    for (std::size_t i = 0; i < kLeading; ++i) {
+        fields[i] = leading[i];
+        column = std::max(column, leading[i].column);
+    }
+    for (std::size_t i = 0; i < kRows; ++i) {
+        fields[kLeading + i] = {name(rows[i]), type, ++column};
+    }
+    return fields;
+}
+
+// The parameters `leading`, then `parameter(row)` for each row of `rows`.
+template <std::size_t kLeading, class Row, std::size_t kRows, class MakeParameter>
+constexpr std::array<Parameter, kLeading + kRows> ParametersWithRows(
+    const Parameter (&leading)[kLeading], const Row (&rows)[kRows], MakeParameter parameter) {
+    std::array<Parameter, kLeading + kRows> parameters{};
+    for (std::size_t i = 0; i < kLeading; ++i) {
+        parameters[i] = leading[i];
+    }
+    for (std::size_t i = 0; i < kRows; ++i) {
+        parameters[kLeading + i] = parameter(rows[i]);
+    }
+    return parameters;
+}
 
 struct OutputParameter {
     const char* key;

@@ -18,14 +18,16 @@
 
 namespace ZanvexCli::NetworkNamespace::Declare {
 
-// A struct's name, its fields, each with its name and kind, and for a struct or a list of
+// A struct's names, its fields, each with its name, kind and column, and for a struct or a list of
 // structs, that struct in turn.
 template <class Io, class Struct>
 constexpr void LayStruct(Io& io, Struct& structure) {
     io.Text(structure.name);
+    io.Text(structure.columnsName);
     io.Sequence(structure.fields, [&io](auto& field) {
         io.Text(field.name);
         io.Number(field.type, 1);
+        io.Number(field.column, 1);
         if (field.type == FieldType::Struct || field.type == FieldType::StructList) {
             io.Nested(field.nested, [&io](auto& nested) { LayStruct(io, nested); });
         }
@@ -212,9 +214,9 @@ constexpr bool SameList(std::span<const Item> a, std::span<const Item> b, Same s
 }
 
 constexpr bool SameStruct(const StructShape& a, const StructShape& b) {
-    return SameText(a.name, b.name) &&
+    return SameText(a.name, b.name) && SameText(a.columnsName, b.columnsName) &&
            SameList(a.fields, b.fields, [](const Field& x, const Field& y) {
-               return SameText(x.name, y.name) && x.type == y.type &&
+               return SameText(x.name, y.name) && x.type == y.type && x.column == y.column &&
                       (x.nested == nullptr || y.nested == nullptr
                            ? x.nested == y.nested
                            : SameStruct(*x.nested, *y.nested));
@@ -314,6 +316,28 @@ constexpr PackedShape Pack() {
 template <const StructShape& kStruct>
 constexpr PackedStruct PackStruct() {
     return {kPackedBytes<kStruct>.bytes};
+}
+
+// Whether the columns of `structure`, and of the structs in it, are numbered 1, 2... without a
+// gap or a number twice.
+constexpr bool ColumnsAreNumbered(const StructShape& structure) {
+    int shown = 0;
+    int highest = 0;
+    for (const Field& field : structure.fields) {
+        if (field.column > 0) {
+            ++shown;
+            highest = field.column > highest ? field.column : highest;
+            for (const Field& other : structure.fields) {
+                if (&other != &field && other.column == field.column) {
+                    return false;
+                }
+            }
+        }
+        if (field.nested != nullptr && !ColumnsAreNumbered(*field.nested)) {
+            return false;
+        }
+    }
+    return shown == highest;
 }
 
 // Whether unpacking the packed form of `kShape` gives `kShape` back, every byte read: checked for

@@ -36,23 +36,18 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kIpAddress, FieldType::String},
-    {kHostName, FieldType::String},
-    {kAliases, FieldType::StringList},
-    {kComment, FieldType::String},
+    {kIpAddress, FieldType::String, 1},
+    {kHostName, FieldType::String, 2},
+    {kAliases, FieldType::StringList, 3},
+    {kComment, FieldType::String, 4},
 };
 constexpr Declare::StructShape kHostEntry = {"IpHostList", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:IpHostList", "IP address,HostName,Aliases,Comment"},
-};
 
 }  // namespace
 
 constexpr Declare::CommandShape kIpHostsListShape = {
     .description = "List the user specified associations of IP addresses with host names.",
     .formatter = "simple",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kHostEntry,
 };

@@ -51,17 +51,12 @@ constexpr char kOnlyIfType[] =
 constexpr char kPeerDnsNeedsDhcp[] = "-P|--peer-dns can be specified only if DHCP is enabled";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},        {kIpv4Address, FieldType::String},
-    {kIpv4Netmask, FieldType::String}, {kIpv4Broadcast, FieldType::String},
-    {kAddressType, FieldType::String}, {kGateway, FieldType::String},
-    {kDhcpDns, FieldType::Bool},
+    {kName, FieldType::String, 1},        {kIpv4Address, FieldType::String, 2},
+    {kIpv4Netmask, FieldType::String, 3}, {kIpv4Broadcast, FieldType::String, 4},
+    {kAddressType, FieldType::String, 5}, {kGateway, FieldType::String, 6},
+    {kDhcpDns, FieldType::Bool, 7},
 };
 constexpr Declare::StructShape kIpv4Interface = {"IPv4Interface", kFields};
-
-constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IPv4Interface",
-     "Name,IPv4 Address,IPv4 Netmask,IPv4 Broadcast,Address Type,Gateway,DHCP DNS"},
-};
 
 constexpr Declare::Parameter kGetParameters[] = {
     {kNetstackParameter, "N", Type::String, false,
@@ -156,7 +151,6 @@ bool ApplyStatic(const Input& input, Output& output, HostCtl::Network::IpConfig&
 constexpr Declare::CommandShape kIpInterfaceIpv4GetShape = {
     .description = "List the IPv4 addresses assigned to Kelm network interfaces.",
     .formatter = "table",
-    .outputParameters = kGetOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kIpv4Interface,

@@ -75,25 +75,18 @@ const char* WordOf(int value, const Word (&words)[N], const char* other) {
 }
 
 constexpr Field kSettingsFields[] = {
-    {kName, FieldType::String},        {kIpv6Enabled, FieldType::Bool},
-    {kDhcpv6Enabled, FieldType::Bool}, {kRouterAdvEnabled, FieldType::Bool},
-    {kDhcpDns, FieldType::Bool},       {kGateway, FieldType::String},
+    {kName, FieldType::String, 1},        {kIpv6Enabled, FieldType::Bool, 2},
+    {kDhcpv6Enabled, FieldType::Bool, 3}, {kRouterAdvEnabled, FieldType::Bool, 4},
+    {kDhcpDns, FieldType::Bool, 5},       {kGateway, FieldType::String, 6},
 };
 constexpr Declare::StructShape kSettingsStruct = {"IPv6Interface", kSettingsFields};
 
 constexpr Field kAddressFields[] = {
-    {kInterface, FieldType::String}, {kAddress, FieldType::String}, {kNetmask, FieldType::Int},
-    {kType, FieldType::String},      {kStatus, FieldType::String},
+    {kInterface, FieldType::String, 1}, {kAddress, FieldType::String, 2},
+    {kNetmask, FieldType::Int, 3},      {kType, FieldType::String, 4},
+    {kStatus, FieldType::String, 5},
 };
 constexpr Declare::StructShape kAddressStruct = {"IPv6Interface", kAddressFields};
-
-constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IPv6Interface",
-     "Name,IPv6 Enabled,DHCPv6 Enabled,Router Adv Enabled,DHCP DNS,Gateway"},
-};
-constexpr Declare::OutputParameter kAddressListOutput[] = {
-    {"fields:IPv6Interface", "Interface,Address,Netmask,Type,Status"},
-};
 
 constexpr Declare::Parameter kGetParameters[] = {
     {kInterfaceNameParameter, "n", Type::String, false,
@@ -185,7 +178,6 @@ constexpr Declare::CommandShape kIpInterfaceIpv6GetShape = {
         "Get IPv6 settings for Kelm network interfaces. This does not include the IPv6 "
         "addresses which can be found in the \"address list\" command.",
     .formatter = "table",
-    .outputParameters = kGetOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kSettingsStruct,
@@ -298,7 +290,6 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressListShape = {
         "This command will list all of the IPv6 addresses currently assigned to the "
         "system",
     .formatter = "table",
-    .outputParameters = kAddressListOutput,
     .parameters = kAddressListParameters,
     .root = Declare::Root::List,
     .structure = &kAddressStruct,

@@ -46,32 +46,28 @@ constexpr char kEnabledParameter[] = "enabled";
 constexpr char kMtuParameter[] = "mtu";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kMacAddress, FieldType::String},
-    {kPortset, FieldType::String},
-    {kPortgroup, FieldType::String},
-    {kNetstackInstance, FieldType::String},
-    {kOdsName, FieldType::String},
-    {kOdsUuid, FieldType::String},
-    {kOdsPort, FieldType::String},
-    {kOdsConnection, FieldType::Int},
-    {kOpaqueNetworkId, FieldType::String},
-    {kOpaqueNetworkType, FieldType::String},
-    {kExternalId, FieldType::String},
-    {kMtu, FieldType::Int},
-    {kTsoMss, FieldType::Int},
-    {kRxQueueSize, FieldType::Int},
-    {kEnabled, FieldType::Bool},
-    {kPortId, FieldType::Int},
+    {kName, FieldType::String, 1},
+    {kMacAddress, FieldType::String, 2},
+    {kPortset, FieldType::String, 4},
+    {kPortgroup, FieldType::String, 5},
+    {kNetstackInstance, FieldType::String, 6},
+    {kOdsName, FieldType::String, 7},
+    {kOdsUuid, FieldType::String, 8},
+    {kOdsPort, FieldType::String, 9},
+    {kOdsConnection, FieldType::Int, 10},
+    {kOpaqueNetworkId, FieldType::String, 11},
+    {kOpaqueNetworkType, FieldType::String, 12},
+    {kExternalId, FieldType::String, 13},
+    {kMtu, FieldType::Int, 14},
+    {kTsoMss, FieldType::Int, 15},
+    {kRxQueueSize, FieldType::Int, 16},
+    {kEnabled, FieldType::Bool, 3},
+    {kPortId, FieldType::Int, 17},
 };
 constexpr Declare::StructShape kNetworkInterface = {"NetworkInterface", kFields};
 
 constexpr Declare::OutputParameter kListOutput[] = {
     {"header:NetworkInterface", "%Name%"},
-    {"fields:NetworkInterface",
-     "Name,MAC Address,Enabled,Portset,Portgroup,Netstack Instance,ODS Name,ODS UUID,ODS "
-     "Port,ODS Connection,Opaque Network ID,Opaque Network Type,External ID,MTU,TSO MSS,"
-     "RXDispQueue Size,Port ID"},
 };
 
 constexpr Declare::Parameter kListParameters[] = {

@@ -46,12 +46,11 @@ constexpr DedicatedTag kDedicatedTags[] = {
 };
 
 constexpr Field kFields[] = {
-    {kTags, FieldType::StringList},
+    {kTags, FieldType::StringList, 1},
 };
-constexpr Declare::StructShape kInterfaceTag = {"InterfaceTag", kFields};
+constexpr Declare::StructShape kInterfaceTag = {"InterfaceTag", kFields, "IntefaceTag"};
 
 constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IntefaceTag", "Tags"},
     {"header:InterfaceTag", "<NONE>"},
 };
 

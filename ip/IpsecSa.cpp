@@ -118,23 +118,17 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kSourceAddress, FieldType::String},
-    {kDestinationAddress, FieldType::String},
-    {kState, FieldType::String},
-    {kSpi, FieldType::String},
-    {kMode, FieldType::String},
-    {kEncryptionAlgorithm, FieldType::String},
-    {kIntegrityAlgorithm, FieldType::String},
-    {kLifetime, FieldType::String},
+    {kName, FieldType::String, 1},
+    {kSourceAddress, FieldType::String, 2},
+    {kDestinationAddress, FieldType::String, 3},
+    {kState, FieldType::String, 4},
+    {kSpi, FieldType::String, 5},
+    {kMode, FieldType::String, 6},
+    {kEncryptionAlgorithm, FieldType::String, 7},
+    {kIntegrityAlgorithm, FieldType::String, 8},
+    {kLifetime, FieldType::String, 9},
 };
 constexpr Declare::StructShape kAssociation = {"SecurityAssociation", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:SecurityAssociation",
-     "Name,Source Address,Destination Address,State,SPI,Mode,Encryption Algorithm,Integrity "
-     "Algorithm,Lifetime"},
-};
 
 IpSecSadParam NewAssociation() {
     IpSecSadParam association;
@@ -180,7 +174,6 @@ constexpr Declare::CommandShape kIpIpsecSARemoveShape = {
 constexpr Declare::CommandShape kIpIpsecSAListShape = {
     .description = "List configured Security Associations",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kAssociation,
 };

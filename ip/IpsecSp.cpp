@@ -120,19 +120,13 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},         {kSourceAddress, FieldType::String},
-    {kSourcePort, FieldType::Int},      {kDestinationAddress, FieldType::String},
-    {kDestinationPort, FieldType::Int}, {kProtocol, FieldType::String},
-    {kFlow, FieldType::String},         {kAction, FieldType::String},
-    {kMode, FieldType::String},         {kSaName, FieldType::String},
+    {kName, FieldType::String, 1},         {kSourceAddress, FieldType::String, 2},
+    {kSourcePort, FieldType::Int, 3},      {kDestinationAddress, FieldType::String, 4},
+    {kDestinationPort, FieldType::Int, 5}, {kProtocol, FieldType::String, 6},
+    {kFlow, FieldType::String, 7},         {kAction, FieldType::String, 8},
+    {kMode, FieldType::String, 9},         {kSaName, FieldType::String, 10},
 };
 constexpr Declare::StructShape kPolicy = {"SecurityPolicy", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:SecurityPolicy",
-     "Name,Source Address,Source Port,Destination Address,Destination Port,Protocol,Flow,Action,"
-     "Mode,SA Name"},
-};
 
 // "any" stands for the network of every address, a default one.
 Ipv6Network ReadNetwork(const Input& input, const char* parameter) {
@@ -157,7 +151,6 @@ constexpr Declare::CommandShape kIpIpsecSPRemoveShape = {
 constexpr Declare::CommandShape kIpIpsecSPListShape = {
     .description = "List configured Security Policys",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kPolicy,
 };

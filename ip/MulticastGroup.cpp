@@ -15,23 +15,18 @@ constexpr char kGroup[] = "Group";
 constexpr char kLinkLayer[] = "Link Layer";
 
 constexpr Field kFields[] = {
-    {kInterface, FieldType::String},
-    {kRefcount, FieldType::Int},
-    {kGroup, FieldType::String},
-    {kLinkLayer, FieldType::String},
+    {kInterface, FieldType::String, 1},
+    {kRefcount, FieldType::Int, 2},
+    {kGroup, FieldType::String, 3},
+    {kLinkLayer, FieldType::String, 4},
 };
-constexpr Declare::StructShape kNic = {"Nic", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:Interface", "Interface,Refcount,Group,Link Layer"},
-};
+constexpr Declare::StructShape kNic = {"Nic", kFields, "Interface"};
 
 }  // namespace
 
 constexpr Declare::CommandShape kMulticastGroupListShape = {
     .description = "List all the multicast group members.",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .root = Declare::Root::List,
     .structure = &kNic,
 };

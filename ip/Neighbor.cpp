@@ -74,13 +74,13 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNeighbor, FieldType::String}, {kMacAddress, FieldType::String}, {kKelmnic, FieldType::String},
-    {kExpiry, FieldType::Int},      {kState, FieldType::String},      {kType, FieldType::String},
+    {kNeighbor, FieldType::String, 1}, {kMacAddress, FieldType::String, 2},
+    {kKelmnic, FieldType::String, 3},  {kExpiry, FieldType::Int, 4},
+    {kState, FieldType::String, 5},    {kType, FieldType::String, 6},
 };
 constexpr Declare::StructShape kNetworkNeighbor = {"NetworkNeighbor", kFields};
 
 constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:NetworkNeighbor", "Neighbor,Mac Address,Kelmnic,Expiry,State,Type"},
     {"units:NetworkNeighbor.Expiry", "sec"},
 };
 

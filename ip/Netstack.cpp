@@ -43,36 +43,32 @@ constexpr bool kDefaultIpv6 = true;
 constexpr unsigned kDefaultWorkers = 2;
 
 constexpr Field kListFields[] = {
-    {kKey, FieldType::String},
-    {kName, FieldType::String},
-    {kState, FieldType::Int},
+    {kKey, FieldType::String, 1},
+    {kName, FieldType::String, 2},
+    {kState, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kListStruct = {kNetstackStruct, kListFields};
 
 constexpr Field kGetFields[] = {
-    {kKey, FieldType::String},
-    {kName, FieldType::String},
-    {kEnabled, FieldType::Bool},
-    {kMaxConnections, FieldType::Int},
-    {kCurrentMaxConnections, FieldType::Int},
-    {kCongestionControl, FieldType::String},
-    {kIpv6Enabled, FieldType::Bool},
-    {kCurrentIpv6Enabled, FieldType::Bool},
-    {kEcnStatus, FieldType::String},
-    {kState, FieldType::Int},
+    {kKey, FieldType::String, 1},
+    {kName, FieldType::String, 2},
+    {kEnabled, FieldType::Bool, 3},
+    {kMaxConnections, FieldType::Int, 4},
+    {kCurrentMaxConnections, FieldType::Int, 5},
+    {kCongestionControl, FieldType::String, 6},
+    {kIpv6Enabled, FieldType::Bool, 7},
+    {kCurrentIpv6Enabled, FieldType::Bool, 8},
+    {kEcnStatus, FieldType::String, 9},
+    {kState, FieldType::Int, 10},
 };
 constexpr Declare::StructShape kGetStruct = {kNetstackStruct, kGetFields};
 
 constexpr Declare::OutputParameter kListOutput[] = {
     {"header:NetstackInstance", "%Key%"},
-    {"fields:NetstackInstance", "Key,Name,State"},
 };
 
 constexpr Declare::OutputParameter kGetOutput[] = {
     {"header:NetstackInstance", "%Key%"},
-    {"fields:NetstackInstance",
-     "Key,Name,Enabled,Max Connections,Current Max Connections,Congestion Control Algorithm,IPv6 "
-     "Enabled,Current IPv6 Enabled,ECN Status,State"},
 };
 
 constexpr Declare::Parameter kKeyParameters[] = {

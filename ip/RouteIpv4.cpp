@@ -47,14 +47,11 @@ constexpr Declare::Parameter kListParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNetwork, FieldType::String},   {kNetmask, FieldType::String}, {kGateway, FieldType::String},
-    {kInterface, FieldType::String}, {kSource, FieldType::String},
+    {kNetwork, FieldType::String, 1}, {kNetmask, FieldType::String, 2},
+    {kGateway, FieldType::String, 3}, {kInterface, FieldType::String, 4},
+    {kSource, FieldType::String, 5},
 };
 constexpr Declare::StructShape kRoute = {"Ipv4Route", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ipv4Route", "Network,Netmask,Gateway,Interface,Source"},
-};
 
 // The instance named by `netstack`, or the default one.
 void ApplyNetstack(const Input& input, RoutingInfoImpl& routing) {
@@ -86,7 +83,6 @@ constexpr Declare::CommandShape kIpRouteIpv4RemoveShape = {
 constexpr Declare::CommandShape kIpRouteIpv4ListShape = {
     .description = "List configured IPv4 routes",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kRoute,

@@ -43,16 +43,12 @@ constexpr Declare::Parameter kListParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNetwork, FieldType::String},
-    {kNetmask, FieldType::String},
-    {kGateway, FieldType::String},
-    {kInterface, FieldType::String},
+    {kNetwork, FieldType::String, 1},
+    {kNetmask, FieldType::String, 2},
+    {kGateway, FieldType::String, 3},
+    {kInterface, FieldType::String, 4},
 };
 constexpr Declare::StructShape kRoute = {"Ipv6Route", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ipv6Route", "Network,Netmask,Gateway,Interface"},
-};
 
 Ipv6Network NetworkOf(const std::string& network) {
     return network == kDefaultNetwork ? RoutingInfoImpl::DEFAULT_IPV6_ROUTE : Ipv6Network(network);
@@ -82,7 +78,6 @@ constexpr Declare::CommandShape kIpRouteIpv6RemoveShape = {
 constexpr Declare::CommandShape kIpRouteIpv6ListShape = {
     .description = "List configured IPv6 routes",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kRoute,

@@ -45,15 +45,12 @@ constexpr char kBranch[] = "Branch";
 constexpr char kBranchMac[] = "Branch MAC";
 constexpr char kVlanId[] = "VLAN ID";
 constexpr Field kAttachmentFields[] = {
-    {kTrunk, FieldType::String},
-    {kBranch, FieldType::String},
-    {kBranchMac, FieldType::String},
-    {kVlanId, FieldType::Int},
+    {kTrunk, FieldType::String, 1},
+    {kBranch, FieldType::String, 2},
+    {kBranchMac, FieldType::String, 3},
+    {kVlanId, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kAttachment = {"AttachmentInfo", kAttachmentFields};
-constexpr Declare::OutputParameter kListOutput[] = {
-    {"fields:AttachmentInfo", "Trunk,Branch,Branch MAC,VLAN ID"},
-};
 
 constexpr char kSameUplink[] = "Trunk uplink and branch uplink need to be different.";
 constexpr char kInvalidTrunk[] = "Invalid trunk PNIC name ";
@@ -80,7 +77,6 @@ constexpr Declare::CommandShape kNicAttachmentRemoveShape = {
 constexpr Declare::CommandShape kNicAttachmentListShape = {
     .description = "Show uplink attachment information.",
     .formatter = "table",
-    .outputParameters = kListOutput,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kAttachment,

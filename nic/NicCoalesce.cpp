@@ -71,21 +71,16 @@ constexpr char kAdaptiveTxField[] = "Adaptive TX";
 constexpr char kSampleIntervalField[] = "Sample interval seconds";
 
 constexpr Field kGeneralFields[] = {
-    {kNic, FieldType::String},
-    {kRxMicroseconds, FieldType::String},
-    {kRxMaximumFrames, FieldType::String},
-    {kTxMicroseconds, FieldType::String},
-    {kTxMaximumFrames, FieldType::String},
-    {kAdaptiveRxField, FieldType::String},
-    {kAdaptiveTxField, FieldType::String},
-    {kSampleIntervalField, FieldType::String},
+    {kNic, FieldType::String, 1},
+    {kRxMicroseconds, FieldType::String, 2},
+    {kRxMaximumFrames, FieldType::String, 3},
+    {kTxMicroseconds, FieldType::String, 4},
+    {kTxMaximumFrames, FieldType::String, 5},
+    {kAdaptiveRxField, FieldType::String, 6},
+    {kAdaptiveTxField, FieldType::String, 7},
+    {kSampleIntervalField, FieldType::String, 8},
 };
 constexpr Declare::StructShape kGeneralShape = {"CoalesceParams", kGeneralFields};
-constexpr Declare::OutputParameter kGeneralOutput[] = {
-    {"fields:CoalesceParams",
-     "NIC,RX microseconds,RX maximum frames,TX microseconds,TX Maximum frames,Adaptive RX,"
-     "Adaptive TX,Sample interval seconds"},
-};
 
 // The low and high bands: the same steps on five fields of one band.
 
@@ -96,22 +91,18 @@ constexpr char kTxDelayTime[] = "TX delay time";
 constexpr char kTxDelayPackets[] = "TX delay packets";
 
 constexpr Field kBandFields[] = {
-    {kNic, FieldType::String},      {kPacketRate, FieldType::Int},
-    {kRxDelayTime, FieldType::Int}, {kRxDelayPackets, FieldType::Int},
-    {kTxDelayTime, FieldType::Int}, {kTxDelayPackets, FieldType::Int},
+    {kNic, FieldType::String, 1},      {kPacketRate, FieldType::Int, 2},
+    {kRxDelayTime, FieldType::Int, 3}, {kRxDelayPackets, FieldType::Int, 4},
+    {kTxDelayTime, FieldType::Int, 5}, {kTxDelayPackets, FieldType::Int, 6},
 };
 constexpr Declare::StructShape kLowShape = {"CoalesceParamsAtLowPacketRate", kBandFields};
 constexpr Declare::StructShape kHighShape = {"CoalesceParamsAtHighPacketRate", kBandFields};
 constexpr Declare::OutputParameter kLowOutput[] = {
-    {"fields:CoalesceParamsAtLowPacketRate",
-     "NIC,Packet rate,RX delay time,RX delay packets,TX delay time,TX delay packets"},
     {"units:CoalesceParamsAtLowPacketRate.Packet rate", "pps"},
     {"units:CoalesceParamsAtLowPacketRate.RX delay time", "microsecond"},
     {"units:CoalesceParamsAtLowPacketRate.TX delay time", "microsecond"},
 };
 constexpr Declare::OutputParameter kHighOutput[] = {
-    {"fields:CoalesceParamsAtHighPacketRate",
-     "NIC,Packet rate,RX delay time,RX delay packets,TX delay time,TX delay packets"},
     {"units:CoalesceParamsAtHighPacketRate.Packet rate", "pps"},
     {"units:CoalesceParamsAtHighPacketRate.RX delay time", "microsecond"},
     {"units:CoalesceParamsAtHighPacketRate.TX delay time", "microsecond"},
@@ -242,7 +233,6 @@ void BandSet(const Band& band, const Input& input, Output& output) {
 constexpr Declare::CommandShape kNicCoalesceGetShape = {
     .description = "Get coalesce parameters",
     .formatter = "table",
-    .outputParameters = kGeneralOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kGeneralShape,

@@ -16,19 +16,16 @@ constexpr char kOffset[] = "Offset";
 constexpr char kValue[] = "Value";
 constexpr char kItem[] = "Item";
 constexpr Field kEepromFields[] = {
-    {kOffset, FieldType::String},
-    {kValue, FieldType::String},
+    {kOffset, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
 };
 constexpr Declare::StructShape kEepromStruct = {"EepromDump", kEepromFields};
-constexpr Declare::OutputParameter kEepromOutput[] = {{"fields:EepromDump", "Offset,Value"}};
 constexpr Declare::StructShape kRegisterStruct = {"RegisterDump", kEepromFields};
-constexpr Declare::OutputParameter kRegisterOutput[] = {{"fields:RegisterDump", "Offset,Value"}};
 constexpr Field kSelfTestFields[] = {
-    {kItem, FieldType::String},
-    {kValue, FieldType::String},
+    {kItem, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
 };
 constexpr Declare::StructShape kSelfTestStruct = {"EepromDump", kSelfTestFields};
-constexpr Declare::OutputParameter kSelfTestOutput[] = {{"fields:EepromDump", "Item,Value"}};
 
 constexpr char kOffsetParameter[] = "offset";
 constexpr char kLengthParameter[] = "length";
@@ -118,7 +115,6 @@ std::shared_ptr<MetaList> DumpBinary(unsigned int offset, std::vector<unsigned c
 constexpr Declare::CommandShape kNicEepromDumpShape = {
     .description = "Dump device EEPROM",
     .formatter = "table",
-    .outputParameters = kEepromOutput,
     .parameters = kEepromDumpParameters,
     .root = Declare::Root::List,
     .structure = &kEepromStruct,
@@ -133,7 +129,6 @@ constexpr Declare::CommandShape kNicEepromChangeShape = {
 constexpr Declare::CommandShape kNicRegisterDumpShape = {
     .description = "Dump device registers",
     .formatter = "table",
-    .outputParameters = kRegisterOutput,
     .parameters = kRegisterDumpParameters,
     .root = Declare::Root::List,
     .structure = &kRegisterStruct,
@@ -142,7 +137,6 @@ constexpr Declare::CommandShape kNicRegisterDumpShape = {
 constexpr Declare::CommandShape kNicSelfTestRunShape = {
     .description = "Run self test",
     .formatter = "table",
-    .outputParameters = kSelfTestOutput,
     .parameters = kSelfTestParameters,
     .root = Declare::Root::List,
     .structure = &kSelfTestStruct,

@@ -71,7 +71,7 @@ constexpr Field kNicInfoFields[] = {
     {kPauseRx, FieldType::Bool},
     {kPauseTx, FieldType::Bool},
     {kLinkStatus, FieldType::String},
-    {kDriverInfo, FieldType::Struct, &kDriverInfoShape},
+    {kDriverInfo, FieldType::Struct, 0, &kDriverInfoShape},
     {kBackingDpuId, FieldType::String},
 };
 constexpr Declare::StructShape kNicInfoShape = {"NICInfo", kNicInfoFields};

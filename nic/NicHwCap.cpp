@@ -16,21 +16,15 @@ constexpr char kSupportedField[] = "Device Hardware Cap Supported";
 constexpr char kActivatedField[] = "Device Hardware Cap Activated";
 
 constexpr Field kSupportedFields[] = {
-    {kNicField, FieldType::String},
-    {kSupportedField, FieldType::String},
+    {kNicField, FieldType::String, 1},
+    {kSupportedField, FieldType::String, 2},
 };
 constexpr Field kActivatedFields[] = {
-    {kNicField, FieldType::String},
-    {kActivatedField, FieldType::String},
+    {kNicField, FieldType::String, 1},
+    {kActivatedField, FieldType::String, 2},
 };
 constexpr Declare::StructShape kSupportedStruct = {"Settings", kSupportedFields};
 constexpr Declare::StructShape kActivatedStruct = {"Settings", kActivatedFields};
-constexpr Declare::OutputParameter kSupportedOutput[] = {
-    {"fields:Settings", "NIC,Device Hardware Cap Supported"},
-};
-constexpr Declare::OutputParameter kActivatedOutput[] = {
-    {"fields:Settings", "NIC,Device Hardware Cap Activated"},
-};
 constexpr Declare::Parameter kParameters[] = {
     {kHwnicParameter, "n", Declare::Type::List, false,
      "Limit the output to only the physical NICS with the specified names."},
@@ -102,7 +96,6 @@ void ListCapabilities(const Input& input, Output& output, bool activated,
 constexpr Declare::CommandShape kNicHwCapSupportedListShape = {
     .description = "List supported hardware capabilities of physical NICs.",
     .formatter = "table",
-    .outputParameters = kSupportedOutput,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kSupportedStruct,
@@ -111,7 +104,6 @@ constexpr Declare::CommandShape kNicHwCapSupportedListShape = {
 constexpr Declare::CommandShape kNicHwCapActivatedListShape = {
     .description = "List activated hardware capabilities of physical NICs.",
     .formatter = "table",
-    .outputParameters = kActivatedOutput,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kActivatedStruct,

@@ -51,16 +51,16 @@ constexpr Offload kSg = {{kValue, nullptr},
                          {&PnicOffloadParams::scatterGather, nullptr},
                          PnicOffloadParams::kScatterGather};
 
-constexpr Field kCsoFields[] = {
-    {kNic, FieldType::String}, {kRxChecksum, FieldType::String}, {kTxChecksum, FieldType::String}};
-constexpr Field kValueFields[] = {{kNic, FieldType::String}, {kValue, FieldType::String}};
+constexpr Field kCsoFields[] = {{kNic, FieldType::String, 1},
+                                {kRxChecksum, FieldType::String, 2},
+                                {kTxChecksum, FieldType::String, 3}};
+constexpr Field kValueFields[] = {
+    {kNic, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
+};
 constexpr Declare::StructShape kCsoShape = {"CSOSettings", kCsoFields};
 constexpr Declare::StructShape kTsoShape = {"TSOSettings", kValueFields};
 constexpr Declare::StructShape kSgShape = {"ScatterGatherSetting", kValueFields};
-constexpr Declare::OutputParameter kCsoOutput[] = {
-    {"fields:CSOSettings", "NIC,RX Checksum Offload,TX Checksum Offload"}};
-constexpr Declare::OutputParameter kTsoOutput[] = {{"fields:TSOSettings", "NIC,Value"}};
-constexpr Declare::OutputParameter kSgOutput[] = {{"fields:ScatterGatherSetting", "NIC,Value"}};
 
 constexpr Declare::Parameter kCsoGetParameters[] = {
     {kHwnic, "n", Declare::Type::String, false, "The name of pnic to get CSO settings"}};
@@ -130,47 +130,24 @@ constexpr Feature kFeatures[] = {
      &PnicSoftwareSimulation::vlanUntagging, 0x1000},
 };
 
-constexpr Declare::Parameter FeatureParameter(const Feature& feature) {
-    return {feature.parameter, nullptr, Declare::Type::Bool, false, feature.description};
-}
-constexpr Declare::Parameter kSoftwareSetParameters[] = {
+// `software set` takes a parameter per feature, and `software list` shows a column per feature.
+constexpr Declare::Parameter kSoftwareSetLeadingParameters[] = {
     {kHwnic, "n", Declare::Type::String, true,
      "Name of the hwnic whose software similation settings should be updated."},
-    FeatureParameter(kFeatures[0]),
-    FeatureParameter(kFeatures[1]),
-    FeatureParameter(kFeatures[2]),
-    FeatureParameter(kFeatures[3]),
-    FeatureParameter(kFeatures[4]),
-    FeatureParameter(kFeatures[5]),
-    FeatureParameter(kFeatures[6]),
-    FeatureParameter(kFeatures[7]),
-    FeatureParameter(kFeatures[8]),
-    FeatureParameter(kFeatures[9]),
-    FeatureParameter(kFeatures[10]),
-    FeatureParameter(kFeatures[11]),
-    FeatureParameter(kFeatures[12]),
-    FeatureParameter(kFeatures[13]),
 };
+constexpr auto kSoftwareSetParameters = Declare::ParametersWithRows(
+    kSoftwareSetLeadingParameters, kFeatures, [](const Feature& feature) -> Declare::Parameter {
+        return {feature.parameter, nullptr, Declare::Type::Bool, false, feature.description};
+    });
 constexpr Declare::Parameter kSoftwareListParameters[] = {
     {kHwnic, "n", Declare::Type::List, false,
      "Limit the output to only the physical NICS with the specified names."}};
 
-constexpr Field FeatureField(const Feature& feature) {
-    return {feature.field, FieldType::String};
-}
-constexpr Field kSoftwareFields[] = {
-    {kNic, FieldType::String},   FeatureField(kFeatures[0]),  FeatureField(kFeatures[1]),
-    FeatureField(kFeatures[2]),  FeatureField(kFeatures[3]),  FeatureField(kFeatures[4]),
-    FeatureField(kFeatures[5]),  FeatureField(kFeatures[6]),  FeatureField(kFeatures[7]),
-    FeatureField(kFeatures[8]),  FeatureField(kFeatures[9]),  FeatureField(kFeatures[10]),
-    FeatureField(kFeatures[11]), FeatureField(kFeatures[12]), FeatureField(kFeatures[13]),
-};
+constexpr Field kSoftwareLeadingFields[] = {{kNic, FieldType::String, 1}};
+constexpr auto kSoftwareFields =
+    Declare::FieldsWithRows(kSoftwareLeadingFields, kFeatures, FieldType::String,
+                            [](const Feature& feature) { return feature.field; });
 constexpr Declare::StructShape kSoftwareShape = {"Settings", kSoftwareFields};
-constexpr Declare::OutputParameter kSoftwareOutput[] = {
-    {"fields:Settings",
-     "NIC,IPv4 CSO,IPv4 TSO,Scatter Gather,Offset Based Offload,VXLAN Encap,Geneve Offload,"
-     "IPv6 TSO,IPv6 TSO Ext,IPv6 CSO,IPv6 CSO Ext,High DMA,Scatter Gather MP,VLAN Tagging,"
-     "VLAN Untagging"}};
 
 // `get` of one offload: a row per NIC, "N/A" for a NIC that can't report.
 void OffloadGet(const Offload& offload, Declare::PackedStruct shape, const Input& input,
@@ -236,7 +213,6 @@ void OffloadSet(const Offload& offload, KelmCtl::Network::NetworkInfoImpl& netwo
 constexpr Declare::CommandShape kNicCsoGetShape = {
     .description = "Get checksum offload settings",
     .formatter = "table",
-    .outputParameters = kCsoOutput,
     .parameters = kCsoGetParameters,
     .root = Declare::Root::List,
     .structure = &kCsoShape,
@@ -244,7 +220,6 @@ constexpr Declare::CommandShape kNicCsoGetShape = {
 constexpr Declare::CommandShape kNicTsoGetShape = {
     .description = "Get TCP segmentation offload settings",
     .formatter = "table",
-    .outputParameters = kTsoOutput,
     .parameters = kTsoGetParameters,
     .root = Declare::Root::List,
     .structure = &kTsoShape,
@@ -252,7 +227,6 @@ constexpr Declare::CommandShape kNicTsoGetShape = {
 constexpr Declare::CommandShape kNicSgGetShape = {
     .description = "Get scatter-gather settings",
     .formatter = "table",
-    .outputParameters = kSgOutput,
     .parameters = kSgGetParameters,
     .root = Declare::Root::List,
     .structure = &kSgShape,
@@ -277,7 +251,6 @@ constexpr Declare::CommandShape kNicSoftwareListShape = {
         "List software simulation settings of physical NICs currently installed and "
         "loaded on the system.",
     .formatter = "table",
-    .outputParameters = kSoftwareOutput,
     .parameters = kSoftwareListParameters,
     .root = Declare::Root::List,
     .structure = &kSoftwareShape,

@@ -14,14 +14,11 @@ using Declare::FieldType;
 constexpr char kTxCount[] = "Tx netqueue count";
 constexpr char kRxCount[] = "Rx netqueue count";
 constexpr Field kCountFields[] = {
-    {kNicField, FieldType::String},
-    {kTxCount, FieldType::Int},
-    {kRxCount, FieldType::Int},
+    {kNicField, FieldType::String, 1},
+    {kTxCount, FieldType::Int, 2},
+    {kRxCount, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kCountStruct = {"NetqueueCount", kCountFields};
-constexpr Declare::OutputParameter kCountOutput[] = {
-    {"fields:NetqueueCount", "NIC,Tx netqueue count,Rx netqueue count"},
-};
 constexpr Declare::Parameter kCountGetParameters[] = {
     {kHwnicParameter, "n", Declare::Type::String, false, "The name of pnic to get netqueue count"},
 };
@@ -38,23 +35,17 @@ constexpr Declare::Parameter kCountSetParameters[] = {
 
 constexpr const char* kFilterClassNames[] = {"MacOnly", "VlanOnly", "VlanMac",
                                              "Vxlan",   "Geneve",   "GenericEncap"};
-constexpr Field kFilterClassFields[] = {
-    {kNicField, FieldType::String},          {kFilterClassNames[0], FieldType::Bool},
-    {kFilterClassNames[1], FieldType::Bool}, {kFilterClassNames[2], FieldType::Bool},
-    {kFilterClassNames[3], FieldType::Bool}, {kFilterClassNames[4], FieldType::Bool},
-    {kFilterClassNames[5], FieldType::Bool},
-};
+constexpr Field kFilterClassLeadingFields[] = {{kNicField, FieldType::String, 1}};
+constexpr auto kFilterClassFields =
+    Declare::FieldsWithRows(kFilterClassLeadingFields, kFilterClassNames, FieldType::Bool,
+                            [](const char* name) { return name; });
 constexpr Declare::StructShape kFilterClassStruct = {"Settings", kFilterClassFields};
-constexpr Declare::OutputParameter kFilterClassOutput[] = {
-    {"fields:Settings", "NIC,MacOnly,VlanOnly,VlanMac,Vxlan,Geneve,GenericEncap"},
-};
 
 }  // namespace
 
 constexpr Declare::CommandShape kNicQueueCountGetShape = {
     .description = "Get netqueue count on a nic",
     .formatter = "table",
-    .outputParameters = kCountOutput,
     .parameters = kCountGetParameters,
     .root = Declare::Root::List,
     .structure = &kCountStruct,
@@ -71,7 +62,6 @@ constexpr Declare::CommandShape kNicQueueFilterClassListShape = {
         "List the netqueue supported filterclass of all physical NICs currently installed and "
         "loaded on the system.",
     .formatter = "table",
-    .outputParameters = kFilterClassOutput,
     .root = Declare::Root::List,
     .structure = &kFilterClassStruct,
 };

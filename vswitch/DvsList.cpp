@@ -56,7 +56,7 @@ constexpr Field kFields[] = {
     {kBeaconTimeout, FieldType::Int},
     {kUplinks, FieldType::StringList},
     {kZanvexBranded, FieldType::Bool},
-    {kDVPort, FieldType::StructList, &kDVPortShape},
+    {kDVPort, FieldType::StructList, 0, &kDVPortShape},
 };
 constexpr Declare::StructShape kOds = {"ODS", kFields};
 

@@ -26,15 +26,11 @@ constexpr char kSwitchField[] = "Switch";
 constexpr char kAffinityField[] = "Affinity";
 
 constexpr Field kEnsFields[] = {
-    {kLcoreIdField, FieldType::Int},
-    {kSwitchField, FieldType::String},
-    {kAffinityField, FieldType::Int},
+    {kLcoreIdField, FieldType::Int, 1},
+    {kSwitchField, FieldType::String, 2},
+    {kAffinityField, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kEns = {"Ens", kEnsFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ens", "Lcore ID,Switch,Affinity"},
-};
 
 constexpr Declare::Parameter kMaxLcoresParameters[] = {
     {kMaxLcoresParameter, "n", Declare::Type::Int, true,
@@ -144,7 +140,6 @@ NETWORK_COMMAND(EnsLcoreRemove, kEnsLcoreRemoveShape) {
 constexpr Declare::CommandShape kEnsLcoreListShape = {
     .description = "List ENS contexts.",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kEns,
 };

@@ -26,15 +26,12 @@ constexpr char kMode[] = "Mode";
 constexpr char kLoadBalance[] = "Load balance";
 
 constexpr Field kFields[] = {
-    {kDvsName, FieldType::String},     {kLagName, FieldType::String}, {kLagId, FieldType::String},
-    {kNics, FieldType::String},        {kEnabled, FieldType::Bool},   {kMode, FieldType::String},
-    {kLoadBalance, FieldType::String},
+    {kDvsName, FieldType::String, 1},     {kLagName, FieldType::String, 2},
+    {kLagId, FieldType::String, 3},       {kNics, FieldType::String, 4},
+    {kEnabled, FieldType::Bool, 5},       {kMode, FieldType::String, 6},
+    {kLoadBalance, FieldType::String, 7},
 };
 constexpr Declare::StructShape kLacp = {"LACP", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:LACP", "DVS Name,LAG Name,LAG ID,NICs,Enabled,Mode,Load balance"},
-};
 
 constexpr Declare::Parameter kParameters[] = {
     {kDvsParameter, "s", Declare::Type::String, false, "The name of DVS to get configuration on"},
@@ -183,7 +180,6 @@ long AddLagRows(const DVSwitch& dvSwitch, MetaList& list) {
 constexpr Declare::CommandShape kLacpGetConfigShape = {
     .description = "Get LACP configuration on DVS",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kLacp,

@@ -53,8 +53,8 @@ constexpr Declare::StructShape kPartnerInfo = {"PartnerInfo", kPartnerFields};
 constexpr Field kNicFields[] = {
     {kNic, FieldType::String},
     {kState, FieldType::String},
-    {kLocalInformation, FieldType::Struct, &kLocalInfo},
-    {kPartnerInformation, FieldType::Struct, &kPartnerInfo},
+    {kLocalInformation, FieldType::Struct, 0, &kLocalInfo},
+    {kPartnerInformation, FieldType::Struct, 0, &kPartnerInfo},
 };
 constexpr Declare::StructShape kNicStatus = {"NicStatus", kNicFields};
 
@@ -63,7 +63,7 @@ constexpr Field kLagFields[] = {
     {kLagId, FieldType::Int},
     {kMode, FieldType::String},
     {kFlags, FieldType::StringList},
-    {kNicList, FieldType::StructList, &kNicStatus},
+    {kNicList, FieldType::StructList, 0, &kNicStatus},
 };
 constexpr Declare::StructShape kLag = {"LAG", kLagFields};
 
@@ -93,6 +93,8 @@ constexpr Field kStatsFields[] = {
 };
 constexpr Declare::StructShape kLacpStats = {"LACPStats", kStatsFields};
 
+// A list of columns the command host never applies, for a struct the result does not have, with
+// names the fields do not have; kept as the command has always given it.
 constexpr Declare::OutputParameter kStatsOutputParameters[] = {
     {"fields:LACP", "Uplink, Tx LACPDUs, Tx Errors, Rx LACPDUs, Rx Errors"},
 };

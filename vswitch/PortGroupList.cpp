@@ -18,16 +18,12 @@ constexpr char kActiveClients[] = "Active Clients";
 constexpr char kVlanId[] = "VLAN ID";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kVirtualSwitch, FieldType::String},
-    {kActiveClients, FieldType::Int},
-    {kVlanId, FieldType::Int},
+    {kName, FieldType::String, 1},
+    {kVirtualSwitch, FieldType::String, 2},
+    {kActiveClients, FieldType::Int, 3},
+    {kVlanId, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kPortGroup = {"PortGroup", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroup", "Name,Virtual Switch,Active Clients,VLAN ID"},
-};
 
 constexpr Declare::Parameter kParameters[] = {
     {kTypeParameter, "t", Declare::Type::String, false,
@@ -39,7 +35,6 @@ constexpr Declare::Parameter kParameters[] = {
 constexpr Declare::CommandShape kVirtualSwitchPortGroupListShape = {
     .description = "List all of the port groups currently on the system.",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kPortGroup,

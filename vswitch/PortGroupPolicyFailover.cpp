@@ -20,11 +20,6 @@ constexpr auto kFields = WithOverrideFields(kFailoverFields, kOverrides);
 constexpr Declare::StructShape kFailoverPolicy = {"PortGroupFailoverPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupFailoverPolicy",
-     "Load Balancing,Network Failure Detection,Notify Switches,Failback,Active Adapters,Standby "
-     "Adapters,Unused Adapters,Override Vswitch Load Balancing,Override Vswitch Network Failure "
-     "Detection,Override Vswitch Notify Switches,Override Vswitch Failback,Override Vswitch "
-     "Uplinks"},
     {"header:PortGroupFailoverPolicy", "<NONE>"},
 };
 

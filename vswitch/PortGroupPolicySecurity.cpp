@@ -18,10 +18,6 @@ constexpr auto kFields = WithOverrideFields(kSecurityFields, kOverrides);
 constexpr Declare::StructShape kSecurityPolicy = {"PortGroupSecurityPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupSecurityPolicy",
-     "Allow Promiscuous,Allow MAC Address Change,Allow Forged Transmits,Override Vswitch Allow "
-     "Promiscuous,Override Vswitch Allow MAC Address Change,Override Vswitch Allow Forged "
-     "Transmits"},
     {"header:PortGroupSecurityPolicy", "<NONE>"},
 };
 

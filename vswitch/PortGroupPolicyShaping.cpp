@@ -19,9 +19,6 @@ constexpr auto kFields = WithOverrideFields(kShapingFields, kOverrides);
 constexpr Declare::StructShape kShapingPolicy = {"PortGroupTrafficShapingPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupTrafficShapingPolicy",
-     "Enabled,Average Bandwidth,Peak Bandwidth,Burst Size,Override Vswitch Enabled,Override "
-     "Vswitch Average Bandwidth,Override Vswitch Peak Bandwidth,Override Vswitch Burst Size"},
     {"header:PortGroupTrafficShapingPolicy", "<NONE>"},
     {"units:PortGroupTrafficShapingPolicy.Average Bandwidth", "Kbps"},
     {"units:PortGroupTrafficShapingPolicy.Peak Bandwidth", "Kbps"},

@@ -31,27 +31,24 @@ constexpr char kUplinks[] = "Uplinks";
 constexpr char kPortgroups[] = "Portgroups";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kClass, FieldType::String},
-    {kNumPorts, FieldType::Int},
-    {kUsedPorts, FieldType::Int},
-    {kConfiguredPorts, FieldType::Int},
-    {kMtu, FieldType::Int},
-    {kCdpStatus, FieldType::String},
-    {kBeaconEnabled, FieldType::Bool},
-    {kBeaconInterval, FieldType::Int},
-    {kBeaconThreshold, FieldType::Int},
-    {kBeaconRequiredBy, FieldType::StringList},
-    {kUplinks, FieldType::StringList},
-    {kPortgroups, FieldType::StringList},
+    {kName, FieldType::String, 1},
+    {kClass, FieldType::String, 2},
+    {kNumPorts, FieldType::Int, 3},
+    {kUsedPorts, FieldType::Int, 4},
+    {kConfiguredPorts, FieldType::Int, 5},
+    {kMtu, FieldType::Int, 6},
+    {kCdpStatus, FieldType::String, 7},
+    {kBeaconEnabled, FieldType::Bool, 8},
+    {kBeaconInterval, FieldType::Int, 9},
+    {kBeaconThreshold, FieldType::Int, 10},
+    {kBeaconRequiredBy, FieldType::StringList, 11},
+    {kUplinks, FieldType::StringList, 12},
+    {kPortgroups, FieldType::StringList, 13},
 };
 constexpr Declare::StructShape kVirtualSwitch = {"VirtualSwitch", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
     {"header:VirtualSwitch", "%Name%"},
-    {"fields:VirtualSwitch",
-     "Name,Class,Num Ports,Used Ports,Configured Ports,MTU,CDP Status,Beacon Enabled,Beacon "
-     "Interval,Beacon Threshold,Beacon Required By,Uplinks,Portgroups"},
 };
 
 constexpr Declare::Parameter kParameters[] = {

@@ -10,9 +10,6 @@ namespace {
 constexpr Declare::StructShape kFailoverPolicy = {"VirtualSwitchFailoverPolicy", kFailoverFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchFailoverPolicy",
-     "Load Balancing,Network Failure Detection,Notify Switches,Failback,Active Adapters,Standby "
-     "Adapters,Unused Adapters"},
     {"header:VirtualSwitchFailoverPolicy", "<NONE>"},
 };
 

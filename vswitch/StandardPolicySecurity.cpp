@@ -10,8 +10,6 @@ namespace {
 constexpr Declare::StructShape kSecurityPolicy = {"VirtualSwitchSecurityPolicy", kSecurityFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchSecurityPolicy",
-     "Allow Promiscuous,Allow MAC Address Change,Allow Forged Transmits"},
     {"header:VirtualSwitchSecurityPolicy", "<NONE>"},
 };
 

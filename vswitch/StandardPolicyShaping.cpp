@@ -11,8 +11,6 @@ constexpr Declare::StructShape kShapingPolicy = {"VirtualSwitchTrafficShapingPol
                                                  kShapingFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchTrafficShapingPolicy",
-     "Enabled,Average Bandwidth,Peak Bandwidth,Burst Size"},
     {"header:VirtualSwitchTrafficShapingPolicy", "<NONE>"},
     {"units:VirtualSwitchTrafficShapingPolicy.Average Bandwidth", "Kbps"},
     {"units:VirtualSwitchTrafficShapingPolicy.Peak Bandwidth", "Kbps"},

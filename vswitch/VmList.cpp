@@ -30,16 +30,12 @@ constexpr char kNumPorts[] = "Num Ports";
 constexpr char kNetworks[] = "Networks";
 
 constexpr Field kVmFields[] = {
-    {kWorldId, FieldType::Int},
-    {kName, FieldType::String},
-    {kNumPorts, FieldType::Int},
-    {kNetworks, FieldType::StringList},
+    {kWorldId, FieldType::Int, 1},
+    {kName, FieldType::String, 2},
+    {kNumPorts, FieldType::Int, 3},
+    {kNetworks, FieldType::StringList, 4},
 };
 constexpr Declare::StructShape kVm = {"VM", kVmFields};
-
-constexpr Declare::OutputParameter kVmOutputParameters[] = {
-    {"fields:VM", "World ID,Name,Num Ports,Networks"},
-};
 
 constexpr char kPortId[] = "Port ID";
 constexpr char kVswitch[] = "vSwitch";
@@ -52,23 +48,17 @@ constexpr char kUplinkPortId[] = "Uplink Port ID";
 constexpr char kActiveFilters[] = "Active Filters";
 
 constexpr Field kPortFields[] = {
-    {kPortId, FieldType::Int},
-    {kVswitch, FieldType::String},
-    {kPortgroup, FieldType::String},
-    {kDVPortId, FieldType::String},
-    {kMacAddress, FieldType::String},
-    {kIpAddress, FieldType::String},
-    {kTeamUplink, FieldType::String},
-    {kUplinkPortId, FieldType::Int},
-    {kActiveFilters, FieldType::StringList},
+    {kPortId, FieldType::Int, 1},
+    {kVswitch, FieldType::String, 2},
+    {kPortgroup, FieldType::String, 3},
+    {kDVPortId, FieldType::String, 4},
+    {kMacAddress, FieldType::String, 5},
+    {kIpAddress, FieldType::String, 6},
+    {kTeamUplink, FieldType::String, 7},
+    {kUplinkPortId, FieldType::Int, 8},
+    {kActiveFilters, FieldType::StringList, 9},
 };
 constexpr Declare::StructShape kPort = {"Port", kPortFields};
-
-constexpr Declare::OutputParameter kPortOutputParameters[] = {
-    {"fields:Port",
-     "Port ID,vSwitch,Portgroup,DVPort ID,MAC Address,IP Address,Team Uplink,Uplink Port "
-     "ID,Active Filters"},
-};
 
 constexpr Declare::Parameter kPortParameters[] = {
     {kWorldIdParameter, "w", Declare::Type::Int, true, "World ID of the VM for listing ports."},
@@ -92,7 +82,6 @@ std::string DVPortgroupOf(const PortImpl& port, const HostCtl::Network::Portset&
 constexpr Declare::CommandShape kVMListShape = {
     .description = "List networking information for the VM's that have active ports.",
     .formatter = "table",
-    .outputParameters = kVmOutputParameters,
     .root = Declare::Root::List,
     .structure = &kVm,
 };
@@ -141,7 +130,6 @@ NETWORK_COMMAND(VMList, kVMListShape) {
 constexpr Declare::CommandShape kVMPortListShape = {
     .description = "List of active ports for a given VM.",
     .formatter = "simple",
-    .outputParameters = kPortOutputParameters,
     .parameters = kPortParameters,
     .root = Declare::Root::List,
     .structure = &kPort,
