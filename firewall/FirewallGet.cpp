@@ -1,5 +1,5 @@
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/ModuleImpl.h"
 #include "kelmctl/SystemInfoImpl.h"
 
@@ -30,10 +30,8 @@ constexpr Declare::CommandShape kFirewallGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kFirewall,
 };
-const Declare::PackedShape FirewallGet::kShape = Declare::Pack<kFirewallGetShape>();
 
-void FirewallGet::ExecuteInternal(const std::shared_ptr<Input>&,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallGet, kFirewallGetShape) {
     try {
         KelmCtl::System::SystemInfoImpl system;
         KelmCtl::System::ModuleImpl module(Firewall::kFirewallModule);

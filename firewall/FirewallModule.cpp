@@ -1,6 +1,6 @@
 // Loading and unloading the firewall module, and reloading its rulesets.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/ModuleImpl.h"
 #include "kelmctl/SystemInfoImpl.h"
 
@@ -16,7 +16,6 @@ constexpr Declare::CommandShape kFirewallLoadShape = {
     .parameters = {},
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallLoad::kShape = Declare::Pack<kFirewallLoadShape>();
 
 constexpr Declare::CommandShape kFirewallRefreshShape = {
     .description = "Load ruleset configuration for firewall.",
@@ -25,7 +24,6 @@ constexpr Declare::CommandShape kFirewallRefreshShape = {
     .parameters = {},
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRefresh::kShape = Declare::Pack<kFirewallRefreshShape>();
 
 constexpr Declare::CommandShape kFirewallUnloadShape = {
     .description = "Allow unload firewall module.",
@@ -34,10 +32,8 @@ constexpr Declare::CommandShape kFirewallUnloadShape = {
     .parameters = {},
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallUnload::kShape = Declare::Pack<kFirewallUnloadShape>();
 
-void FirewallLoad::ExecuteInternal(const std::shared_ptr<Input>&,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallLoad, kFirewallLoadShape) {
     try {
         KelmCtl::System::SystemInfoImpl system;
         KelmCtl::System::ModuleImpl module(Firewall::kFirewallModule);
@@ -49,8 +45,7 @@ void FirewallLoad::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void FirewallRefresh::ExecuteInternal(const std::shared_ptr<Input>&,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRefresh, kFirewallRefreshShape) {
     KelmCtl::System::SystemInfoImpl system;
     Firewall::AuditChange(*output, kRefreshEvent, Firewall::kFirewallObject, [&] {
         system.LoadFirewallRulesets();
@@ -59,8 +54,7 @@ void FirewallRefresh::ExecuteInternal(const std::shared_ptr<Input>&,
     });
 }
 
-void FirewallUnload::ExecuteInternal(const std::shared_ptr<Input>&,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallUnload, kFirewallUnloadShape) {
     try {
         KelmCtl::System::SystemInfoImpl system;
         KelmCtl::System::ModuleImpl module(Firewall::kFirewallModule);

@@ -1,6 +1,6 @@
 // Adding and removing allowed addresses of a ruleset.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/SystemInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -54,8 +54,6 @@ constexpr Declare::CommandShape kFirewallRulesetAllowedipAddShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetAllowedipAdd::kShape =
-    Declare::Pack<kFirewallRulesetAllowedipAddShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetAllowedipRemoveShape = {
     .description = "Remove allowed IP address/range from the ruleset.",
@@ -64,16 +62,12 @@ constexpr Declare::CommandShape kFirewallRulesetAllowedipRemoveShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetAllowedipRemove::kShape =
-    Declare::Pack<kFirewallRulesetAllowedipRemoveShape>();
 
-void FirewallRulesetAllowedipAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetAllowedipAdd, kFirewallRulesetAllowedipAddShape) {
     ChangeAllowedIp(*input, *output, &FirewallRuleset::AddAllowedIp);
 }
 
-void FirewallRulesetAllowedipRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetAllowedipRemove, kFirewallRulesetAllowedipRemoveShape) {
     ChangeAllowedIp(*input, *output, &FirewallRuleset::RemoveAllowedIp);
 }
 

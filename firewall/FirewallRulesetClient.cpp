@@ -1,6 +1,6 @@
 // Counting the clients of a ruleset.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -11,10 +11,8 @@ constexpr char kClientStruct[] = "FirewallRulesetClientGet";
 
 constexpr Declare::Parameter kParameters[] = {Firewall::kRulesetLabelParameter};
 
-constexpr Declare::Field kClientFields[] = {{kClientCount, Declare::FieldType::Int}};
+constexpr Declare::Field kClientFields[] = {{kClientCount, Declare::FieldType::Int, 1}};
 constexpr Declare::StructShape kClient = {kClientStruct, kClientFields};
-constexpr Declare::OutputParameter kClientOutput[] = {
-    {"fields:FirewallRulesetClientGet", kClientCount}};
 
 // Looks up the ruleset of `ruleset-id` through the host's system model and hands it to `use`.
 template <class UseRuleset>
@@ -37,13 +35,10 @@ void WithRuleset(const Input& input, Output& output, UseRuleset&& use) {
 constexpr Declare::CommandShape kFirewallRulesetClientGetShape = {
     .description = "Show the number of clients using a firewall ruleset.",
     .formatter = "simple",
-    .outputParameters = kClientOutput,
     .parameters = kParameters,
     .root = Declare::Root::Struct,
     .structure = &kClient,
 };
-const Declare::PackedShape FirewallRulesetClientGet::kShape =
-    Declare::Pack<kFirewallRulesetClientGetShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetClientAddShape = {
     .description =
@@ -54,8 +49,6 @@ constexpr Declare::CommandShape kFirewallRulesetClientAddShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetClientAdd::kShape =
-    Declare::Pack<kFirewallRulesetClientAddShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetClientRemoveShape = {
     .description =
@@ -66,11 +59,8 @@ constexpr Declare::CommandShape kFirewallRulesetClientRemoveShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetClientRemove::kShape =
-    Declare::Pack<kFirewallRulesetClientRemoveShape>();
 
-void FirewallRulesetClientGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientGet, kFirewallRulesetClientGetShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         auto client = GetOutputStructure();
         client->SetField(kClientCount, static_cast<long>(ruleset.GetClientCount()));
@@ -78,16 +68,14 @@ void FirewallRulesetClientGet::ExecuteInternal(const std::shared_ptr<Input>& inp
     });
 }
 
-void FirewallRulesetClientAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientAdd, kFirewallRulesetClientAddShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         ruleset.AddClient();
         output->SetRootObject(MetaBool::New(true));
     });
 }
 
-void FirewallRulesetClientRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetClientRemove, kFirewallRulesetClientRemoveShape) {
     WithRuleset(*input, *output, [&](HostCtl::System::FirewallRuleset& ruleset) {
         ruleset.RemoveClient();
         output->SetRootObject(MetaBool::New(true));

@@ -1,6 +1,6 @@
 // Listings over the rulesets: the rulesets themselves, their rules, and their allowed addresses.
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/SystemInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -17,14 +17,12 @@ constexpr char kEnabled[] = "Enabled";
 constexpr char kEnabledConfigurable[] = "Enable/Disable configurable";
 constexpr char kAllowedIpConfigurable[] = "Allowed IP configurable";
 constexpr Declare::Field kRulesetFields[] = {
-    {kName, Declare::FieldType::String},
-    {kEnabled, Declare::FieldType::Bool},
-    {kEnabledConfigurable, Declare::FieldType::Bool},
-    {kAllowedIpConfigurable, Declare::FieldType::Bool},
+    {kName, Declare::FieldType::String, 1},
+    {kEnabled, Declare::FieldType::Bool, 2},
+    {kEnabledConfigurable, Declare::FieldType::Bool, 3},
+    {kAllowedIpConfigurable, Declare::FieldType::Bool, 4},
 };
 constexpr Declare::StructShape kRuleset = {"Ruleset", kRulesetFields};
-constexpr Declare::OutputParameter kRulesetOutput[] = {
-    {"fields:Ruleset", "Name,Enabled,Enable/Disable configurable,Allowed IP configurable"}};
 constexpr Declare::Parameter kRulesetParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      "List configuration for specfic ruleset"},
@@ -38,13 +36,11 @@ constexpr char kPortEnd[] = "Port End";
 constexpr char kDirection[] = "Direction";
 constexpr char kProtocol[] = "Protocol";
 constexpr Declare::Field kRuleFields[] = {
-    {kRulesetColumn, Declare::FieldType::String}, {kPortType, Declare::FieldType::String},
-    {kPortBegin, Declare::FieldType::Int},        {kPortEnd, Declare::FieldType::Int},
-    {kDirection, Declare::FieldType::String},     {kProtocol, Declare::FieldType::String},
+    {kRulesetColumn, Declare::FieldType::String, 1}, {kPortType, Declare::FieldType::String, 4},
+    {kPortBegin, Declare::FieldType::Int, 5},        {kPortEnd, Declare::FieldType::Int, 6},
+    {kDirection, Declare::FieldType::String, 2},     {kProtocol, Declare::FieldType::String, 3},
 };
 constexpr Declare::StructShape kRule = {"FirewallPortRule", kRuleFields};
-constexpr Declare::OutputParameter kRuleOutput[] = {
-    {"fields:FirewallPortRule", "Ruleset,Direction,Protocol,Port Type,Port Begin,Port End"}};
 constexpr Declare::Parameter kRuleParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      "List rules for specfic ruleset"},
@@ -60,12 +56,10 @@ constexpr char kUdp[] = "UDP";
 // Allowed address rows.
 constexpr char kAllowedAddresses[] = "Allowed IP Addresses";
 constexpr Declare::Field kAllowedIpFields[] = {
-    {kRulesetColumn, Declare::FieldType::String},
-    {kAllowedAddresses, Declare::FieldType::StringList},
+    {kRulesetColumn, Declare::FieldType::String, 1},
+    {kAllowedAddresses, Declare::FieldType::StringList, 2},
 };
 constexpr Declare::StructShape kAllowedIp = {"FirewallRulesetAllowedip", kAllowedIpFields};
-constexpr Declare::OutputParameter kAllowedIpOutput[] = {
-    {"fields:FirewallRulesetAllowedip", "Ruleset,Allowed IP Addresses"}};
 constexpr Declare::Parameter kAllowedIpParameters[] = {
     {Firewall::kRulesetIdParameter, Firewall::kRulesetShortName, Declare::Type::String, false,
      Firewall::kRulesetLabelDescription},
@@ -111,7 +105,7 @@ void ListRulesets(const Input& input, Output& output, std::shared_ptr<MetaStruct
 }
 
 void WriteRulesetRow(FirewallRuleset& ruleset, MetaList& rows) {
-    auto row = FirewallRulesetList::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kRuleset>());
     row->SetField(kName, ruleset.GetRulesetId());
     row->SetField(kEnabled, ruleset.IsEnabled());
     row->SetField(kEnabledConfigurable, !ruleset.IsEnabledFixed());
@@ -122,7 +116,7 @@ void WriteRulesetRow(FirewallRuleset& ruleset, MetaList& rows) {
 void WriteRuleRows(FirewallRuleset& ruleset, MetaList& rows) {
     const std::string id = ruleset.GetRulesetId();
     for (const auto& rule : ruleset.GetRules()) {
-        auto row = FirewallRulesetRuleList::GetOutputStructure();
+        auto row = Declare::MakeStruct(Declare::PackStruct<kRule>());
         row->SetField(kRulesetColumn, id);
         row->SetField(kPortType, rule->portType == kDestinationPort ? kDestination : kSource);
         row->SetField(kPortBegin, static_cast<long>(rule->portBegin));
@@ -135,7 +129,7 @@ void WriteRuleRows(FirewallRuleset& ruleset, MetaList& rows) {
 
 // Addresses before networks, IPv4 before IPv6.
 void WriteAllowedIpRow(FirewallRuleset& ruleset, MetaList& rows) {
-    auto row = FirewallRulesetAllowedipList::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kAllowedIp>());
     row->SetField(kRulesetColumn, ruleset.GetRulesetId());
     auto addresses = MetaList::New(CppTools::MetaObj::MetaTypeString);
     if (ruleset.IsAllowedAll()) {
@@ -164,47 +158,36 @@ void WriteAllowedIpRow(FirewallRuleset& ruleset, MetaList& rows) {
 constexpr Declare::CommandShape kFirewallRulesetListShape = {
     .description = "List the rulesets in firewall.",
     .formatter = "table",
-    .outputParameters = kRulesetOutput,
     .parameters = kRulesetParameters,
     .root = Declare::Root::List,
     .structure = &kRuleset,
 };
-const Declare::PackedShape FirewallRulesetList::kShape = Declare::Pack<kFirewallRulesetListShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetRuleListShape = {
     .description = "List the rules of each ruleset in firewall.",
     .formatter = "table",
-    .outputParameters = kRuleOutput,
     .parameters = kRuleParameters,
     .root = Declare::Root::List,
     .structure = &kRule,
 };
-const Declare::PackedShape FirewallRulesetRuleList::kShape =
-    Declare::Pack<kFirewallRulesetRuleListShape>();
 
 constexpr Declare::CommandShape kFirewallRulesetAllowedipListShape = {
     .description = "List allowed IP addresses for rulesets.",
     .formatter = "table",
-    .outputParameters = kAllowedIpOutput,
     .parameters = kAllowedIpParameters,
     .root = Declare::Root::List,
     .structure = &kAllowedIp,
 };
-const Declare::PackedShape FirewallRulesetAllowedipList::kShape =
-    Declare::Pack<kFirewallRulesetAllowedipListShape>();
 
-void FirewallRulesetList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetList, kFirewallRulesetListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteRulesetRow);
 }
 
-void FirewallRulesetRuleList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetRuleList, kFirewallRulesetRuleListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteRuleRows);
 }
 
-void FirewallRulesetAllowedipList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetAllowedipList, kFirewallRulesetAllowedipListShape) {
     ListRulesets(*input, *output, GetOutputStructure(), WriteAllowedIpRow);
 }
 

@@ -1,5 +1,5 @@
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/SystemInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -30,10 +30,8 @@ constexpr Declare::CommandShape kFirewallRulesetSetShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallRulesetSet::kShape = Declare::Pack<kFirewallRulesetSetShape>();
 
-void FirewallRulesetSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallRulesetSet, kFirewallRulesetSetShape) {
     using Firewall::AuditChange;
     using Firewall::Step;
     using HostCtl::System::FirewallSettingAllowedIp;

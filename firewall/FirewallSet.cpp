@@ -1,5 +1,5 @@
-#include "firewall/FirewallCommands.h"
 #include "firewall/FirewallCommon.h"
+#include "frame/Declaration.h"
 #include "kelmctl/ModuleImpl.h"
 #include "kelmctl/SystemInfoImpl.h"
 
@@ -30,10 +30,8 @@ constexpr Declare::CommandShape kFirewallSetShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape FirewallSet::kShape = Declare::Pack<kFirewallSetShape>();
 
-void FirewallSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(FirewallSet, kFirewallSetShape) {
     using Firewall::AuditChange;
     using Firewall::Step;
     try {

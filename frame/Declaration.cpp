@@ -1,6 +1,8 @@
 #include "frame/Declaration.h"
 
-#include <cstring>
+#include <algorithm>
+#include <string>
+#include <vector>
 
 namespace ZanvexCli::NetworkNamespace::Declare {
 
@@ -71,91 +73,79 @@ void AddParameter(InputSpec& spec, const Parameter& parameter) {
     spec.AddParameter(parameterSpec);
 }
 
-// Reads a packed shape in the order PackShape wrote it.
-class ShapeReader {
-public:
-    explicit ShapeReader(const char* bytes) : next_(bytes) {}
-
-    const char* Text() {
-        if (*next_++ == 0) {
-            return nullptr;
-        }
-        const char* text = next_;
-        next_ += std::strlen(text) + 1;
-        return text;
-    }
-    unsigned long long Number(int bytes) {
-        unsigned long long value = 0;
-        for (int i = 0; i < bytes; ++i) {
-            value |= static_cast<unsigned long long>(static_cast<unsigned char>(*next_++))
-                     << (8 * i);
-        }
-        return value;
-    }
-    std::size_t Count() { return static_cast<std::size_t>(Number(2)); }
-    long Long() { return static_cast<long>(Number(8)); }
-    char Byte() { return *next_++; }
-
-private:
-    const char* next_;
-};
-
-// Reads the head of a packed shape, up to its parameters: the kind of root, then the description
-// and the default output, which `command` takes when one is given.
-void ReadHead(ShapeReader& reader, CppTools::AutoCli::CommandSpec* command) {
-    reader.Byte();
-    const char* description = reader.Text();
-    const char* formatter = reader.Text();
-    if (command != nullptr) {
-        command->SetDescription(description);
-        if (formatter != nullptr) {
-            command->SetDefaultOutputFormatter(formatter);
-        }
-    }
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        const char* key = reader.Text();
-        const char* value = reader.Text();
-        if (command != nullptr) {
-            command->SetDefaultOutputParameter(key, value);
-        }
-    }
-}
-
-// Reads a struct in the order PackStructShape wrote it.
-std::shared_ptr<MetaStruct> ReadStruct(ShapeReader& reader) {
-    auto structure = MetaStruct::New(reader.Text());
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        const char* name = reader.Text();
-        switch (static_cast<FieldType>(reader.Byte())) {
+std::shared_ptr<MetaStruct> BuildStruct(const StructShape& shape) {
+    auto structure = MetaStruct::New(shape.name);
+    for (const Field& field : shape.fields) {
+        switch (field.type) {
             case FieldType::String:
-                structure->SetField(name, MetaString::New());
+                structure->SetField(field.name, MetaString::New());
                 break;
             case FieldType::Int:
-                structure->SetField(name, MetaInt::New());
+                structure->SetField(field.name, MetaInt::New());
                 break;
             case FieldType::Bool:
-                structure->SetField(name, MetaBool::New());
+                structure->SetField(field.name, MetaBool::New());
                 break;
             case FieldType::StringList:
-                structure->SetField(name, MetaList::New(CppTools::MetaObj::MetaTypeString));
+                structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeString));
                 break;
             case FieldType::Struct:
-                structure->SetField(name, ReadStruct(reader));
+                structure->SetField(field.name, BuildStruct(*field.nested));
                 break;
             case FieldType::StructList:
-                structure->SetField(
-                    name, MetaList::New(CppTools::MetaObj::MetaTypeStruct, ReadStruct(reader)));
+                structure->SetField(field.name, MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                                                              BuildStruct(*field.nested)));
                 break;
         }
     }
     return structure;
 }
 
+// The columns `structure` and the structs in it show by default, as the output parameters
+// "fields:<name>" the command host reads, each list in the order of the columns.
+void AddColumns(CppTools::AutoCli::CommandSpec& command, const StructShape& structure) {
+    std::vector<const Field*> shown;
+    for (const Field& field : structure.fields) {
+        if (field.column > 0) {
+            shown.push_back(&field);
+        }
+    }
+    std::sort(shown.begin(), shown.end(),
+              [](const Field* a, const Field* b) { return a->column < b->column; });
+    if (!shown.empty()) {
+        std::string names;
+        for (const Field* field : shown) {
+            names += names.empty() ? "" : ",";
+            names += field->name;
+        }
+        const char* name =
+            structure.columnsName != nullptr ? structure.columnsName : structure.name;
+        command.SetDefaultOutputParameter(std::string("fields:") + name, names);
+    }
+    for (const Field& field : structure.fields) {
+        if (field.nested != nullptr) {
+            AddColumns(command, *field.nested);
+        }
+    }
+}
+
 }  // namespace
 
+UnpackedShape Unpack(const PackedShape& shape) {
+    UnpackedShape unpacked;
+    ShapeReader reader(shape.bytes, unpacked.store);
+    LayCommand(reader, unpacked.shape);
+    unpacked.shape.addParameters = shape.addParameters;
+    unpacked.shape.describe = shape.describe;
+    return unpacked;
+}
+
 std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape) {
-    ShapeReader reader(shape.bytes);
-    return ReadStruct(reader);
+    ShapeStore store;
+    StructShape structure{};
+    ShapeReader reader(shape.bytes, store);
+    LayStruct(reader, structure);
+    return BuildStruct(structure);
 }
 
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) {
@@ -167,41 +157,18 @@ std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) 
 }
 
 std::shared_ptr<InputSpec> MakeInputSpec(const PackedShape& shape) {
-    ShapeReader reader(shape.bytes);
-    ReadHead(reader, nullptr);
-    auto spec = InputSpec::New();
-    std::vector<long> intChoices;
-    std::vector<Choice> stringChoices;
-    for (std::size_t i = reader.Count(); i > 0; --i) {
-        Parameter parameter{};
-        parameter.name = reader.Text();
-        parameter.shortName = reader.Text();
-        parameter.type = static_cast<Type>(reader.Byte());
-        parameter.required = reader.Byte() != 0;
-        parameter.description = reader.Text();
-        parameter.range = reader.Byte() != 0;
-        parameter.low = reader.Long();
-        parameter.high = reader.Long();
-        intChoices.resize(reader.Count());
-        for (long& value : intChoices) {
-            value = reader.Long();
-        }
-        stringChoices.resize(reader.Count());
-        for (Choice& choice : stringChoices) {
-            choice.value = reader.Text();
-            choice.description = reader.Text();
-        }
-        parameter.regex = reader.Text();
-        parameter.intChoices = intChoices;
-        parameter.stringChoices = stringChoices;
-        AddParameter(*spec, parameter);
+    const UnpackedShape unpacked = Unpack(shape);
+    auto spec = MakeInputSpec(unpacked.shape.parameters);
+    if (shape.addParameters != nullptr) {
+        shape.addParameters(spec);
     }
     return spec;
 }
 
 std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
+    const UnpackedShape unpacked = Unpack(shape);
     auto spec = OutputSpec::New();
-    switch (static_cast<Root>(ShapeReader(shape.bytes).Byte())) {
+    switch (unpacked.shape.root) {
         case Root::Bool:
             spec->SetRootObject(MetaBool::New());
             break;
@@ -212,11 +179,11 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
             spec->SetRootObject(MetaString::New());
             break;
         case Root::Struct:
-            spec->SetRootObject(MakeStruct(shape.structure));
+            spec->SetRootObject(BuildStruct(*unpacked.shape.structure));
             break;
         case Root::List:
-            spec->SetRootObject(
-                MetaList::New(CppTools::MetaObj::MetaTypeStruct, MakeStruct(shape.structure)));
+            spec->SetRootObject(MetaList::New(CppTools::MetaObj::MetaTypeStruct,
+                                              BuildStruct(*unpacked.shape.structure)));
             break;
     }
     return spec;
@@ -301,8 +268,21 @@ void CommandNode::Execute(const std::shared_ptr<Input>& input,
 
 void CommandNode::TakeShape(const Declare::PackedShape& shape) {
     shape_ = &shape;
-    Declare::ShapeReader reader(shape.bytes);
-    Declare::ReadHead(reader, this);
+    const Declare::UnpackedShape unpacked = Declare::Unpack(shape);
+    if (shape.describe != nullptr) {
+        SetDescription(shape.describe());
+    } else {
+        SetDescription(unpacked.shape.description);
+    }
+    if (unpacked.shape.formatter != nullptr) {
+        SetDefaultOutputFormatter(unpacked.shape.formatter);
+    }
+    if (unpacked.shape.structure != nullptr) {
+        Declare::AddColumns(*this, *unpacked.shape.structure);
+    }
+    for (const Declare::OutputParameter& parameter : unpacked.shape.outputParameters) {
+        SetDefaultOutputParameter(parameter.key, parameter.value);
+    }
 }
 
 std::shared_ptr<InputSpec> CommandNode::GetInputSpecInternal() {

@@ -2,9 +2,9 @@
 // the world that owns each.
 #include <string_view>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/RouteCommands.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/ResourceInfoImpl.h"
 
@@ -59,22 +59,17 @@ constexpr Declare::Parameter kParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kProto, FieldType::String},
-    {kRecvQ, FieldType::Int},
-    {kSendQ, FieldType::Int},
-    {kLocalAddress, FieldType::String},
-    {kForeignAddress, FieldType::String},
-    {kState, FieldType::String},
-    {kWorldId, FieldType::Int},
-    {kCcAlgo, FieldType::String},
-    {kWorldName, FieldType::String},
+    {kProto, FieldType::String, 1},
+    {kRecvQ, FieldType::Int, 2},
+    {kSendQ, FieldType::Int, 3},
+    {kLocalAddress, FieldType::String, 4},
+    {kForeignAddress, FieldType::String, 5},
+    {kState, FieldType::String, 6},
+    {kWorldId, FieldType::Int, 7},
+    {kCcAlgo, FieldType::String, 8},
+    {kWorldName, FieldType::String, 9},
 };
 constexpr Declare::StructShape kConnection = {kStructName, kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:IpConnection",
-     "Proto,Recv Q,Send Q,Local Address,Foreign Address,State,World ID,CC Algo,World Name"},
-};
 
 std::string Endpoint(const std::string& address, std::uint16_t port) {
     return HostCtl::Misc::StrPrintf(
@@ -114,15 +109,12 @@ void Collect(MetaList& list, std::string_view protocol, const std::string& key) 
 constexpr Declare::CommandShape kIpConnectionListShape = {
     .description = "List active TCP/IP connections",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kConnection,
 };
-const Declare::PackedShape IpConnectionList::kShape = Declare::Pack<kIpConnectionListShape>();
 
-void IpConnectionList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpConnectionList, kIpConnectionListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         std::string selector = kAll;

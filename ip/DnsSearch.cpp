@@ -1,8 +1,8 @@
 // `network ip dns search list|add|remove`: the search domains of a netstack instance, in the
 // order in which they are tried.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/NameServiceCommands.h"
 #include "ip/NetstackParameter.h"
 #include "kelmctl/DnsConfigImpl.h"
 
@@ -54,7 +54,6 @@ constexpr Declare::CommandShape kIpDNSSearchListShape = {
     .root = Declare::Root::Struct,
     .structure = &kSearchList,
 };
-const Declare::PackedShape IpDNSSearchList::kShape = Declare::Pack<kIpDNSSearchListShape>();
 
 constexpr Declare::CommandShape kIpDNSSearchAddShape = {
     .description =
@@ -63,7 +62,6 @@ constexpr Declare::CommandShape kIpDNSSearchAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpDNSSearchAdd::kShape = Declare::Pack<kIpDNSSearchAddShape>();
 
 constexpr Declare::CommandShape kIpDNSSearchRemoveShape = {
     .description =
@@ -72,10 +70,8 @@ constexpr Declare::CommandShape kIpDNSSearchRemoveShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpDNSSearchRemove::kShape = Declare::Pack<kIpDNSSearchRemoveShape>();
 
-void IpDNSSearchList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSSearchList, kIpDNSSearchListShape) {
     KelmCtl::Network::DnsConfigImpl dns(NetstackKey(*input));
     try {
         auto domains = MetaList::New(CppTools::MetaObj::MetaTypeString);
@@ -92,8 +88,7 @@ void IpDNSSearchList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpDNSSearchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSSearchAdd, kIpDNSSearchAddShape) {
     KelmCtl::Network::DnsConfigImpl dns(NetstackKey(*input));
     const std::string& domain = input->GetParameter(kDomainParameter);
     try {
@@ -105,8 +100,7 @@ void IpDNSSearchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     output->SetRootObject(MetaBool::New(true));
 }
 
-void IpDNSSearchRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSSearchRemove, kIpDNSSearchRemoveShape) {
     KelmCtl::Network::DnsConfigImpl dns(NetstackKey(*input));
     const std::string& domain = input->GetParameter(kDomainParameter);
     try {

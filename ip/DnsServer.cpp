@@ -1,9 +1,9 @@
 // `network ip dns server list|add|remove`: the name servers of a netstack instance, in the
 // order of use. On the default instance a server can't be added while an interface learns its
 // DNS servers by DHCP.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/IpAddress.h"
-#include "ip/NameServiceCommands.h"
 #include "ip/NetstackParameter.h"
 #include "kelmctl/DnsConfigImpl.h"
 #include "kelmctl/KelmNicInfoImpl.h"
@@ -98,7 +98,6 @@ constexpr Declare::CommandShape kIpDNSServerListShape = {
     .root = Declare::Root::Struct,
     .structure = &kNameServerList,
 };
-const Declare::PackedShape IpDNSServerList::kShape = Declare::Pack<kIpDNSServerListShape>();
 
 constexpr Declare::CommandShape kIpDNSServerAddShape = {
     .description =
@@ -107,17 +106,14 @@ constexpr Declare::CommandShape kIpDNSServerAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpDNSServerAdd::kShape = Declare::Pack<kIpDNSServerAddShape>();
 
 constexpr Declare::CommandShape kIpDNSServerRemoveShape = {
     .description = "Remove a DNS server from the list of DNS servers to use for this Ostrel host.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpDNSServerRemove::kShape = Declare::Pack<kIpDNSServerRemoveShape>();
 
-void IpDNSServerList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSServerList, kIpDNSServerListShape) {
     KelmCtl::Network::DnsConfigImpl dns(NetstackKey(*input));
     try {
         auto servers = MetaList::New(CppTools::MetaObj::MetaTypeString);
@@ -132,8 +128,7 @@ void IpDNSServerList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpDNSServerAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSServerAdd, kIpDNSServerAddShape) {
     const std::string key = NetstackKey(*input);
     if (key == kDefaultNetstack) {
         if (const char* conflict = DhcpDnsConflict(key)) {
@@ -155,8 +150,7 @@ void IpDNSServerAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     output->SetRootObject(MetaBool::New(true));
 }
 
-void IpDNSServerRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpDNSServerRemove, kIpDNSServerRemoveShape) {
     KelmCtl::Network::DnsConfigImpl dns(NetstackKey(*input));
     const bool all = input->IsFlagSet(kAllParameter);
     if (!all && !input->HasParameter(kServerParameter)) {

@@ -1,6 +1,6 @@
 // `network ip hosts list|add|remove`: the user's entries of the hosts file.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/NameServiceCommands.h"
 #include "kelmctl/HostsFile.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -36,44 +36,35 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kIpAddress, FieldType::String},
-    {kHostName, FieldType::String},
-    {kAliases, FieldType::StringList},
-    {kComment, FieldType::String},
+    {kIpAddress, FieldType::String, 1},
+    {kHostName, FieldType::String, 2},
+    {kAliases, FieldType::StringList, 3},
+    {kComment, FieldType::String, 4},
 };
 constexpr Declare::StructShape kHostEntry = {"IpHostList", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:IpHostList", "IP address,HostName,Aliases,Comment"},
-};
 
 }  // namespace
 
 constexpr Declare::CommandShape kIpHostsListShape = {
     .description = "List the user specified associations of IP addresses with host names.",
     .formatter = "simple",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kHostEntry,
 };
-const Declare::PackedShape IpHostsList::kShape = Declare::Pack<kIpHostsListShape>();
 
 constexpr Declare::CommandShape kIpHostsAddShape = {
     .description = "Add association of IP addresses with host names.",
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpHostsAdd::kShape = Declare::Pack<kIpHostsAddShape>();
 
 constexpr Declare::CommandShape kIpHostsRemoveShape = {
     .description = "Remove association of IP addresses with host names.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpHostsRemove::kShape = Declare::Pack<kIpHostsRemoveShape>();
 
-void IpHostsList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsList, kIpHostsListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         KelmCtl::Network::HostsFile hostsFile;
@@ -95,8 +86,7 @@ void IpHostsList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void IpHostsAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsAdd, kIpHostsAddShape) {
     try {
         const std::string& ip = input->GetParameter(kIpParameter);
         const std::string& hostName = input->GetParameter(kHostNameParameter);
@@ -111,8 +101,7 @@ void IpHostsAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpHostsRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpHostsRemove, kIpHostsRemoveShape) {
     try {
         const std::string& ip = input->GetParameter(kIpParameter);
         const std::string& hostName = input->GetParameter(kHostNameParameter);

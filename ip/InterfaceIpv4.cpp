@@ -1,7 +1,7 @@
 // `network ip interface ipv4 get` (also `ipv4 address list`) and `network ip interface ipv4
 // set`: the IPv4 settings of Kelm interfaces.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
@@ -51,17 +51,12 @@ constexpr char kOnlyIfType[] =
 constexpr char kPeerDnsNeedsDhcp[] = "-P|--peer-dns can be specified only if DHCP is enabled";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},        {kIpv4Address, FieldType::String},
-    {kIpv4Netmask, FieldType::String}, {kIpv4Broadcast, FieldType::String},
-    {kAddressType, FieldType::String}, {kGateway, FieldType::String},
-    {kDhcpDns, FieldType::Bool},
+    {kName, FieldType::String, 1},        {kIpv4Address, FieldType::String, 2},
+    {kIpv4Netmask, FieldType::String, 3}, {kIpv4Broadcast, FieldType::String, 4},
+    {kAddressType, FieldType::String, 5}, {kGateway, FieldType::String, 6},
+    {kDhcpDns, FieldType::Bool, 7},
 };
 constexpr Declare::StructShape kIpv4Interface = {"IPv4Interface", kFields};
-
-constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IPv4Interface",
-     "Name,IPv4 Address,IPv4 Netmask,IPv4 Broadcast,Address Type,Gateway,DHCP DNS"},
-};
 
 constexpr Declare::Parameter kGetParameters[] = {
     {kNetstackParameter, "N", Type::String, false,
@@ -156,15 +151,12 @@ bool ApplyStatic(const Input& input, Output& output, HostCtl::Network::IpConfig&
 constexpr Declare::CommandShape kIpInterfaceIpv4GetShape = {
     .description = "List the IPv4 addresses assigned to Kelm network interfaces.",
     .formatter = "table",
-    .outputParameters = kGetOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kIpv4Interface,
 };
-const Declare::PackedShape IpInterfaceIpv4Get::kShape = Declare::Pack<kIpInterfaceIpv4GetShape>();
 
-void IpInterfaceIpv4Get::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv4Get, kIpInterfaceIpv4GetShape) {
     try {
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
         const std::string& netstack = input->GetParameter(kNetstackParameter);
@@ -219,10 +211,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv4SetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv4Set::kShape = Declare::Pack<kIpInterfaceIpv4SetShape>();
 
-void IpInterfaceIpv4Set::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv4Set, kIpInterfaceIpv4SetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;

@@ -1,8 +1,8 @@
 // `network ip interface ipv6 get|set` and `network ip interface ipv6 address list|add|remove`:
 // the IPv6 settings and addresses of Kelm interfaces.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
@@ -75,25 +75,18 @@ const char* WordOf(int value, const Word (&words)[N], const char* other) {
 }
 
 constexpr Field kSettingsFields[] = {
-    {kName, FieldType::String},        {kIpv6Enabled, FieldType::Bool},
-    {kDhcpv6Enabled, FieldType::Bool}, {kRouterAdvEnabled, FieldType::Bool},
-    {kDhcpDns, FieldType::Bool},       {kGateway, FieldType::String},
+    {kName, FieldType::String, 1},        {kIpv6Enabled, FieldType::Bool, 2},
+    {kDhcpv6Enabled, FieldType::Bool, 3}, {kRouterAdvEnabled, FieldType::Bool, 4},
+    {kDhcpDns, FieldType::Bool, 5},       {kGateway, FieldType::String, 6},
 };
 constexpr Declare::StructShape kSettingsStruct = {"IPv6Interface", kSettingsFields};
 
 constexpr Field kAddressFields[] = {
-    {kInterface, FieldType::String}, {kAddress, FieldType::String}, {kNetmask, FieldType::Int},
-    {kType, FieldType::String},      {kStatus, FieldType::String},
+    {kInterface, FieldType::String, 1}, {kAddress, FieldType::String, 2},
+    {kNetmask, FieldType::Int, 3},      {kType, FieldType::String, 4},
+    {kStatus, FieldType::String, 5},
 };
 constexpr Declare::StructShape kAddressStruct = {"IPv6Interface", kAddressFields};
-
-constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IPv6Interface",
-     "Name,IPv6 Enabled,DHCPv6 Enabled,Router Adv Enabled,DHCP DNS,Gateway"},
-};
-constexpr Declare::OutputParameter kAddressListOutput[] = {
-    {"fields:IPv6Interface", "Interface,Address,Netmask,Type,Status"},
-};
 
 constexpr Declare::Parameter kGetParameters[] = {
     {kInterfaceNameParameter, "n", Type::String, false,
@@ -185,15 +178,12 @@ constexpr Declare::CommandShape kIpInterfaceIpv6GetShape = {
         "Get IPv6 settings for Kelm network interfaces. This does not include the IPv6 "
         "addresses which can be found in the \"address list\" command.",
     .formatter = "table",
-    .outputParameters = kGetOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kSettingsStruct,
 };
-const Declare::PackedShape IpInterfaceIpv6Get::kShape = Declare::Pack<kIpInterfaceIpv6GetShape>();
 
-void IpInterfaceIpv6Get::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6Get, kIpInterfaceIpv6GetShape) {
     try {
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
         const std::string& netstack = input->GetParameter(kNetstackParameter);
@@ -234,10 +224,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6SetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6Set::kShape = Declare::Pack<kIpInterfaceIpv6SetShape>();
 
-void IpInterfaceIpv6Set::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6Set, kIpInterfaceIpv6SetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
@@ -302,16 +290,12 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressListShape = {
         "This command will list all of the IPv6 addresses currently assigned to the "
         "system",
     .formatter = "table",
-    .outputParameters = kAddressListOutput,
     .parameters = kAddressListParameters,
     .root = Declare::Root::List,
     .structure = &kAddressStruct,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressList::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressListShape>();
 
-void IpInterfaceIpv6AddressList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressList, kIpInterfaceIpv6AddressListShape) {
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         const std::string& name = input->GetParameter(kInterfaceNameParameter);
@@ -352,11 +336,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressAddShape = {
     .parameters = kAddressAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressAdd::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressAddShape>();
 
-void IpInterfaceIpv6AddressAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressAdd, kIpInterfaceIpv6AddressAddShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         IpConfig config;
@@ -381,11 +362,8 @@ constexpr Declare::CommandShape kIpInterfaceIpv6AddressRemoveShape = {
     .parameters = kAddressRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceIpv6AddressRemove::kShape =
-    Declare::Pack<kIpInterfaceIpv6AddressRemoveShape>();
 
-void IpInterfaceIpv6AddressRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceIpv6AddressRemove, kIpInterfaceIpv6AddressRemoveShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         IpConfig config;

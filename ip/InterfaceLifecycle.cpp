@@ -2,10 +2,10 @@
 // port group or DVPort in a netstack instance, and removing one by name or connection point.
 #include <ctime>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/MacAddress.h"
 #include "hostctl/NetworkInfo.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/DVPortImpl.h"
 #include "kelmctl/Exec.h"
@@ -208,10 +208,8 @@ constexpr Declare::CommandShape kIpInterfaceAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceAdd::kShape = Declare::Pack<kIpInterfaceAddShape>();
 
-void IpInterfaceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceAdd, kIpInterfaceAddShape) {
     const bool hasNetstack = input->HasParameter(kNetstackParameter);
     const std::string& netstack = input->GetParameter(kNetstackParameter);
     if (hasNetstack && !NetstackExists(netstack)) {
@@ -285,10 +283,8 @@ constexpr Declare::CommandShape kIpInterfaceRemoveShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceRemove::kShape = Declare::Pack<kIpInterfaceRemoveShape>();
 
-void IpInterfaceRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceRemove, kIpInterfaceRemoveShape) {
     const bool byName = input->HasParameter(kInterfaceNameParameter);
     const bool portGroup = input->HasParameter(kPortgroupParameter);
     const bool dvsName = input->HasParameter(kDvsNameParameter);

@@ -1,8 +1,8 @@
 // `network ip interface list` and `network ip interface set`: every Kelm interface with its
 // attachment, limits and state; enabling one and changing its MTU.
+#include "frame/Declaration.h"
 #include "hostctl/DVSwitch.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
@@ -46,32 +46,28 @@ constexpr char kEnabledParameter[] = "enabled";
 constexpr char kMtuParameter[] = "mtu";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kMacAddress, FieldType::String},
-    {kPortset, FieldType::String},
-    {kPortgroup, FieldType::String},
-    {kNetstackInstance, FieldType::String},
-    {kOdsName, FieldType::String},
-    {kOdsUuid, FieldType::String},
-    {kOdsPort, FieldType::String},
-    {kOdsConnection, FieldType::Int},
-    {kOpaqueNetworkId, FieldType::String},
-    {kOpaqueNetworkType, FieldType::String},
-    {kExternalId, FieldType::String},
-    {kMtu, FieldType::Int},
-    {kTsoMss, FieldType::Int},
-    {kRxQueueSize, FieldType::Int},
-    {kEnabled, FieldType::Bool},
-    {kPortId, FieldType::Int},
+    {kName, FieldType::String, 1},
+    {kMacAddress, FieldType::String, 2},
+    {kPortset, FieldType::String, 4},
+    {kPortgroup, FieldType::String, 5},
+    {kNetstackInstance, FieldType::String, 6},
+    {kOdsName, FieldType::String, 7},
+    {kOdsUuid, FieldType::String, 8},
+    {kOdsPort, FieldType::String, 9},
+    {kOdsConnection, FieldType::Int, 10},
+    {kOpaqueNetworkId, FieldType::String, 11},
+    {kOpaqueNetworkType, FieldType::String, 12},
+    {kExternalId, FieldType::String, 13},
+    {kMtu, FieldType::Int, 14},
+    {kTsoMss, FieldType::Int, 15},
+    {kRxQueueSize, FieldType::Int, 16},
+    {kEnabled, FieldType::Bool, 3},
+    {kPortId, FieldType::Int, 17},
 };
 constexpr Declare::StructShape kNetworkInterface = {"NetworkInterface", kFields};
 
 constexpr Declare::OutputParameter kListOutput[] = {
     {"header:NetworkInterface", "%Name%"},
-    {"fields:NetworkInterface",
-     "Name,MAC Address,Enabled,Portset,Portgroup,Netstack Instance,ODS Name,ODS UUID,ODS "
-     "Port,ODS Connection,Opaque Network ID,Opaque Network Type,External ID,MTU,TSO MSS,"
-     "RXDispQueue Size,Port ID"},
 };
 
 constexpr Declare::Parameter kListParameters[] = {
@@ -151,10 +147,8 @@ constexpr Declare::CommandShape kIpInterfaceListShape = {
     .root = Declare::Root::List,
     .structure = &kNetworkInterface,
 };
-const Declare::PackedShape IpInterfaceList::kShape = Declare::Pack<kIpInterfaceListShape>();
 
-void IpInterfaceList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceList, kIpInterfaceListShape) {
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -194,10 +188,8 @@ constexpr Declare::CommandShape kIpInterfaceSetShape = {
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceSet::kShape = Declare::Pack<kIpInterfaceSetShape>();
 
-void IpInterfaceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceSet, kIpInterfaceSetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         KelmCtl::Network::KelmNicInfoImpl nics;

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "audit/FeatureList.h"
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "ip/InterfaceCommands.h"
 #include "ip/InterfaceSelection.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 
@@ -46,12 +46,11 @@ constexpr DedicatedTag kDedicatedTags[] = {
 };
 
 constexpr Field kFields[] = {
-    {kTags, FieldType::StringList},
+    {kTags, FieldType::StringList, 1},
 };
-constexpr Declare::StructShape kInterfaceTag = {"InterfaceTag", kFields};
+constexpr Declare::StructShape kInterfaceTag = {"InterfaceTag", kFields, "IntefaceTag"};
 
 constexpr Declare::OutputParameter kGetOutput[] = {
-    {"fields:IntefaceTag", "Tags"},
     {"header:InterfaceTag", "<NONE>"},
 };
 
@@ -108,24 +107,23 @@ bool FitsNetstack(KelmNicTagType tag, const std::string& netstack) {
     return true;
 }
 
+// The description with the tags offered, the last only while the host's feature switch for it
+// is on.
+std::string DescribeTagAdd() {
+    const bool lastTagOffered = *FeatureList.kelmNicDpuTransportTag != 0;
+    return kAddDescription + SupportedTags(lastTagOffered ? kLastTag : kLastTag - 1);
+}
+
 }  // namespace
 
 constexpr Declare::CommandShape kIpInterfaceTagAddShape = {
     .description = kAddDescription,
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
+    .describe = DescribeTagAdd,
 };
-const Declare::PackedShape IpInterfaceTagAdd::kShape = Declare::Pack<kIpInterfaceTagAddShape>();
 
-// The last tag is offered only while the host's feature switch for it is on.
-IpInterfaceTagAdd::IpInterfaceTagAdd() {
-    TakeShape(kShape);
-    const bool lastTagOffered = *FeatureList.kelmNicDpuTransportTag != 0;
-    SetDescription(kAddDescription + SupportedTags(lastTagOffered ? kLastTag : kLastTag - 1));
-}
-
-void IpInterfaceTagAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceTagAdd, kIpInterfaceTagAddShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     const std::string& tagName = input->GetParameter(kTagnameParameter);
     try {
@@ -171,11 +169,8 @@ constexpr Declare::CommandShape kIpInterfaceTagRemoveShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpInterfaceTagRemove::kShape =
-    Declare::Pack<kIpInterfaceTagRemoveShape>();
 
-void IpInterfaceTagRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceTagRemove, kIpInterfaceTagRemoveShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     const std::string& tagName = input->GetParameter(kTagnameParameter);
     try {
@@ -211,10 +206,8 @@ constexpr Declare::CommandShape kIpInterfaceTagGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kInterfaceTag,
 };
-const Declare::PackedShape IpInterfaceTagGet::kShape = Declare::Pack<kIpInterfaceTagGetShape>();
 
-void IpInterfaceTagGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpInterfaceTagGet, kIpInterfaceTagGetShape) {
     const std::string& name = input->GetParameter(kInterfaceNameParameter);
     try {
         auto result = GetOutputStructure();

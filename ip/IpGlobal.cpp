@@ -1,6 +1,6 @@
 // `network ip get|set`: the host-wide IP setting, whether IPv6 is on.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/NameServiceCommands.h"
 #include "kelmctl/NetworkInfoImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -30,18 +30,16 @@ constexpr Declare::CommandShape kIpGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kIpInfo,
 };
-const Declare::PackedShape IpGet::kShape = Declare::Pack<kIpGetShape>();
 
 constexpr Declare::CommandShape kIpSetShape = {
     .description = "Update global IP settings",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpSet::kShape = Declare::Pack<kIpSetShape>();
 
 // Both commands make the network model ahead of their guarded block, so a failure to make it
 // reaches the command host.
-void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpGet, kIpGetShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         auto result = GetOutputStructure();
@@ -52,8 +50,7 @@ void IpGet::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr
     }
 }
 
-void IpSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpSet, kIpSetShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         if (input->HasParameter(kIpv6EnabledParameter)) {

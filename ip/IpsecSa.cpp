@@ -2,10 +2,11 @@
 // or made by the kernel, named "auto" and known by source, destination and SPI.
 #include <cinttypes>
 
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/IpsecCommands.h"
+#include "ip/IpsecLifetime.h"
 #include "kelmctl/IpSecConfigImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -117,23 +118,17 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kSourceAddress, FieldType::String},
-    {kDestinationAddress, FieldType::String},
-    {kState, FieldType::String},
-    {kSpi, FieldType::String},
-    {kMode, FieldType::String},
-    {kEncryptionAlgorithm, FieldType::String},
-    {kIntegrityAlgorithm, FieldType::String},
-    {kLifetime, FieldType::String},
+    {kName, FieldType::String, 1},
+    {kSourceAddress, FieldType::String, 2},
+    {kDestinationAddress, FieldType::String, 3},
+    {kState, FieldType::String, 4},
+    {kSpi, FieldType::String, 5},
+    {kMode, FieldType::String, 6},
+    {kEncryptionAlgorithm, FieldType::String, 7},
+    {kIntegrityAlgorithm, FieldType::String, 8},
+    {kLifetime, FieldType::String, 9},
 };
 constexpr Declare::StructShape kAssociation = {"SecurityAssociation", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:SecurityAssociation",
-     "Name,Source Address,Destination Address,State,SPI,Mode,Encryption Algorithm,Integrity "
-     "Algorithm,Lifetime"},
-};
 
 IpSecSadParam NewAssociation() {
     IpSecSadParam association;
@@ -169,26 +164,21 @@ constexpr Declare::CommandShape kIpIpsecSAAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSAAdd::kShape = Declare::Pack<kIpIpsecSAAddShape>();
 
 constexpr Declare::CommandShape kIpIpsecSARemoveShape = {
     .description = "Operation to remove Security Association(s)",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSARemove::kShape = Declare::Pack<kIpIpsecSARemoveShape>();
 
 constexpr Declare::CommandShape kIpIpsecSAListShape = {
     .description = "List configured Security Associations",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kAssociation,
 };
-const Declare::PackedShape IpIpsecSAList::kShape = Declare::Pack<kIpIpsecSAListShape>();
 
-void IpIpsecSAAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSAAdd, kIpIpsecSAAddShape) {
     try {
         IpSecConfigImpl config;
         IpSecSadParam association = NewAssociation();
@@ -227,8 +217,7 @@ void IpIpsecSAAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSARemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSARemove, kIpIpsecSARemoveShape) {
     try {
         IpSecConfigImpl config;
         const bool named = input->HasParameter(kNameParameter);
@@ -263,8 +252,7 @@ void IpIpsecSARemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSAList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSAList, kIpIpsecSAListShape) {
     try {
         IpSecConfigImpl config;
         std::vector<IpSecSadParam> associations;

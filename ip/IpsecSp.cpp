@@ -1,9 +1,10 @@
 // `network ip ipsec sp add|remove|list`: security policies, each protecting a flow between two
 // networks with an action, and for the action "ipsec" a mode and a security association.
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
-#include "ip/IpsecCommands.h"
+#include "ip/IpsecLifetime.h"
 #include "kelmctl/IpSecConfigImpl.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -119,19 +120,13 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},         {kSourceAddress, FieldType::String},
-    {kSourcePort, FieldType::Int},      {kDestinationAddress, FieldType::String},
-    {kDestinationPort, FieldType::Int}, {kProtocol, FieldType::String},
-    {kFlow, FieldType::String},         {kAction, FieldType::String},
-    {kMode, FieldType::String},         {kSaName, FieldType::String},
+    {kName, FieldType::String, 1},         {kSourceAddress, FieldType::String, 2},
+    {kSourcePort, FieldType::Int, 3},      {kDestinationAddress, FieldType::String, 4},
+    {kDestinationPort, FieldType::Int, 5}, {kProtocol, FieldType::String, 6},
+    {kFlow, FieldType::String, 7},         {kAction, FieldType::String, 8},
+    {kMode, FieldType::String, 9},         {kSaName, FieldType::String, 10},
 };
 constexpr Declare::StructShape kPolicy = {"SecurityPolicy", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:SecurityPolicy",
-     "Name,Source Address,Source Port,Destination Address,Destination Port,Protocol,Flow,Action,"
-     "Mode,SA Name"},
-};
 
 // "any" stands for the network of every address, a default one.
 Ipv6Network ReadNetwork(const Input& input, const char* parameter) {
@@ -146,26 +141,21 @@ constexpr Declare::CommandShape kIpIpsecSPAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSPAdd::kShape = Declare::Pack<kIpIpsecSPAddShape>();
 
 constexpr Declare::CommandShape kIpIpsecSPRemoveShape = {
     .description = "Operation to remove Security Policy",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpIpsecSPRemove::kShape = Declare::Pack<kIpIpsecSPRemoveShape>();
 
 constexpr Declare::CommandShape kIpIpsecSPListShape = {
     .description = "List configured Security Policys",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kPolicy,
 };
-const Declare::PackedShape IpIpsecSPList::kShape = Declare::Pack<kIpIpsecSPListShape>();
 
-void IpIpsecSPAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPAdd, kIpIpsecSPAddShape) {
     try {
         IpSecConfigImpl config;
         IpSecSpdParam policy;
@@ -201,8 +191,7 @@ void IpIpsecSPAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSPRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPRemove, kIpIpsecSPRemoveShape) {
     try {
         IpSecConfigImpl config;
         const bool named = input->HasParameter(kNameParameter);
@@ -220,8 +209,7 @@ void IpIpsecSPRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpIpsecSPList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpIpsecSPList, kIpIpsecSPListShape) {
     try {
         IpSecConfigImpl config;
         std::vector<IpSecSpdParam> policies;

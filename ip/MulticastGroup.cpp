@@ -1,7 +1,7 @@
 // `network multicast group list`: the multicast memberships of every ordinary Kelm interface.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -15,30 +15,23 @@ constexpr char kGroup[] = "Group";
 constexpr char kLinkLayer[] = "Link Layer";
 
 constexpr Field kFields[] = {
-    {kInterface, FieldType::String},
-    {kRefcount, FieldType::Int},
-    {kGroup, FieldType::String},
-    {kLinkLayer, FieldType::String},
+    {kInterface, FieldType::String, 1},
+    {kRefcount, FieldType::Int, 2},
+    {kGroup, FieldType::String, 3},
+    {kLinkLayer, FieldType::String, 4},
 };
-constexpr Declare::StructShape kNic = {"Nic", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:Interface", "Interface,Refcount,Group,Link Layer"},
-};
+constexpr Declare::StructShape kNic = {"Nic", kFields, "Interface"};
 
 }  // namespace
 
 constexpr Declare::CommandShape kMulticastGroupListShape = {
     .description = "List all the multicast group members.",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .root = Declare::Root::List,
     .structure = &kNic,
 };
-const Declare::PackedShape MulticastGroupList::kShape = Declare::Pack<kMulticastGroupListShape>();
 
-void MulticastGroupList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(MulticastGroupList, kMulticastGroupListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         HostCtl::HostFactory::GetHost();

@@ -1,7 +1,7 @@
 // `network ip neighbor list|remove`: the ARP and IPv6 neighbour tables of a netstack instance.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "ip/NetstackParameter.h"
-#include "ip/RouteCommands.h"
 #include "kelmctl/KelmNicInfoImpl.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
@@ -74,13 +74,13 @@ constexpr Declare::Parameter kRemoveParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNeighbor, FieldType::String}, {kMacAddress, FieldType::String}, {kKelmnic, FieldType::String},
-    {kExpiry, FieldType::Int},      {kState, FieldType::String},      {kType, FieldType::String},
+    {kNeighbor, FieldType::String, 1}, {kMacAddress, FieldType::String, 2},
+    {kKelmnic, FieldType::String, 3},  {kExpiry, FieldType::Int, 4},
+    {kState, FieldType::String, 5},    {kType, FieldType::String, 6},
 };
 constexpr Declare::StructShape kNetworkNeighbor = {"NetworkNeighbor", kFields};
 
 constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:NetworkNeighbor", "Neighbor,Mac Address,Kelmnic,Expiry,State,Type"},
     {"units:NetworkNeighbor.Expiry", "sec"},
 };
 
@@ -99,18 +99,15 @@ constexpr Declare::CommandShape kIpNeighborListShape = {
     .root = Declare::Root::List,
     .structure = &kNetworkNeighbor,
 };
-const Declare::PackedShape IpNeighborList::kShape = Declare::Pack<kIpNeighborListShape>();
 
 constexpr Declare::CommandShape kIpNeighborRemoveShape = {
     .description = "Remove ARP table entries",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpNeighborRemove::kShape = Declare::Pack<kIpNeighborRemoveShape>();
 
 // No handler of its own: a failure of the host leaves the command.
-void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNeighborList, kIpNeighborListShape) {
     KelmCtl::Network::KelmNicInfoImpl interfaces;
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     std::string version = kAllVersions;
@@ -170,8 +167,7 @@ void IpNeighborList::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The interface look-up stands ahead of the handler: its failure leaves the command.
-void IpNeighborRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNeighborRemove, kIpNeighborRemoveShape) {
     KelmCtl::Network::KelmNicInfoImpl interfaces;
     const std::string& interfaceName = input->GetParameter(kInterfaceParameter);
     const std::string& version = input->GetParameter(kVersionParameter);

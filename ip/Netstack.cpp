@@ -1,7 +1,7 @@
 // `network ip netstack list|add|remove|get|set`: netstack instances.
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/NetstackCommands.h"
 #include "kelmctl/NetstackInstanceImpl.h"
 #include "kelmctl/NetworkInfoImpl.h"
 
@@ -43,36 +43,32 @@ constexpr bool kDefaultIpv6 = true;
 constexpr unsigned kDefaultWorkers = 2;
 
 constexpr Field kListFields[] = {
-    {kKey, FieldType::String},
-    {kName, FieldType::String},
-    {kState, FieldType::Int},
+    {kKey, FieldType::String, 1},
+    {kName, FieldType::String, 2},
+    {kState, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kListStruct = {kNetstackStruct, kListFields};
 
 constexpr Field kGetFields[] = {
-    {kKey, FieldType::String},
-    {kName, FieldType::String},
-    {kEnabled, FieldType::Bool},
-    {kMaxConnections, FieldType::Int},
-    {kCurrentMaxConnections, FieldType::Int},
-    {kCongestionControl, FieldType::String},
-    {kIpv6Enabled, FieldType::Bool},
-    {kCurrentIpv6Enabled, FieldType::Bool},
-    {kEcnStatus, FieldType::String},
-    {kState, FieldType::Int},
+    {kKey, FieldType::String, 1},
+    {kName, FieldType::String, 2},
+    {kEnabled, FieldType::Bool, 3},
+    {kMaxConnections, FieldType::Int, 4},
+    {kCurrentMaxConnections, FieldType::Int, 5},
+    {kCongestionControl, FieldType::String, 6},
+    {kIpv6Enabled, FieldType::Bool, 7},
+    {kCurrentIpv6Enabled, FieldType::Bool, 8},
+    {kEcnStatus, FieldType::String, 9},
+    {kState, FieldType::Int, 10},
 };
 constexpr Declare::StructShape kGetStruct = {kNetstackStruct, kGetFields};
 
 constexpr Declare::OutputParameter kListOutput[] = {
     {"header:NetstackInstance", "%Key%"},
-    {"fields:NetstackInstance", "Key,Name,State"},
 };
 
 constexpr Declare::OutputParameter kGetOutput[] = {
     {"header:NetstackInstance", "%Key%"},
-    {"fields:NetstackInstance",
-     "Key,Name,Enabled,Max Connections,Current Max Connections,Congestion Control Algorithm,IPv6 "
-     "Enabled,Current IPv6 Enabled,ECN Status,State"},
 };
 
 constexpr Declare::Parameter kKeyParameters[] = {
@@ -113,6 +109,30 @@ constexpr Declare::Parameter kSetParametersAfter[] = {
      .stringChoices = kEcnChoices},
 };
 
+// After the table's parameters of `set`: `ccalgo`, whose congestion control algorithms are the
+// host's, asked for each time the input spec is built, and those after it.
+void AddCongestionControlAndLaterParameters(const std::shared_ptr<InputSpec>& spec) {
+    auto ccalgo = CppTools::CallSpec::ParameterSpec::New(kCcalgoParameter,
+                                                         CppTools::CallSpec::ParameterTypeString);
+    ccalgo->SetShortName("c");
+    ccalgo->SetDescription(
+        "The TCP Congestion Contol Algorithm for this netstack instance (not applied to existing "
+        "connections).: %FULLENUM%");
+    ccalgo->SetRequired(false);
+    auto algorithms =
+        CppTools::CallSpec::ParameterConstraint::New(CppTools::CallSpec::ConstraintStringEnum);
+    for (const std::string& name :
+         KelmCtl::Network::NetstackInstanceImpl::GetCongestionControlAlgorithmList()) {
+        algorithms->AddStringEnum(name, "Set " + name + " as the algorithm");
+    }
+    ccalgo->SetConstraint(algorithms);
+    spec->AddParameter(ccalgo);
+    const auto after = Declare::MakeInputSpec(kSetParametersAfter);
+    for (const auto& parameter : after->GetParameters()) {
+        spec->AddParameter(parameter);
+    }
+}
+
 }  // namespace
 
 constexpr Declare::CommandShape kIpNetstackInstanceListShape = {
@@ -123,11 +143,8 @@ constexpr Declare::CommandShape kIpNetstackInstanceListShape = {
     .root = Declare::Root::List,
     .structure = &kListStruct,
 };
-const Declare::PackedShape IpNetstackInstanceList::kShape =
-    Declare::Pack<kIpNetstackInstanceListShape>();
 
-void IpNetstackInstanceList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                             const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNetstackInstanceList, kIpNetstackInstanceListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -155,11 +172,8 @@ constexpr Declare::CommandShape kIpNetstackInstanceGetShape = {
     .root = Declare::Root::List,
     .structure = &kGetStruct,
 };
-const Declare::PackedShape IpNetstackInstanceGet::kShape =
-    Declare::Pack<kIpNetstackInstanceGetShape>();
 
-void IpNetstackInstanceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNetstackInstanceGet, kIpNetstackInstanceGetShape) {
     const std::string& key = input->GetParameter(kNetstackParameter);
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -195,11 +209,8 @@ constexpr Declare::CommandShape kIpNetstackInstanceAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpNetstackInstanceAdd::kShape =
-    Declare::Pack<kIpNetstackInstanceAddShape>();
 
-void IpNetstackInstanceAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNetstackInstanceAdd, kIpNetstackInstanceAddShape) {
     try {
         const std::string& key = input->GetParameter(kNetstackParameter);
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -219,11 +230,8 @@ constexpr Declare::CommandShape kIpNetstackInstanceRemoveShape = {
     .parameters = kKeyParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpNetstackInstanceRemove::kShape =
-    Declare::Pack<kIpNetstackInstanceRemoveShape>();
 
-void IpNetstackInstanceRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNetstackInstanceRemove, kIpNetstackInstanceRemoveShape) {
     try {
         const std::string& key = input->GetParameter(kNetstackParameter);
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -237,37 +245,12 @@ void IpNetstackInstanceRemove::ExecuteInternal(const std::shared_ptr<Input>& inp
 
 constexpr Declare::CommandShape kIpNetstackInstanceSetShape = {
     .description = "Configure settings for a given Netstack Instance.",
+    .parameters = kSetParametersBefore,
     .root = Declare::Root::Bool,
+    .addParameters = AddCongestionControlAndLaterParameters,
 };
-const Declare::PackedShape IpNetstackInstanceSet::kShape =
-    Declare::Pack<kIpNetstackInstanceSetShape>();
 
-std::shared_ptr<InputSpec> IpNetstackInstanceSet::GetInputSpecInternal() {
-    auto spec = Declare::MakeInputSpec(kSetParametersBefore);
-    auto ccalgo = CppTools::CallSpec::ParameterSpec::New(kCcalgoParameter,
-                                                         CppTools::CallSpec::ParameterTypeString);
-    ccalgo->SetShortName("c");
-    ccalgo->SetDescription(
-        "The TCP Congestion Contol Algorithm for this netstack instance (not applied to existing "
-        "connections).: %FULLENUM%");
-    ccalgo->SetRequired(false);
-    auto algorithms =
-        CppTools::CallSpec::ParameterConstraint::New(CppTools::CallSpec::ConstraintStringEnum);
-    for (const std::string& name :
-         KelmCtl::Network::NetstackInstanceImpl::GetCongestionControlAlgorithmList()) {
-        algorithms->AddStringEnum(name, "Set " + name + " as the algorithm");
-    }
-    ccalgo->SetConstraint(algorithms);
-    spec->AddParameter(ccalgo);
-    const auto after = Declare::MakeInputSpec(kSetParametersAfter);
-    for (const auto& parameter : after->GetParameters()) {
-        spec->AddParameter(parameter);
-    }
-    return spec;
-}
-
-void IpNetstackInstanceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpNetstackInstanceSet, kIpNetstackInstanceSetShape) {
     try {
         const std::string& key = input->GetParameter(kNetstackParameter);
         KelmCtl::Network::NetworkInfoImpl networkInfo;

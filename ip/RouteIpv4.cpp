@@ -4,8 +4,8 @@
 #include <array>
 #include <unordered_map>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 #include "ip/RouteCommon.h"
 #include "kelmctl/RoutingInfoImpl.h"
 
@@ -47,14 +47,11 @@ constexpr Declare::Parameter kListParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNetwork, FieldType::String},   {kNetmask, FieldType::String}, {kGateway, FieldType::String},
-    {kInterface, FieldType::String}, {kSource, FieldType::String},
+    {kNetwork, FieldType::String, 1}, {kNetmask, FieldType::String, 2},
+    {kGateway, FieldType::String, 3}, {kInterface, FieldType::String, 4},
+    {kSource, FieldType::String, 5},
 };
 constexpr Declare::StructShape kRoute = {"Ipv4Route", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ipv4Route", "Network,Netmask,Gateway,Interface,Source"},
-};
 
 // The instance named by `netstack`, or the default one.
 void ApplyNetstack(const Input& input, RoutingInfoImpl& routing) {
@@ -76,27 +73,22 @@ constexpr Declare::CommandShape kIpRouteIpv4AddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv4Add::kShape = Declare::Pack<kIpRouteIpv4AddShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv4RemoveShape = {
     .description = "Remove IPv4 route",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv4Remove::kShape = Declare::Pack<kIpRouteIpv4RemoveShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv4ListShape = {
     .description = "List configured IPv4 routes",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
-const Declare::PackedShape IpRouteIpv4List::kShape = Declare::Pack<kIpRouteIpv4ListShape>();
 
-void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4Add, kIpRouteIpv4AddShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);
@@ -109,8 +101,7 @@ void IpRouteIpv4Add::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv4Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4Remove, kIpRouteIpv4RemoveShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);
@@ -132,8 +123,7 @@ void IpRouteIpv4Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv4List::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv4List, kIpRouteIpv4ListShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         ApplyNetstack(*input, routing);

@@ -1,9 +1,9 @@
 // `network ip route ipv6 add|remove|list`: the IPv6 routes of a netstack instance. The network
 // "default" stands for the default route, whose removal clears the instance's default gateway.
 // A change brings the network dumper up to date when it is on.
+#include "frame/Declaration.h"
 #include "hostctl/Host.h"
 #include "hostctl/HostCtlException.h"
-#include "ip/RouteCommands.h"
 #include "ip/RouteCommon.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/RoutingInfoImpl.h"
@@ -43,16 +43,12 @@ constexpr Declare::Parameter kListParameters[] = {
 };
 
 constexpr Field kFields[] = {
-    {kNetwork, FieldType::String},
-    {kNetmask, FieldType::String},
-    {kGateway, FieldType::String},
-    {kInterface, FieldType::String},
+    {kNetwork, FieldType::String, 1},
+    {kNetmask, FieldType::String, 2},
+    {kGateway, FieldType::String, 3},
+    {kInterface, FieldType::String, 4},
 };
 constexpr Declare::StructShape kRoute = {"Ipv6Route", kFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ipv6Route", "Network,Netmask,Gateway,Interface"},
-};
 
 Ipv6Network NetworkOf(const std::string& network) {
     return network == kDefaultNetwork ? RoutingInfoImpl::DEFAULT_IPV6_ROUTE : Ipv6Network(network);
@@ -72,27 +68,22 @@ constexpr Declare::CommandShape kIpRouteIpv6AddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv6Add::kShape = Declare::Pack<kIpRouteIpv6AddShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv6RemoveShape = {
     .description = "Remove IPv6 route from the Kelm",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape IpRouteIpv6Remove::kShape = Declare::Pack<kIpRouteIpv6RemoveShape>();
 
 constexpr Declare::CommandShape kIpRouteIpv6ListShape = {
     .description = "List configured IPv6 routes",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kRoute,
 };
-const Declare::PackedShape IpRouteIpv6List::kShape = Declare::Pack<kIpRouteIpv6ListShape>();
 
-void IpRouteIpv6Add::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6Add, kIpRouteIpv6AddShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         RoutingInfoImpl routing(kDefaultNetstack);
@@ -110,8 +101,7 @@ void IpRouteIpv6Add::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv6Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6Remove, kIpRouteIpv6RemoveShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         RoutingInfoImpl routing(kDefaultNetstack);
@@ -138,8 +128,7 @@ void IpRouteIpv6Remove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void IpRouteIpv6List::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(IpRouteIpv6List, kIpRouteIpv6ListShape) {
     try {
         RoutingInfoImpl routing(kDefaultNetstack);
         const std::string& netstack = input->GetParameter(kNetstackParameter);

@@ -1,11 +1,11 @@
 // `network nic attachment add|remove|list`: branch uplinks attached to a trunk NIC with a VLAN
 // ID each.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/PortGroup.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -45,15 +45,12 @@ constexpr char kBranch[] = "Branch";
 constexpr char kBranchMac[] = "Branch MAC";
 constexpr char kVlanId[] = "VLAN ID";
 constexpr Field kAttachmentFields[] = {
-    {kTrunk, FieldType::String},
-    {kBranch, FieldType::String},
-    {kBranchMac, FieldType::String},
-    {kVlanId, FieldType::Int},
+    {kTrunk, FieldType::String, 1},
+    {kBranch, FieldType::String, 2},
+    {kBranchMac, FieldType::String, 3},
+    {kVlanId, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kAttachment = {"AttachmentInfo", kAttachmentFields};
-constexpr Declare::OutputParameter kListOutput[] = {
-    {"fields:AttachmentInfo", "Trunk,Branch,Branch MAC,VLAN ID"},
-};
 
 constexpr char kSameUplink[] = "Trunk uplink and branch uplink need to be different.";
 constexpr char kInvalidTrunk[] = "Invalid trunk PNIC name ";
@@ -70,27 +67,22 @@ constexpr Declare::CommandShape kNicAttachmentAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicAttachmentAdd::kShape = Declare::Pack<kNicAttachmentAddShape>();
 
 constexpr Declare::CommandShape kNicAttachmentRemoveShape = {
     .description = "Detach a branch uplink from its trunk.",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicAttachmentRemove::kShape = Declare::Pack<kNicAttachmentRemoveShape>();
 
 constexpr Declare::CommandShape kNicAttachmentListShape = {
     .description = "Show uplink attachment information.",
     .formatter = "table",
-    .outputParameters = kListOutput,
     .parameters = kListParameters,
     .root = Declare::Root::List,
     .structure = &kAttachment,
 };
-const Declare::PackedShape NicAttachmentList::kShape = Declare::Pack<kNicAttachmentListShape>();
 
-void NicAttachmentAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentAdd, kNicAttachmentAddShape) {
     const std::string& trunk = input->GetParameter(kTrunkParameter);
     const std::string& branch = input->GetParameter(kBranchParameter);
     const auto vlanId = static_cast<std::uint16_t>(input->GetParameterInt(kVlanIdParameter));
@@ -117,8 +109,7 @@ void NicAttachmentAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The branch isn't looked up: the host judges it.
-void NicAttachmentRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentRemove, kNicAttachmentRemoveShape) {
     const std::string& trunk = input->GetParameter(kTrunkParameter);
     const std::string& branch = input->GetParameter(kBranchParameter);
     try {
@@ -135,8 +126,7 @@ void NicAttachmentRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicAttachmentList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicAttachmentList, kNicAttachmentListShape) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     try {
         std::vector<std::unique_ptr<HostCtl::Network::Pnic>> pnics;

@@ -1,10 +1,10 @@
 // `network nic coalesce get|set` and `network nic coalesce low|high get|set`: a NIC's interrupt
 // coalescing, one record read from the host and, for a change, written back whole.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -71,21 +71,16 @@ constexpr char kAdaptiveTxField[] = "Adaptive TX";
 constexpr char kSampleIntervalField[] = "Sample interval seconds";
 
 constexpr Field kGeneralFields[] = {
-    {kNic, FieldType::String},
-    {kRxMicroseconds, FieldType::String},
-    {kRxMaximumFrames, FieldType::String},
-    {kTxMicroseconds, FieldType::String},
-    {kTxMaximumFrames, FieldType::String},
-    {kAdaptiveRxField, FieldType::String},
-    {kAdaptiveTxField, FieldType::String},
-    {kSampleIntervalField, FieldType::String},
+    {kNic, FieldType::String, 1},
+    {kRxMicroseconds, FieldType::String, 2},
+    {kRxMaximumFrames, FieldType::String, 3},
+    {kTxMicroseconds, FieldType::String, 4},
+    {kTxMaximumFrames, FieldType::String, 5},
+    {kAdaptiveRxField, FieldType::String, 6},
+    {kAdaptiveTxField, FieldType::String, 7},
+    {kSampleIntervalField, FieldType::String, 8},
 };
 constexpr Declare::StructShape kGeneralShape = {"CoalesceParams", kGeneralFields};
-constexpr Declare::OutputParameter kGeneralOutput[] = {
-    {"fields:CoalesceParams",
-     "NIC,RX microseconds,RX maximum frames,TX microseconds,TX Maximum frames,Adaptive RX,"
-     "Adaptive TX,Sample interval seconds"},
-};
 
 // The low and high bands: the same steps on five fields of one band.
 
@@ -96,22 +91,18 @@ constexpr char kTxDelayTime[] = "TX delay time";
 constexpr char kTxDelayPackets[] = "TX delay packets";
 
 constexpr Field kBandFields[] = {
-    {kNic, FieldType::String},      {kPacketRate, FieldType::Int},
-    {kRxDelayTime, FieldType::Int}, {kRxDelayPackets, FieldType::Int},
-    {kTxDelayTime, FieldType::Int}, {kTxDelayPackets, FieldType::Int},
+    {kNic, FieldType::String, 1},      {kPacketRate, FieldType::Int, 2},
+    {kRxDelayTime, FieldType::Int, 3}, {kRxDelayPackets, FieldType::Int, 4},
+    {kTxDelayTime, FieldType::Int, 5}, {kTxDelayPackets, FieldType::Int, 6},
 };
 constexpr Declare::StructShape kLowShape = {"CoalesceParamsAtLowPacketRate", kBandFields};
 constexpr Declare::StructShape kHighShape = {"CoalesceParamsAtHighPacketRate", kBandFields};
 constexpr Declare::OutputParameter kLowOutput[] = {
-    {"fields:CoalesceParamsAtLowPacketRate",
-     "NIC,Packet rate,RX delay time,RX delay packets,TX delay time,TX delay packets"},
     {"units:CoalesceParamsAtLowPacketRate.Packet rate", "pps"},
     {"units:CoalesceParamsAtLowPacketRate.RX delay time", "microsecond"},
     {"units:CoalesceParamsAtLowPacketRate.TX delay time", "microsecond"},
 };
 constexpr Declare::OutputParameter kHighOutput[] = {
-    {"fields:CoalesceParamsAtHighPacketRate",
-     "NIC,Packet rate,RX delay time,RX delay packets,TX delay time,TX delay packets"},
     {"units:CoalesceParamsAtHighPacketRate.Packet rate", "pps"},
     {"units:CoalesceParamsAtHighPacketRate.RX delay time", "microsecond"},
     {"units:CoalesceParamsAtHighPacketRate.TX delay time", "microsecond"},
@@ -242,19 +233,16 @@ void BandSet(const Band& band, const Input& input, Output& output) {
 constexpr Declare::CommandShape kNicCoalesceGetShape = {
     .description = "Get coalesce parameters",
     .formatter = "table",
-    .outputParameters = kGeneralOutput,
     .parameters = kGetParameters,
     .root = Declare::Root::List,
     .structure = &kGeneralShape,
 };
-const Declare::PackedShape NicCoalesceGet::kShape = Declare::Pack<kNicCoalesceGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceSetShape = {
     .description = "Set coalesce parameters on a nic",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceSet::kShape = Declare::Pack<kNicCoalesceSetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceLowGetShape = {
     .description =
@@ -266,7 +254,6 @@ constexpr Declare::CommandShape kNicCoalesceLowGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kLowShape,
 };
-const Declare::PackedShape NicCoalesceLowGet::kShape = Declare::Pack<kNicCoalesceLowGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceLowSetShape = {
     .description =
@@ -275,7 +262,6 @@ constexpr Declare::CommandShape kNicCoalesceLowSetShape = {
     .parameters = kLowSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceLowSet::kShape = Declare::Pack<kNicCoalesceLowSetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceHighGetShape = {
     .description =
@@ -287,7 +273,6 @@ constexpr Declare::CommandShape kNicCoalesceHighGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kHighShape,
 };
-const Declare::PackedShape NicCoalesceHighGet::kShape = Declare::Pack<kNicCoalesceHighGetShape>();
 
 constexpr Declare::CommandShape kNicCoalesceHighSetShape = {
     .description =
@@ -296,10 +281,8 @@ constexpr Declare::CommandShape kNicCoalesceHighSetShape = {
     .parameters = kHighSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCoalesceHighSet::kShape = Declare::Pack<kNicCoalesceHighSetShape>();
 
-void NicCoalesceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceGet, kNicCoalesceGetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         PnicCoalesceParams params{};
@@ -346,8 +329,7 @@ void NicCoalesceGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceSet, kNicCoalesceSetShape) {
     try {
         const std::string& nicName = input->GetParameter(kHwnic);
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -372,8 +354,7 @@ void NicCoalesceSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceLowGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceLowGet, kNicCoalesceLowGetShape) {
     try {
         output->SetRootObject(
             BandGet(Declare::PackStruct<kLowShape>(), kLowBand, input->GetParameter(kHwnic)));
@@ -382,8 +363,7 @@ void NicCoalesceLowGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceLowSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceLowSet, kNicCoalesceLowSetShape) {
     try {
         BandSet(kLowBand, *input, *output);
     } catch (const HostCtlException& e) {
@@ -391,8 +371,7 @@ void NicCoalesceLowSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceHighGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceHighGet, kNicCoalesceHighGetShape) {
     try {
         output->SetRootObject(
             BandGet(Declare::PackStruct<kHighShape>(), kHighBand, input->GetParameter(kHwnic)));
@@ -401,8 +380,7 @@ void NicCoalesceHighGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCoalesceHighSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCoalesceHighSet, kNicCoalesceHighSetShape) {
     try {
         BandSet(kHighBand, *input, *output);
     } catch (const HostCtlException& e) {

@@ -1,9 +1,9 @@
 // `network nic dcb status get`: the Data Center Bridging state of one NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "kelmctl/DcbInfoImpl.h"
 #include "nic/NicCommon.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 
@@ -24,9 +24,9 @@ constexpr char kUpToTcMap[] = "UP to TC Map";
 constexpr char kPgTrafficClasses[] = "PG Traffic Classes";
 constexpr char kPfcTrafficClasses[] = "PFC Traffic Classes";
 constexpr Field kCapabilityFields[] = {
-    {kPriorityGroup, FieldType::Bool},    {kPriorityFlowControl, FieldType::Bool},
-    {kUpToTcMap, FieldType::Bool},        {kPgTrafficClasses, FieldType::Int},
-    {kPfcTrafficClasses, FieldType::Int},
+    {kPriorityGroup, FieldType::Bool, 1},    {kPriorityFlowControl, FieldType::Bool, 2},
+    {kUpToTcMap, FieldType::Bool},           {kPgTrafficClasses, FieldType::Int, 3},
+    {kPfcTrafficClasses, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kCapabilities = {"DcbCapabilities", kCapabilityFields};
 
@@ -37,9 +37,9 @@ constexpr char kDelay[] = "Round Trip Propagation Delay Of Link";
 constexpr char kSent[] = "Sent PFC Frames";
 constexpr char kReceived[] = "Received PFC Frames";
 constexpr Field kPfcFields[] = {
-    {kTrafficClasses, FieldType::Int}, {kPfcConfiguration, FieldType::String},
-    {kMacsecBypass, FieldType::Int},   {kDelay, FieldType::Int},
-    {kSent, FieldType::String},        {kReceived, FieldType::String},
+    {kTrafficClasses, FieldType::Int, 1}, {kPfcConfiguration, FieldType::String, 2},
+    {kMacsecBypass, FieldType::Int, 3},   {kDelay, FieldType::Int, 4},
+    {kSent, FieldType::String, 5},        {kReceived, FieldType::String, 6},
 };
 constexpr Declare::StructShape kPfc = {"DcbIeeePfcConfig", kPfcFields};
 
@@ -55,17 +55,17 @@ constexpr char kRecommendedBandwith[] = "Recommended TC Bandwith Per TC";
 constexpr char kRecommendedTsa[] = "Recommended TSA Assignment Per TC";
 constexpr char kRecommendedPriority[] = "Recommended Priority Assignment Per TC";
 constexpr Field kEtsFields[] = {
-    {kWilling, FieldType::Int},
-    {kSupportedCapacity, FieldType::Int},
-    {kCreditBasedShaper, FieldType::String},
-    {kTxBandwidth, FieldType::String},
-    {kRxBandwidth, FieldType::String},
-    {kTsaTable, FieldType::String},
-    {kPriorityAssignment, FieldType::String},
-    {kRecommendedBandwidth, FieldType::String},
+    {kWilling, FieldType::Int, 1},
+    {kSupportedCapacity, FieldType::Int, 2},
+    {kCreditBasedShaper, FieldType::String, 3},
+    {kTxBandwidth, FieldType::String, 4},
+    {kRxBandwidth, FieldType::String, 5},
+    {kTsaTable, FieldType::String, 6},
+    {kPriorityAssignment, FieldType::String, 7},
+    {kRecommendedBandwidth, FieldType::String, 8},
     {kRecommendedBandwith, FieldType::String},
-    {kRecommendedTsa, FieldType::String},
-    {kRecommendedPriority, FieldType::String},
+    {kRecommendedTsa, FieldType::String, 9},
+    {kRecommendedPriority, FieldType::String, 10},
 };
 constexpr Declare::StructShape kEts = {"DcbIeeeEtsConfig", kEtsFields};
 
@@ -73,9 +73,9 @@ constexpr char kAppType[] = "App Type";
 constexpr char kProtocolId[] = "Protocol ID";
 constexpr char kUserPriority[] = "User Priority";
 constexpr Field kAppFields[] = {
-    {kAppType, FieldType::String},
-    {kProtocolId, FieldType::String},
-    {kUserPriority, FieldType::String},
+    {kAppType, FieldType::String, 1},
+    {kProtocolId, FieldType::String, 2},
+    {kUserPriority, FieldType::String, 3},
 };
 constexpr Declare::StructShape kApps = {"DcbApps", kAppFields};
 
@@ -88,34 +88,17 @@ constexpr char kIeePfc[] = "IEEE PFC Configuration";
 constexpr char kIeeeEts[] = "IEEE ETS Configuration";
 constexpr char kDcbApps[] = "DCB Apps";
 constexpr Field kStatusFields[] = {
-    {kNicNameField, FieldType::String},
-    {kMode, FieldType::String},
-    {kEnabled, FieldType::Bool},
-    {kCapabilitiesField, FieldType::Struct, &kCapabilities},
-    {kPfcEnabled, FieldType::Bool},
-    {kPfcConfiguration, FieldType::String},
-    {kIeePfc, FieldType::Struct, &kPfc},
-    {kIeeeEts, FieldType::Struct, &kEts},
-    {kDcbApps, FieldType::StructList, &kApps},
+    {kNicNameField, FieldType::String, 1},
+    {kMode, FieldType::String, 2},
+    {kEnabled, FieldType::Bool, 3},
+    {kCapabilitiesField, FieldType::Struct, 4, &kCapabilities},
+    {kPfcEnabled, FieldType::Bool, 5},
+    {kPfcConfiguration, FieldType::String, 6},
+    {kIeePfc, FieldType::Struct, 8, &kPfc},
+    {kIeeeEts, FieldType::Struct, 7, &kEts},
+    {kDcbApps, FieldType::StructList, 9, &kApps},
 };
 constexpr Declare::StructShape kStatus = {"DCBStatus", kStatusFields};
-
-constexpr Declare::OutputParameter kOutput[] = {
-    {"fields:DCBStatus",
-     "Nic Name,Mode,Enabled,Capabilities,PFC Enabled,PFC Configuration,IEEE ETS "
-     "Configuration,IEEE PFC Configuration,DCB Apps"},
-    {"fields:DcbIeeeEtsConfig",
-     "Willing Bit In ETS Config TLV,Supported Capacity,Credit Based Shaper ETS Algorithm "
-     "Supported,TX Bandwidth Per TC,RX Bandwidth Per TC,TSA Assignment Table Per TC,Priority "
-     "Assignment Per TC,Recommended TC Bandwidth Per TC,Recommended TSA Assignment Per "
-     "TC,Recommended Priority Assignment Per TC"},
-    {"fields:DcbIeeePfcConfig",
-     "Number Of Traffic Classes,PFC Configuration,Macsec Bypass Capability Is Enabled,Round Trip "
-     "Propagation Delay Of Link,Sent PFC Frames,Received PFC Frames"},
-    {"fields:DcbApps", "App Type,Protocol ID,User Priority"},
-    {"fields:DcbCapabilities",
-     "Priority Group,Priority Flow Control,PG Traffic Classes,PFC Traffic Classes"},
-};
 
 constexpr Declare::Parameter kParameters[] = {
     {kNicNameParameter, "n", Declare::Type::String, true,
@@ -152,15 +135,12 @@ std::string DcbArrayToStringUint64(unsigned long* values) {
 constexpr Declare::CommandShape kNicDcbStatusGetShape = {
     .description = "Get the DCB information for a NIC.",
     .formatter = "simple",
-    .outputParameters = kOutput,
     .parameters = kParameters,
     .root = Declare::Root::Struct,
     .structure = &kStatus,
 };
-const Declare::PackedShape NicDcbStatusGet::kShape = Declare::Pack<kNicDcbStatusGetShape>();
 
-void NicDcbStatusGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicDcbStatusGet, kNicDcbStatusGetShape) {
     try {
         const std::string& name = input->GetParameter(kNicNameParameter);
         KelmCtl::Network::DcbInfoImpl dcb(name);

@@ -1,9 +1,9 @@
 // `network nic eeprom dump|change`, `nic register dump`, `nic selftest run` and
 // `nic negotiate restart`: the NIC's device, reached through the host.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -16,19 +16,16 @@ constexpr char kOffset[] = "Offset";
 constexpr char kValue[] = "Value";
 constexpr char kItem[] = "Item";
 constexpr Field kEepromFields[] = {
-    {kOffset, FieldType::String},
-    {kValue, FieldType::String},
+    {kOffset, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
 };
 constexpr Declare::StructShape kEepromStruct = {"EepromDump", kEepromFields};
-constexpr Declare::OutputParameter kEepromOutput[] = {{"fields:EepromDump", "Offset,Value"}};
 constexpr Declare::StructShape kRegisterStruct = {"RegisterDump", kEepromFields};
-constexpr Declare::OutputParameter kRegisterOutput[] = {{"fields:RegisterDump", "Offset,Value"}};
 constexpr Field kSelfTestFields[] = {
-    {kItem, FieldType::String},
-    {kValue, FieldType::String},
+    {kItem, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
 };
 constexpr Declare::StructShape kSelfTestStruct = {"EepromDump", kSelfTestFields};
-constexpr Declare::OutputParameter kSelfTestOutput[] = {{"fields:EepromDump", "Item,Value"}};
 
 constexpr char kOffsetParameter[] = "offset";
 constexpr char kLengthParameter[] = "length";
@@ -118,50 +115,40 @@ std::shared_ptr<MetaList> DumpBinary(unsigned int offset, std::vector<unsigned c
 constexpr Declare::CommandShape kNicEepromDumpShape = {
     .description = "Dump device EEPROM",
     .formatter = "table",
-    .outputParameters = kEepromOutput,
     .parameters = kEepromDumpParameters,
     .root = Declare::Root::List,
     .structure = &kEepromStruct,
 };
-const Declare::PackedShape NicEepromDump::kShape = Declare::Pack<kNicEepromDumpShape>();
 
 constexpr Declare::CommandShape kNicEepromChangeShape = {
     .description = "Change EEPROM on a nic",
     .parameters = kEepromChangeParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicEepromChange::kShape = Declare::Pack<kNicEepromChangeShape>();
 
 constexpr Declare::CommandShape kNicRegisterDumpShape = {
     .description = "Dump device registers",
     .formatter = "table",
-    .outputParameters = kRegisterOutput,
     .parameters = kRegisterDumpParameters,
     .root = Declare::Root::List,
     .structure = &kRegisterStruct,
 };
-const Declare::PackedShape NicRegisterDump::kShape = Declare::Pack<kNicRegisterDumpShape>();
 
 constexpr Declare::CommandShape kNicSelfTestRunShape = {
     .description = "Run self test",
     .formatter = "table",
-    .outputParameters = kSelfTestOutput,
     .parameters = kSelfTestParameters,
     .root = Declare::Root::List,
     .structure = &kSelfTestStruct,
 };
-const Declare::PackedShape NicSelfTestRun::kShape = Declare::Pack<kNicSelfTestRunShape>();
 
 constexpr Declare::CommandShape kNicNegotiationRestartShape = {
     .description = "Restart N-Way negotiation on a nic",
     .parameters = kNegotiateParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicNegotiationRestart::kShape =
-    Declare::Pack<kNicNegotiationRestartShape>();
 
-void NicEepromDump::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicEepromDump, kNicEepromDumpShape) {
     try {
         auto pnic = DiagnosedPnic(*input, *output);
         if (!pnic) {
@@ -180,8 +167,7 @@ void NicEepromDump::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The file is the host's to read; the command only passes its name on.
-void NicEepromChange::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicEepromChange, kNicEepromChangeShape) {
     try {
         auto pnic = DiagnosedPnic(*input, *output);
         if (!pnic) {
@@ -211,8 +197,7 @@ void NicEepromChange::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // Sixteen words a row, each as at least two hexadecimal digits and a blank.
-void NicRegisterDump::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRegisterDump, kNicRegisterDumpShape) {
     try {
         auto pnic = DiagnosedPnic(*input, *output);
         if (!pnic) {
@@ -238,8 +223,7 @@ void NicRegisterDump::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSelfTestRun::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSelfTestRun, kNicSelfTestRunShape) {
     try {
         auto pnic = DiagnosedPnic(*input, *output);
         if (!pnic) {
@@ -266,8 +250,7 @@ void NicSelfTestRun::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicNegotiationRestart::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicNegotiationRestart, kNicNegotiationRestartShape) {
     try {
         auto pnic = DiagnosedPnic(*input, *output);
         if (!pnic) {

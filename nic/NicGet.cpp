@@ -1,10 +1,10 @@
 // `network nic get`: the link configuration of one NIC, with the host's numbers in words.
 #include <iterator>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/Misc.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicCommands.h"
 #include "nic/NicCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -71,7 +71,7 @@ constexpr Field kNicInfoFields[] = {
     {kPauseRx, FieldType::Bool},
     {kPauseTx, FieldType::Bool},
     {kLinkStatus, FieldType::String},
-    {kDriverInfo, FieldType::Struct, &kDriverInfoShape},
+    {kDriverInfo, FieldType::Struct, 0, &kDriverInfoShape},
     {kBackingDpuId, FieldType::String},
 };
 constexpr Declare::StructShape kNicInfoShape = {"NICInfo", kNicInfoFields};
@@ -134,10 +134,8 @@ constexpr Declare::CommandShape kNicGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kNicInfoShape,
 };
-const Declare::PackedShape NicGet::kShape = Declare::Pack<kNicGetShape>();
 
-void NicGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                             const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicGet, kNicGetShape) {
     try {
         auto result = GetOutputStructure();
         KelmCtl::Network::NetworkInfoImpl networkInfo;

@@ -1,9 +1,9 @@
 // `network nic hwCap supported list` and `nic hwCap activated list`: the hardware capabilities
 // of each NIC, by name.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/PnicImpl.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -16,21 +16,15 @@ constexpr char kSupportedField[] = "Device Hardware Cap Supported";
 constexpr char kActivatedField[] = "Device Hardware Cap Activated";
 
 constexpr Field kSupportedFields[] = {
-    {kNicField, FieldType::String},
-    {kSupportedField, FieldType::String},
+    {kNicField, FieldType::String, 1},
+    {kSupportedField, FieldType::String, 2},
 };
 constexpr Field kActivatedFields[] = {
-    {kNicField, FieldType::String},
-    {kActivatedField, FieldType::String},
+    {kNicField, FieldType::String, 1},
+    {kActivatedField, FieldType::String, 2},
 };
 constexpr Declare::StructShape kSupportedStruct = {"Settings", kSupportedFields};
 constexpr Declare::StructShape kActivatedStruct = {"Settings", kActivatedFields};
-constexpr Declare::OutputParameter kSupportedOutput[] = {
-    {"fields:Settings", "NIC,Device Hardware Cap Supported"},
-};
-constexpr Declare::OutputParameter kActivatedOutput[] = {
-    {"fields:Settings", "NIC,Device Hardware Cap Activated"},
-};
 constexpr Declare::Parameter kParameters[] = {
     {kHwnicParameter, "n", Declare::Type::List, false,
      "Limit the output to only the physical NICS with the specified names."},
@@ -102,27 +96,20 @@ void ListCapabilities(const Input& input, Output& output, bool activated,
 constexpr Declare::CommandShape kNicHwCapSupportedListShape = {
     .description = "List supported hardware capabilities of physical NICs.",
     .formatter = "table",
-    .outputParameters = kSupportedOutput,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kSupportedStruct,
 };
-const Declare::PackedShape NicHwCapSupportedList::kShape =
-    Declare::Pack<kNicHwCapSupportedListShape>();
 
 constexpr Declare::CommandShape kNicHwCapActivatedListShape = {
     .description = "List activated hardware capabilities of physical NICs.",
     .formatter = "table",
-    .outputParameters = kActivatedOutput,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kActivatedStruct,
 };
-const Declare::PackedShape NicHwCapActivatedList::kShape =
-    Declare::Pack<kNicHwCapActivatedListShape>();
 
-void NicHwCapSupportedList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicHwCapSupportedList, kNicHwCapSupportedListShape) {
     try {
         ListCapabilities(*input, *output, false, &GetOutputStructure);
     } catch (const HostCtl::Lib::HostCtlException& e) {
@@ -130,8 +117,7 @@ void NicHwCapSupportedList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicHwCapActivatedList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicHwCapActivatedList, kNicHwCapActivatedListShape) {
     try {
         ListCapabilities(*input, *output, true, &GetOutputStructure);
     } catch (const HostCtl::Lib::HostCtlException& e) {

@@ -1,7 +1,7 @@
 // `network nic up` and `network nic down`: the administrative link state of a NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicCommands.h"
 #include "nic/NicCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -30,17 +30,14 @@ constexpr Declare::CommandShape kNicUpShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicUp::kShape = Declare::Pack<kNicUpShape>();
 
 constexpr Declare::CommandShape kNicDownShape = {
     .description = "Bring down the specified network device.",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicDown::kShape = Declare::Pack<kNicDownShape>();
 
-void NicUp::ExecuteInternal(const std::shared_ptr<Input>& input,
-                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicUp, kNicUpShape) {
     const std::string& nicName = input->GetParameter(kNicNameParameter);
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -52,8 +49,7 @@ void NicUp::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 // Unlike `nic up`, the network model is made ahead of the guarded block, so a failure to make
 // it reaches the command host.
-void NicDown::ExecuteInternal(const std::shared_ptr<Input>& input,
-                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicDown, kNicDownShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         SetLinkState(networkInfo, input->GetParameter(kNicNameParameter), false, *output);

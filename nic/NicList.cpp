@@ -1,10 +1,10 @@
 // `network nic list`: the inventory of physical NICs.
 #include <cstring>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "hostctl/SmartNic.h"
-#include "nic/NicCommands.h"
 #include "nic/NicCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -27,17 +27,14 @@ constexpr char kDescription[] = "Description";
 constexpr char kDpuId[] = "DPU Id";
 
 constexpr Field kNicFields[] = {
-    {kName, FieldType::String}, {kPciDevice, FieldType::String},   {kDriver, FieldType::String},
-    {kLink, FieldType::String}, {kAdminStatus, FieldType::String}, {kLinkStatus, FieldType::String},
-    {kSpeed, FieldType::Int},   {kDuplex, FieldType::String},      {kMacAddress, FieldType::String},
-    {kMtu, FieldType::Int},     {kDescription, FieldType::String}, {kDpuId, FieldType::String},
+    {kName, FieldType::String, 1},         {kPciDevice, FieldType::String, 2},
+    {kDriver, FieldType::String, 3},       {kLink, FieldType::String},
+    {kAdminStatus, FieldType::String, 4},  {kLinkStatus, FieldType::String, 5},
+    {kSpeed, FieldType::Int, 6},           {kDuplex, FieldType::String, 7},
+    {kMacAddress, FieldType::String, 8},   {kMtu, FieldType::Int, 9},
+    {kDescription, FieldType::String, 10}, {kDpuId, FieldType::String},
 };
 constexpr Declare::StructShape kNic = {"Nic", kNicFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:Nic",
-     "Name,PCI Device,Driver,Admin Status,Link Status,Speed,Duplex,MAC Address,MTU,Description"},
-};
 
 constexpr char kUp[] = "Up";
 constexpr char kDown[] = "Down";
@@ -100,14 +97,11 @@ constexpr Declare::CommandShape kNicListShape = {
         "This command will list the Physical NICs currently installed and loaded on "
         "the system.",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .root = Declare::Root::List,
     .structure = &kNic,
 };
-const Declare::PackedShape NicList::kShape = Declare::Pack<kNicListShape>();
 
-void NicList::ExecuteInternal(const std::shared_ptr<Input>&,
-                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicList, kNicListShape) {
     auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

@@ -1,9 +1,9 @@
 // `network nic cso|tso|sg get|set`: hardware offload switches, and `network nic software
 // list|set`: the features the host simulates in software for a NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -51,16 +51,16 @@ constexpr Offload kSg = {{kValue, nullptr},
                          {&PnicOffloadParams::scatterGather, nullptr},
                          PnicOffloadParams::kScatterGather};
 
-constexpr Field kCsoFields[] = {
-    {kNic, FieldType::String}, {kRxChecksum, FieldType::String}, {kTxChecksum, FieldType::String}};
-constexpr Field kValueFields[] = {{kNic, FieldType::String}, {kValue, FieldType::String}};
+constexpr Field kCsoFields[] = {{kNic, FieldType::String, 1},
+                                {kRxChecksum, FieldType::String, 2},
+                                {kTxChecksum, FieldType::String, 3}};
+constexpr Field kValueFields[] = {
+    {kNic, FieldType::String, 1},
+    {kValue, FieldType::String, 2},
+};
 constexpr Declare::StructShape kCsoShape = {"CSOSettings", kCsoFields};
 constexpr Declare::StructShape kTsoShape = {"TSOSettings", kValueFields};
 constexpr Declare::StructShape kSgShape = {"ScatterGatherSetting", kValueFields};
-constexpr Declare::OutputParameter kCsoOutput[] = {
-    {"fields:CSOSettings", "NIC,RX Checksum Offload,TX Checksum Offload"}};
-constexpr Declare::OutputParameter kTsoOutput[] = {{"fields:TSOSettings", "NIC,Value"}};
-constexpr Declare::OutputParameter kSgOutput[] = {{"fields:ScatterGatherSetting", "NIC,Value"}};
 
 constexpr Declare::Parameter kCsoGetParameters[] = {
     {kHwnic, "n", Declare::Type::String, false, "The name of pnic to get CSO settings"}};
@@ -130,47 +130,24 @@ constexpr Feature kFeatures[] = {
      &PnicSoftwareSimulation::vlanUntagging, 0x1000},
 };
 
-constexpr Declare::Parameter FeatureParameter(const Feature& feature) {
-    return {feature.parameter, nullptr, Declare::Type::Bool, false, feature.description};
-}
-constexpr Declare::Parameter kSoftwareSetParameters[] = {
+// `software set` takes a parameter per feature, and `software list` shows a column per feature.
+constexpr Declare::Parameter kSoftwareSetLeadingParameters[] = {
     {kHwnic, "n", Declare::Type::String, true,
      "Name of the hwnic whose software similation settings should be updated."},
-    FeatureParameter(kFeatures[0]),
-    FeatureParameter(kFeatures[1]),
-    FeatureParameter(kFeatures[2]),
-    FeatureParameter(kFeatures[3]),
-    FeatureParameter(kFeatures[4]),
-    FeatureParameter(kFeatures[5]),
-    FeatureParameter(kFeatures[6]),
-    FeatureParameter(kFeatures[7]),
-    FeatureParameter(kFeatures[8]),
-    FeatureParameter(kFeatures[9]),
-    FeatureParameter(kFeatures[10]),
-    FeatureParameter(kFeatures[11]),
-    FeatureParameter(kFeatures[12]),
-    FeatureParameter(kFeatures[13]),
 };
+constexpr auto kSoftwareSetParameters = Declare::ParametersWithRows(
+    kSoftwareSetLeadingParameters, kFeatures, [](const Feature& feature) -> Declare::Parameter {
+        return {feature.parameter, nullptr, Declare::Type::Bool, false, feature.description};
+    });
 constexpr Declare::Parameter kSoftwareListParameters[] = {
     {kHwnic, "n", Declare::Type::List, false,
      "Limit the output to only the physical NICS with the specified names."}};
 
-constexpr Field FeatureField(const Feature& feature) {
-    return {feature.field, FieldType::String};
-}
-constexpr Field kSoftwareFields[] = {
-    {kNic, FieldType::String},   FeatureField(kFeatures[0]),  FeatureField(kFeatures[1]),
-    FeatureField(kFeatures[2]),  FeatureField(kFeatures[3]),  FeatureField(kFeatures[4]),
-    FeatureField(kFeatures[5]),  FeatureField(kFeatures[6]),  FeatureField(kFeatures[7]),
-    FeatureField(kFeatures[8]),  FeatureField(kFeatures[9]),  FeatureField(kFeatures[10]),
-    FeatureField(kFeatures[11]), FeatureField(kFeatures[12]), FeatureField(kFeatures[13]),
-};
+constexpr Field kSoftwareLeadingFields[] = {{kNic, FieldType::String, 1}};
+constexpr auto kSoftwareFields =
+    Declare::FieldsWithRows(kSoftwareLeadingFields, kFeatures, FieldType::String,
+                            [](const Feature& feature) { return feature.field; });
 constexpr Declare::StructShape kSoftwareShape = {"Settings", kSoftwareFields};
-constexpr Declare::OutputParameter kSoftwareOutput[] = {
-    {"fields:Settings",
-     "NIC,IPv4 CSO,IPv4 TSO,Scatter Gather,Offset Based Offload,VXLAN Encap,Geneve Offload,"
-     "IPv6 TSO,IPv6 TSO Ext,IPv6 CSO,IPv6 CSO Ext,High DMA,Scatter Gather MP,VLAN Tagging,"
-     "VLAN Untagging"}};
 
 // `get` of one offload: a row per NIC, "N/A" for a NIC that can't report.
 void OffloadGet(const Offload& offload, Declare::PackedStruct shape, const Input& input,
@@ -236,68 +213,55 @@ void OffloadSet(const Offload& offload, KelmCtl::Network::NetworkInfoImpl& netwo
 constexpr Declare::CommandShape kNicCsoGetShape = {
     .description = "Get checksum offload settings",
     .formatter = "table",
-    .outputParameters = kCsoOutput,
     .parameters = kCsoGetParameters,
     .root = Declare::Root::List,
     .structure = &kCsoShape,
 };
-const Declare::PackedShape NicCsoGet::kShape = Declare::Pack<kNicCsoGetShape>();
 constexpr Declare::CommandShape kNicTsoGetShape = {
     .description = "Get TCP segmentation offload settings",
     .formatter = "table",
-    .outputParameters = kTsoOutput,
     .parameters = kTsoGetParameters,
     .root = Declare::Root::List,
     .structure = &kTsoShape,
 };
-const Declare::PackedShape NicTsoGet::kShape = Declare::Pack<kNicTsoGetShape>();
 constexpr Declare::CommandShape kNicSgGetShape = {
     .description = "Get scatter-gather settings",
     .formatter = "table",
-    .outputParameters = kSgOutput,
     .parameters = kSgGetParameters,
     .root = Declare::Root::List,
     .structure = &kSgShape,
 };
-const Declare::PackedShape NicSgGet::kShape = Declare::Pack<kNicSgGetShape>();
 constexpr Declare::CommandShape kNicCsoSetShape = {
     .description = "Set checksum offload settings on a nic, which is not persistent.",
     .parameters = kCsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicCsoSet::kShape = Declare::Pack<kNicCsoSetShape>();
 constexpr Declare::CommandShape kNicTsoSetShape = {
     .description = "Set TCP segmentation offload settings on a nic, which is not persistent.",
     .parameters = kTsoSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicTsoSet::kShape = Declare::Pack<kNicTsoSetShape>();
 constexpr Declare::CommandShape kNicSgSetShape = {
     .description = "Set scatter-gatter settings on a nic, which is not persistent.",
     .parameters = kSgSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicSgSet::kShape = Declare::Pack<kNicSgSetShape>();
 constexpr Declare::CommandShape kNicSoftwareListShape = {
     .description =
         "List software simulation settings of physical NICs currently installed and "
         "loaded on the system.",
     .formatter = "table",
-    .outputParameters = kSoftwareOutput,
     .parameters = kSoftwareListParameters,
     .root = Declare::Root::List,
     .structure = &kSoftwareShape,
 };
-const Declare::PackedShape NicSoftwareList::kShape = Declare::Pack<kNicSoftwareListShape>();
 constexpr Declare::CommandShape kNicSoftwareSetShape = {
     .description = "Enable and disable software simulation settings on a NIC.",
     .parameters = kSoftwareSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicSoftwareSet::kShape = Declare::Pack<kNicSoftwareSetShape>();
 
-void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCsoGet, kNicCsoGetShape) {
     try {
         OffloadGet(kCso, Declare::PackStruct<kCsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -305,8 +269,7 @@ void NicCsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicTsoGet, kNicTsoGetShape) {
     try {
         OffloadGet(kTso, Declare::PackStruct<kTsoShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -314,8 +277,7 @@ void NicTsoGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSgGet, kNicSgGetShape) {
     try {
         OffloadGet(kSg, Declare::PackStruct<kSgShape>(), *input, *output);
     } catch (const HostCtlException& e) {
@@ -323,8 +285,7 @@ void NicSgGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicCsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicCsoSet, kNicCsoSetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         OffloadSet(kCso, networkInfo, *input, *output);
@@ -335,8 +296,7 @@ void NicCsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 // Unlike `cso set` and `sg set`, the network model is made ahead of the guarded block, so a
 // failure to make it reaches the command host.
-void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicTsoSet, kNicTsoSetShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         OffloadSet(kTso, networkInfo, *input, *output);
@@ -345,8 +305,7 @@ void NicTsoSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSgSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSgSet, kNicSgSetShape) {
     try {
         KelmCtl::Network::NetworkInfoImpl networkInfo;
         OffloadSet(kSg, networkInfo, *input, *output);
@@ -355,8 +314,7 @@ void NicSgSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSoftwareList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSoftwareList, kNicSoftwareListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -402,8 +360,7 @@ void NicSoftwareList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicSoftwareSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSoftwareSet, kNicSoftwareSetShape) {
     try {
         const std::string& nicName = input->GetParameter(kHwnic);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();

@@ -1,8 +1,8 @@
 // `network nic queue count get|set` and `nic queue filterclass list`: how many netqueues a NIC
 // has, and which filter classes they support.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -14,14 +14,11 @@ using Declare::FieldType;
 constexpr char kTxCount[] = "Tx netqueue count";
 constexpr char kRxCount[] = "Rx netqueue count";
 constexpr Field kCountFields[] = {
-    {kNicField, FieldType::String},
-    {kTxCount, FieldType::Int},
-    {kRxCount, FieldType::Int},
+    {kNicField, FieldType::String, 1},
+    {kTxCount, FieldType::Int, 2},
+    {kRxCount, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kCountStruct = {"NetqueueCount", kCountFields};
-constexpr Declare::OutputParameter kCountOutput[] = {
-    {"fields:NetqueueCount", "NIC,Tx netqueue count,Rx netqueue count"},
-};
 constexpr Declare::Parameter kCountGetParameters[] = {
     {kHwnicParameter, "n", Declare::Type::String, false, "The name of pnic to get netqueue count"},
 };
@@ -38,50 +35,38 @@ constexpr Declare::Parameter kCountSetParameters[] = {
 
 constexpr const char* kFilterClassNames[] = {"MacOnly", "VlanOnly", "VlanMac",
                                              "Vxlan",   "Geneve",   "GenericEncap"};
-constexpr Field kFilterClassFields[] = {
-    {kNicField, FieldType::String},          {kFilterClassNames[0], FieldType::Bool},
-    {kFilterClassNames[1], FieldType::Bool}, {kFilterClassNames[2], FieldType::Bool},
-    {kFilterClassNames[3], FieldType::Bool}, {kFilterClassNames[4], FieldType::Bool},
-    {kFilterClassNames[5], FieldType::Bool},
-};
+constexpr Field kFilterClassLeadingFields[] = {{kNicField, FieldType::String, 1}};
+constexpr auto kFilterClassFields =
+    Declare::FieldsWithRows(kFilterClassLeadingFields, kFilterClassNames, FieldType::Bool,
+                            [](const char* name) { return name; });
 constexpr Declare::StructShape kFilterClassStruct = {"Settings", kFilterClassFields};
-constexpr Declare::OutputParameter kFilterClassOutput[] = {
-    {"fields:Settings", "NIC,MacOnly,VlanOnly,VlanMac,Vxlan,Geneve,GenericEncap"},
-};
 
 }  // namespace
 
 constexpr Declare::CommandShape kNicQueueCountGetShape = {
     .description = "Get netqueue count on a nic",
     .formatter = "table",
-    .outputParameters = kCountOutput,
     .parameters = kCountGetParameters,
     .root = Declare::Root::List,
     .structure = &kCountStruct,
 };
-const Declare::PackedShape NicQueueCountGet::kShape = Declare::Pack<kNicQueueCountGetShape>();
 
 constexpr Declare::CommandShape kNicQueueCountSetShape = {
     .description = "Set number of netqueues on a nic",
     .parameters = kCountSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueCountSet::kShape = Declare::Pack<kNicQueueCountSetShape>();
 
 constexpr Declare::CommandShape kNicQueueFilterClassListShape = {
     .description =
         "List the netqueue supported filterclass of all physical NICs currently installed and "
         "loaded on the system.",
     .formatter = "table",
-    .outputParameters = kFilterClassOutput,
     .root = Declare::Root::List,
     .structure = &kFilterClassStruct,
 };
-const Declare::PackedShape NicQueueFilterClassList::kShape =
-    Declare::Pack<kNicQueueFilterClassListShape>();
 
-void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueCountGet, kNicQueueCountGetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -116,8 +101,7 @@ void NicQueueCountGet::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // Only the presence of `tx` and `rx` selects a side; their values aren't read.
-void NicQueueCountSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueCountSet, kNicQueueCountSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -145,8 +129,7 @@ void NicQueueCountSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueFilterClassList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueFilterClassList, kNicQueueFilterClassListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

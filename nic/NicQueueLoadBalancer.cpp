@@ -1,8 +1,8 @@
 // `network nic queue loadbalancer list|set`, `... state list|set` and `... plugin list|set`:
 // how the netqueue load balancer treats each NIC.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicDeviceCommands.h"
 #include "nic/NicQueueCommon.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -37,46 +37,27 @@ constexpr Feature kFeatures[] = {
      "Configure Receive Side Scaling with Large Receive Offload at netqueue load balancer.", 10},
 };
 
-constexpr Field kSettingFields[] = {
-    {kNicField, FieldType::String},          {kFeatures[0].field, FieldType::String},
-    {kFeatures[1].field, FieldType::String}, {kFeatures[2].field, FieldType::String},
-    {kFeatures[3].field, FieldType::String}, {kFeatures[4].field, FieldType::String},
-    {kFeatures[5].field, FieldType::String}, {kFeatures[6].field, FieldType::String},
-    {kFeatures[7].field, FieldType::String}, {kFeatures[8].field, FieldType::String},
-    {kFeatures[9].field, FieldType::String}, {kFeatures[10].field, FieldType::String},
-};
+constexpr Field kSettingLeadingFields[] = {{kNicField, FieldType::String, 1}};
+constexpr auto kSettingFields =
+    Declare::FieldsWithRows(kSettingLeadingFields, kFeatures, FieldType::String,
+                            [](const Feature& feature) { return feature.field; });
 constexpr Declare::StructShape kSettingStruct = {"Settings", kSettingFields};
-constexpr Declare::OutputParameter kSettingOutput[] = {
-    {"fields:Settings",
-     "NIC,RxQPair,RxQNoFeature,PreEmptibleQ,RxQLatency,RxDynamicLB,DynamicQPool,MacLearnLB,RSS,"
-     "LRO,GeneveOAM,RSSLRO"},
-};
 
-constexpr Declare::Parameter kSettingSetParameters[] = {
+constexpr Declare::Parameter kSettingSetLeadingParameters[] = {
     {kHwnicParameter, "n", Declare::Type::String, true,
      "Name of hwnic to update netqueue load balancer setting."},
-    {kFeatures[0].parameter, nullptr, Declare::Type::Bool, false, kFeatures[0].description},
-    {kFeatures[1].parameter, nullptr, Declare::Type::Bool, false, kFeatures[1].description},
-    {kFeatures[2].parameter, nullptr, Declare::Type::Bool, false, kFeatures[2].description},
-    {kFeatures[3].parameter, nullptr, Declare::Type::Bool, false, kFeatures[3].description},
-    {kFeatures[4].parameter, nullptr, Declare::Type::Bool, false, kFeatures[4].description},
-    {kFeatures[5].parameter, nullptr, Declare::Type::Bool, false, kFeatures[5].description},
-    {kFeatures[6].parameter, nullptr, Declare::Type::Bool, false, kFeatures[6].description},
-    {kFeatures[7].parameter, nullptr, Declare::Type::Bool, false, kFeatures[7].description},
-    {kFeatures[8].parameter, nullptr, Declare::Type::Bool, false, kFeatures[8].description},
-    {kFeatures[9].parameter, nullptr, Declare::Type::Bool, false, kFeatures[9].description},
-    {kFeatures[10].parameter, nullptr, Declare::Type::Bool, false, kFeatures[10].description},
 };
+constexpr auto kSettingSetParameters = Declare::ParametersWithRows(
+    kSettingSetLeadingParameters, kFeatures, [](const Feature& feature) -> Declare::Parameter {
+        return {feature.parameter, nullptr, Declare::Type::Bool, false, feature.description};
+    });
 
 constexpr char kEnabled[] = "Enabled";
 constexpr Field kStateFields[] = {
-    {kNicField, FieldType::String},
-    {kEnabled, FieldType::Bool},
+    {kNicField, FieldType::String, 1},
+    {kEnabled, FieldType::Bool, 2},
 };
 constexpr Declare::StructShape kStateStruct = {"NetqBalState", kStateFields};
-constexpr Declare::OutputParameter kStateOutput[] = {
-    {"fields:NetqBalState", "NIC,Enabled"},
-};
 constexpr Declare::Parameter kStateListParameters[] = {
     {kHwnicParameter, "n", Declare::Type::String, false,
      "The name of pnic to get netqueue balancer state"},
@@ -92,13 +73,12 @@ constexpr char kModuleName[] = "Module Name";
 constexpr char kPluginName[] = "Plugin Name";
 constexpr char kDescription[] = "Description";
 constexpr Field kPluginFields[] = {
-    {kNicField, FieldType::String},    {kModuleName, FieldType::String},
-    {kPluginName, FieldType::String},  {kEnabled, FieldType::Bool},
-    {kDescription, FieldType::String},
+    {kNicField, FieldType::String, 1},    {kModuleName, FieldType::String, 2},
+    {kPluginName, FieldType::String, 3},  {kEnabled, FieldType::Bool, 4},
+    {kDescription, FieldType::String, 5},
 };
 constexpr Declare::StructShape kPluginStruct = {"NetqBalPlugin", kPluginFields};
 constexpr Declare::OutputParameter kPluginOutput[] = {
-    {"fields:NetqBalPlugin", "NIC,Module Name,Plugin Name,Enabled,Description"},
     {"wrap-last", "true"},
 };
 constexpr Declare::Parameter kPluginListParameters[] = {
@@ -143,39 +123,31 @@ constexpr Declare::CommandShape kNicQueueLbSettingListShape = {
         "List the load balancer settings of all the installed and loaded physical NICs. "
         "(S:supported, U:unsupported, N:not-applicable, A:allowed, D:disallowed).",
     .formatter = "table",
-    .outputParameters = kSettingOutput,
     .root = Declare::Root::List,
     .structure = &kSettingStruct,
 };
-const Declare::PackedShape NicQueueLbSettingList::kShape =
-    Declare::Pack<kNicQueueLbSettingListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbSettingSetShape = {
     .description = "Enable/disable netqueue load balancer setting on a NIC.",
     .parameters = kSettingSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbSettingSet::kShape =
-    Declare::Pack<kNicQueueLbSettingSetShape>();
 
 constexpr Declare::CommandShape kNicQueueLbStateListShape = {
     .description =
         "Netqueue balancer state of all physical NICs currently installed and loaded on the "
         "system",
     .formatter = "table",
-    .outputParameters = kStateOutput,
     .parameters = kStateListParameters,
     .root = Declare::Root::List,
     .structure = &kStateStruct,
 };
-const Declare::PackedShape NicQueueLbStateList::kShape = Declare::Pack<kNicQueueLbStateListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbStateSetShape = {
     .description = "Enable/disable netqueue balancer on a NIC",
     .parameters = kStateSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbStateSet::kShape = Declare::Pack<kNicQueueLbStateSetShape>();
 
 constexpr Declare::CommandShape kNicQueueLbPluginListShape = {
     .description =
@@ -187,18 +159,14 @@ constexpr Declare::CommandShape kNicQueueLbPluginListShape = {
     .root = Declare::Root::List,
     .structure = &kPluginStruct,
 };
-const Declare::PackedShape NicQueueLbPluginList::kShape =
-    Declare::Pack<kNicQueueLbPluginListShape>();
 
 constexpr Declare::CommandShape kNicQueueLbPluginSetShape = {
     .description = "Enable/disable netqueue balancer plugin on a NIC",
     .parameters = kPluginSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicQueueLbPluginSet::kShape = Declare::Pack<kNicQueueLbPluginSetShape>();
 
-void NicQueueLbSettingList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbSettingList, kNicQueueLbSettingListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         PnicNetqueueParams params;
@@ -225,8 +193,7 @@ void NicQueueLbSettingList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void NicQueueLbSettingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbSettingSet, kNicQueueLbSettingSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -251,8 +218,7 @@ void NicQueueLbSettingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbStateList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbStateList, kNicQueueLbStateListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
@@ -286,8 +252,7 @@ void NicQueueLbStateList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbStateSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbStateSet, kNicQueueLbStateSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
@@ -305,8 +270,7 @@ void NicQueueLbStateSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicQueueLbPluginList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbPluginList, kNicQueueLbPluginListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto set = NetqueueNics(*networkInfo, *input, *output, InvalidPnicName);
@@ -353,8 +317,7 @@ void NicQueueLbPluginList::ExecuteInternal(const std::shared_ptr<Input>& input,
 }
 
 // The host judges the module and plug-in names.
-void NicQueueLbPluginSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicQueueLbPluginSet, kNicQueueLbPluginSetShape) {
     try {
         const std::string& name = input->GetParameter(kHwnicParameter);
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();

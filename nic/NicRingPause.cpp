@@ -2,9 +2,9 @@
 // descriptor rings; `network nic pauseParams list|set`: its flow-control pause parameters.
 #include <optional>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -34,23 +34,23 @@ constexpr char kMaxRxJumboField[] = "Max RX Jumbo";
 constexpr char kMaxTxField[] = "Max TX";
 
 constexpr Field kPresetFields[] = {
-    {kRxField, FieldType::Int},         {kRxMiniField, FieldType::Int},
-    {kRxJumboField, FieldType::Int},    {kTxField, FieldType::Int},
-    {kMaxRxField, FieldType::Int},      {kMaxRxMiniField, FieldType::Int},
-    {kMaxRxJumboField, FieldType::Int}, {kMaxTxField, FieldType::Int},
-};
-constexpr Field kCurrentFields[] = {
     {kRxField, FieldType::Int},
     {kRxMiniField, FieldType::Int},
     {kRxJumboField, FieldType::Int},
     {kTxField, FieldType::Int},
+    {kMaxRxField, FieldType::Int, 1},
+    {kMaxRxMiniField, FieldType::Int, 2},
+    {kMaxRxJumboField, FieldType::Int, 3},
+    {kMaxTxField, FieldType::Int, 4},
+};
+constexpr Field kCurrentFields[] = {
+    {kRxField, FieldType::Int, 1},
+    {kRxMiniField, FieldType::Int, 2},
+    {kRxJumboField, FieldType::Int, 3},
+    {kTxField, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kPresetShape = {"RingInfo", kPresetFields};
 constexpr Declare::StructShape kCurrentShape = {"RingInfo", kCurrentFields};
-constexpr Declare::OutputParameter kPresetOutput[] = {
-    {"fields:RingInfo", "Max RX,Max RX Mini,Max RX Jumbo,Max TX"}};
-constexpr Declare::OutputParameter kCurrentOutput[] = {
-    {"fields:RingInfo", "RX,RX Mini,RX Jumbo,TX"}};
 
 constexpr Declare::Parameter kPresetParameters[] = {
     {kNicName, "n", Declare::Type::String, true,
@@ -90,16 +90,12 @@ constexpr char kRxResolution[] = "RX Auto Negotiation Resolution";
 constexpr char kTxResolution[] = "TX Auto Negotiation Resolution";
 
 constexpr Field kPauseFields[] = {
-    {"NIC", FieldType::String},          {kSupported, FieldType::Bool},
-    {kAutoNegotiation, FieldType::Bool}, {kPauseRx, FieldType::Bool},
-    {kPauseTx, FieldType::Bool},         {kResolutionAvail, FieldType::Bool},
-    {kRxResolution, FieldType::Bool},    {kTxResolution, FieldType::Bool},
+    {"NIC", FieldType::String, 1},          {kSupported, FieldType::Bool, 2},
+    {kAutoNegotiation, FieldType::Bool, 5}, {kPauseRx, FieldType::Bool, 3},
+    {kPauseTx, FieldType::Bool, 4},         {kResolutionAvail, FieldType::Bool, 6},
+    {kRxResolution, FieldType::Bool, 7},    {kTxResolution, FieldType::Bool, 8},
 };
 constexpr Declare::StructShape kPauseShape = {"PauseParamsSettings", kPauseFields};
-constexpr Declare::OutputParameter kPauseOutput[] = {
-    {"fields:PauseParamsSettings",
-     "NIC,Pause Params Supported,Pause RX,Pause TX,Auto Negotiation,Auto Negotiation "
-     "Resolution Avail,RX Auto Negotiation Resolution,TX Auto Negotiation Resolution"}};
 
 constexpr Declare::Parameter kPauseListParameters[] = {
     {kNicName, "n", Declare::Type::String, false,
@@ -153,45 +149,36 @@ constexpr const char* kMaxFields[] = {kMaxRxField, kMaxRxMiniField, kMaxRxJumboF
 constexpr Declare::CommandShape kNicRingPresetGetShape = {
     .description = "Get preset maximums for RX/TX ring buffer parameters of a NIC.",
     .formatter = "simple",
-    .outputParameters = kPresetOutput,
     .parameters = kPresetParameters,
     .root = Declare::Root::Struct,
     .structure = &kPresetShape,
 };
-const Declare::PackedShape NicRingPresetGet::kShape = Declare::Pack<kNicRingPresetGetShape>();
 constexpr Declare::CommandShape kNicRingCurrentGetShape = {
     .description = "Get current RX/TX ring buffer parameters of a NIC",
     .formatter = "simple",
-    .outputParameters = kCurrentOutput,
     .parameters = kCurrentGetParameters,
     .root = Declare::Root::Struct,
     .structure = &kCurrentShape,
 };
-const Declare::PackedShape NicRingCurrentGet::kShape = Declare::Pack<kNicRingCurrentGetShape>();
 constexpr Declare::CommandShape kNicRingCurrentSetShape = {
     .description = "Set current RX/TX ring buffer parameters of a NIC",
     .parameters = kCurrentSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicRingCurrentSet::kShape = Declare::Pack<kNicRingCurrentSetShape>();
 constexpr Declare::CommandShape kNicPauseParamsListShape = {
     .description = "List pause parameters of all NICs",
     .formatter = "table",
-    .outputParameters = kPauseOutput,
     .parameters = kPauseListParameters,
     .root = Declare::Root::List,
     .structure = &kPauseShape,
 };
-const Declare::PackedShape NicPauseParamsList::kShape = Declare::Pack<kNicPauseParamsListShape>();
 constexpr Declare::CommandShape kNicPauseParamsSetShape = {
     .description = "Set pause parameters for a NIC",
     .parameters = kPauseSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicPauseParamsSet::kShape = Declare::Pack<kNicPauseParamsSetShape>();
 
-void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                       const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingPresetGet, kNicRingPresetGetShape) {
     try {
         auto rings = ReadRings(*input, *output);
         if (!rings) {
@@ -206,8 +193,7 @@ void NicRingPresetGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicRingCurrentGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingCurrentGet, kNicRingCurrentGetShape) {
     try {
         auto rings = ReadRings(*input, *output);
         if (!rings) {
@@ -221,8 +207,7 @@ void NicRingCurrentGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicRingCurrentSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicRingCurrentSet, kNicRingCurrentSetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);
@@ -246,8 +231,7 @@ void NicRingCurrentSet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicPauseParamsList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicPauseParamsList, kNicPauseParamsListShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         PnicPauseParams params{};
@@ -290,8 +274,7 @@ void NicPauseParamsList::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicPauseParamsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicPauseParamsSet, kNicPauseParamsSetShape) {
     try {
         auto networkInfo = HostCtl::Network::NetworkFactory::GetNetworkInfo();
         auto pnic = FindNic(*networkInfo, input->GetParameter(kNicName), *output);

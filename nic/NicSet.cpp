@@ -1,8 +1,8 @@
 // `network nic set`: a NIC's link fields, written back as one record, then speed and duplex.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "nic/NicCommon.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -191,10 +191,8 @@ constexpr Declare::CommandShape kNicSetShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicSet::kShape = Declare::Pack<kNicSetShape>();
 
-void NicSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                             const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicSet, kNicSetShape) {
     const std::string& nicName = input->GetParameter(kNicNameParameter);
     const bool hasSpeed = input->HasParameter(kSpeed);
     const bool hasDuplex = input->HasParameter(kDuplex);

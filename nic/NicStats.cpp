@@ -1,9 +1,9 @@
 // `network nic stats get` and `network nic vlan stats get|set`: a NIC's counters, and the
 // per-VLAN counters that the switch holding the NIC as an uplink keeps.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PnicImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "nic/NicSettingsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -61,41 +61,23 @@ constexpr Counter kCounters[] = {
     {"Transmit window errors", &PnicStats::txWindowErrors},
 };
 
-constexpr Field kStatsFields[] = {
-    {kNicNameField, FieldType::String},    {kCounters[0].field, FieldType::Int},
-    {kCounters[1].field, FieldType::Int},  {kCounters[2].field, FieldType::Int},
-    {kCounters[3].field, FieldType::Int},  {kCounters[4].field, FieldType::Int},
-    {kCounters[5].field, FieldType::Int},  {kCounters[6].field, FieldType::Int},
-    {kCounters[7].field, FieldType::Int},  {kCounters[8].field, FieldType::Int},
-    {kCounters[9].field, FieldType::Int},  {kCounters[10].field, FieldType::Int},
-    {kCounters[11].field, FieldType::Int}, {kCounters[12].field, FieldType::Int},
-    {kCounters[13].field, FieldType::Int}, {kCounters[14].field, FieldType::Int},
-    {kCounters[15].field, FieldType::Int}, {kCounters[16].field, FieldType::Int},
-    {kCounters[17].field, FieldType::Int}, {kCounters[18].field, FieldType::Int},
-    {kCounters[19].field, FieldType::Int}, {kCounters[20].field, FieldType::Int},
-    {kCounters[21].field, FieldType::Int}, {kCounters[22].field, FieldType::Int},
-};
+constexpr Field kStatsLeadingFields[] = {{kNicNameField, FieldType::String}};
+constexpr auto kStatsFields =
+    Declare::FieldsWithRows(kStatsLeadingFields, kCounters, FieldType::Int,
+                            [](const Counter& counter) { return counter.field; });
 constexpr Declare::StructShape kStatsShape = {"Nic", kStatsFields};
 constexpr Declare::OutputParameter kStatsOutput[] = {
     {"header:Nic", "NIC statistics for %NIC Name%"},
-    {"fields:Nic",
-     "Packets received,Packets sent,Bytes received,Bytes sent,Receive packets dropped,Transmit "
-     "packets dropped,Multicast packets received,Broadcast packets received,Multicast packets "
-     "sent,Broadcast packets sent,Total receive errors,Receive length errors,Receive over "
-     "errors,Receive CRC errors,Receive frame errors,Receive FIFO errors,Receive missed "
-     "errors,Total transmit errors,Transmit aborted errors,Transmit carrier errors,Transmit "
-     "FIFO errors,Transmit heartbeat errors,Transmit window errors"},
 };
 
 constexpr Field kVlanFields[] = {
     {kVlanId, FieldType::Int},
-    {kPacketsReceived, FieldType::Int},
-    {kPacketsSent, FieldType::Int},
+    {kPacketsReceived, FieldType::Int, 1},
+    {kPacketsSent, FieldType::Int, 2},
 };
 constexpr Declare::StructShape kVlanShape = {"NIC", kVlanFields};
 constexpr Declare::OutputParameter kVlanOutput[] = {
     {"header:NIC", "VLAN %VLAN ID%"},
-    {"fields:NIC", "Packets received,Packets sent"},
 };
 
 constexpr char kStatsError[] = "Unable to get stats for NIC: ";
@@ -133,7 +115,6 @@ constexpr Declare::CommandShape kNicStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kStatsShape,
 };
-const Declare::PackedShape NicStatsGet::kShape = Declare::Pack<kNicStatsGetShape>();
 
 constexpr Declare::CommandShape kNicVlanStatsGetShape = {
     .description = "List VLAN statistics for active VLAN's on the NIC.",
@@ -143,17 +124,14 @@ constexpr Declare::CommandShape kNicVlanStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kVlanShape,
 };
-const Declare::PackedShape NicVlanStatsGet::kShape = Declare::Pack<kNicVlanStatsGetShape>();
 
 constexpr Declare::CommandShape kNicVlanStatsSetShape = {
     .description = "Enable/disable VLAN statistics collection on the NIC.",
     .parameters = kVlanSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape NicVlanStatsSet::kShape = Declare::Pack<kNicVlanStatsSetShape>();
 
-void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicStatsGet, kNicStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const std::string& nicName = input->GetParameter(kNicName);
     try {
@@ -172,8 +150,7 @@ void NicStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicVlanStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicVlanStatsGet, kNicVlanStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const std::string& nicName = input->GetParameter(kNicName);
     try {
@@ -202,8 +179,7 @@ void NicVlanStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
     }
 }
 
-void NicVlanStatsSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(NicVlanStatsSet, kNicVlanStatsSetShape) {
     const std::string& nicName = input->GetParameter(kNicName);
     const bool enabled = input->GetParameterBool(kEnabled);
     try {

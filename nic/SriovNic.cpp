@@ -2,10 +2,10 @@
 // and their virtual functions.
 #include <cstdlib>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "nic/NicCommon.h"
-#include "nic/NicDeviceCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -24,16 +24,13 @@ constexpr char kMtu[] = "MTU";
 constexpr char kDescription[] = "Description";
 
 constexpr Field kSriovNicFields[] = {
-    {kName, FieldType::String},        {kPciDevice, FieldType::String},
-    {kDriver, FieldType::String},      {kLink, FieldType::String},
-    {kSpeed, FieldType::Int},          {kDuplex, FieldType::String},
-    {kMacAddress, FieldType::String},  {kMtu, FieldType::Int},
-    {kDescription, FieldType::String},
+    {kName, FieldType::String, 1},        {kPciDevice, FieldType::String, 2},
+    {kDriver, FieldType::String, 3},      {kLink, FieldType::String, 4},
+    {kSpeed, FieldType::Int, 5},          {kDuplex, FieldType::String, 6},
+    {kMacAddress, FieldType::String, 7},  {kMtu, FieldType::Int, 8},
+    {kDescription, FieldType::String, 9},
 };
 constexpr Declare::StructShape kSriovNic = {"SriovNic", kSriovNicFields};
-constexpr Declare::OutputParameter kListOutput[] = {
-    {"fields:SriovNic", "Name,PCI Device,Driver,Link,Speed,Duplex,MAC Address,MTU,Description"},
-};
 
 constexpr char kVfId[] = "VF ID";
 constexpr char kActive[] = "Active";
@@ -42,16 +39,13 @@ constexpr char kPciAddress[] = "PCI Address";
 constexpr char kOwnerWorldId[] = "Owner World ID";
 
 constexpr Field kVfFields[] = {
-    {kVfId, FieldType::Int},
-    {kActive, FieldType::Bool},
-    {kHexPciAddress, FieldType::String},
+    {kVfId, FieldType::Int, 1},
+    {kActive, FieldType::Bool, 2},
+    {kHexPciAddress, FieldType::String, 3},
     {kPciAddress, FieldType::String},
-    {kOwnerWorldId, FieldType::String},
+    {kOwnerWorldId, FieldType::String, 4},
 };
 constexpr Declare::StructShape kVfListStruct = {"VFList", kVfFields};
-constexpr Declare::OutputParameter kVfListOutput[] = {
-    {"fields:VFList", "VF ID,Active,Hex PCI Address,Owner World ID"},
-};
 
 constexpr char kNicNameField[] = "NIC Name";
 constexpr const char* kCounterNames[] = {
@@ -76,27 +70,13 @@ constexpr const char* kCounterNames[] = {
     "Tx TSO Pkts",
     "Tx TSO Bytes",
 };
-constexpr Field kVfStatsFields[] = {
-    {kNicNameField, FieldType::String},  {kVfId, FieldType::Int},
-    {kCounterNames[0], FieldType::Int},  {kCounterNames[1], FieldType::Int},
-    {kCounterNames[2], FieldType::Int},  {kCounterNames[3], FieldType::Int},
-    {kCounterNames[4], FieldType::Int},  {kCounterNames[5], FieldType::Int},
-    {kCounterNames[6], FieldType::Int},  {kCounterNames[7], FieldType::Int},
-    {kCounterNames[8], FieldType::Int},  {kCounterNames[9], FieldType::Int},
-    {kCounterNames[10], FieldType::Int}, {kCounterNames[11], FieldType::Int},
-    {kCounterNames[12], FieldType::Int}, {kCounterNames[13], FieldType::Int},
-    {kCounterNames[14], FieldType::Int}, {kCounterNames[15], FieldType::Int},
-    {kCounterNames[16], FieldType::Int}, {kCounterNames[17], FieldType::Int},
-    {kCounterNames[18], FieldType::Int}, {kCounterNames[19], FieldType::Int},
-};
-constexpr Declare::StructShape kVfStatsStruct = {"VfStats", kVfStatsFields};
+constexpr Field kVfStatsLeadingFields[] = {{kNicNameField, FieldType::String},
+                                           {kVfId, FieldType::Int}};
+constexpr auto kVfStatsFields = Declare::FieldsWithRows(
+    kVfStatsLeadingFields, kCounterNames, FieldType::Int, [](const char* name) { return name; });
+constexpr Declare::StructShape kVfStatsStruct = {"VfStats", kVfStatsFields, "VFStats"};
 constexpr Declare::OutputParameter kVfStatsOutput[] = {
     {"header:VF", "Statistics for %vf% VF of %NIC Name%"},
-    {"fields:VFStats",
-     "Rx Unicast Pkt,Rx Unicast Bytes,Rx Multicast Pkts,Rx Multicast Bytes,Rx Broadcast Pkts,Rx "
-     "Broadcast Bytes,Rx Out of Buffer drops,Rx Error drops,Rx LRO Pkts,Rx LRO Bytes,Tx Unicast "
-     "Pkt,Tx Unicast Bytes,Tx Multicast Pkts,Tx Multicast Bytes,Tx Broadcast Pkts,Tx Broadcast "
-     "Bytes,Tx Errors,Tx Discards,Tx TSO Pkts,Tx TSO Bytes"},
 };
 
 constexpr char kVfIdParameter[] = "vf-id";
@@ -132,21 +112,17 @@ constexpr Declare::CommandShape kSriovNicListShape = {
         "This command will list the SRIOV Enabled NICs (PFs) currently installed and loaded on "
         "the system.",
     .formatter = "table",
-    .outputParameters = kListOutput,
     .root = Declare::Root::List,
     .structure = &kSriovNic,
 };
-const Declare::PackedShape SriovNicList::kShape = Declare::Pack<kSriovNicListShape>();
 
 constexpr Declare::CommandShape kVfListShape = {
     .description = "Get the generic configuration of VFs for SRIOV NIC.",
     .formatter = "table",
-    .outputParameters = kVfListOutput,
     .parameters = kVfListParameters,
     .root = Declare::Root::List,
     .structure = &kVfListStruct,
 };
-const Declare::PackedShape VfList::kShape = Declare::Pack<kVfListShape>();
 
 constexpr Declare::CommandShape kVfStatsShape = {
     .description = "Get statistics for given VF of a SRIOV NIC.",
@@ -156,10 +132,8 @@ constexpr Declare::CommandShape kVfStatsShape = {
     .root = Declare::Root::List,
     .structure = &kVfStatsStruct,
 };
-const Declare::PackedShape VfStats::kShape = Declare::Pack<kVfStatsShape>();
 
-void SriovNicList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(SriovNicList, kSriovNicListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         KelmCtl::Network::NetworkInfoImpl networkInfo;
@@ -193,8 +167,7 @@ void SriovNicList::ExecuteInternal(const std::shared_ptr<Input>&,
     }
 }
 
-void VfList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                             const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VfList, kVfListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const std::string& name = input->GetParameter(kNicNameParameter);
@@ -220,8 +193,7 @@ void VfList::ExecuteInternal(const std::shared_ptr<Input>& input,
 
 // The network model is made ahead of the guarded block, so a failure to make it reaches the
 // command host.
-void VfStats::ExecuteInternal(const std::shared_ptr<Input>& input,
-                              const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VfStats, kVfStatsShape) {
     KelmCtl::Network::NetworkInfoImpl networkInfo;
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());

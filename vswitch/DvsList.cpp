@@ -2,13 +2,13 @@
 // ports.
 #include <algorithm>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/DVPortImpl.h"
 #include "kelmctl/DVSwitchImpl.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/DvsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -56,7 +56,7 @@ constexpr Field kFields[] = {
     {kBeaconTimeout, FieldType::Int},
     {kUplinks, FieldType::StringList},
     {kZanvexBranded, FieldType::Bool},
-    {kDVPort, FieldType::StructList, &kDVPortShape},
+    {kDVPort, FieldType::StructList, 0, &kDVPortShape},
 };
 constexpr Declare::StructShape kOds = {"ODS", kFields};
 
@@ -85,16 +85,18 @@ constexpr Declare::CommandShape kVirtualSwitchDVSZanvexListShape = {
     .root = Declare::Root::List,
     .structure = &kOds,
 };
-const Declare::PackedShape VirtualSwitchDVSZanvexList::kShape =
-    Declare::Pack<kVirtualSwitchDVSZanvexListShape>();
 
-std::shared_ptr<MetaStruct> VirtualSwitchDVSZanvexList::GetDVPortStructure() {
+namespace {
+
+// The struct of one port of a switch, an element of its "DVPort" list.
+std::shared_ptr<MetaStruct> DVPortStructure() {
     return Declare::MakeStruct(Declare::PackStruct<kDVPortShape>());
 }
 
-std::shared_ptr<MetaList> VirtualSwitchDVSZanvexList::GetDVPortList(
+// The "DVPort" list of a switch's ports.
+std::shared_ptr<MetaList> DVPortList(
     const std::vector<std::unique_ptr<HostCtl::Network::DVPort>>& ports) {
-    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetDVPortStructure());
+    auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, DVPortStructure());
     for (const auto& port : ports) {
         const auto* impl = dynamic_cast<const KelmCtl::Network::DVPortImpl*>(port.get());
         if (impl == nullptr) {
@@ -102,7 +104,7 @@ std::shared_ptr<MetaList> VirtualSwitchDVSZanvexList::GetDVPortList(
         }
         std::vector<std::string> clients;
         const bool inUse = impl->IsInUse(clients);
-        auto row = GetDVPortStructure();
+        auto row = DVPortStructure();
         row->SetField(kPortId, impl->GetPortId());
         row->SetField(kInUse, inUse);
         row->SetField(kDVPortgroupId, impl->GetDVPortgroupId());
@@ -112,8 +114,9 @@ std::shared_ptr<MetaList> VirtualSwitchDVSZanvexList::GetDVPortList(
     return list;
 }
 
-void VirtualSwitchDVSZanvexList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                 const std::shared_ptr<Output>& output) {
+}  // namespace
+
+NETWORK_COMMAND(VirtualSwitchDVSZanvexList, kVirtualSwitchDVSZanvexListShape) {
     const std::string name = input->GetParameter(kOdsNameParameter);
     try {
         KelmCtl::Network::VirtualSwitchInfoImpl switches;
@@ -148,7 +151,7 @@ void VirtualSwitchDVSZanvexList::ExecuteInternal(const std::shared_ptr<Input>& i
             row->SetField(kCdpStatus, dvSwitch->GetCdpStatusString());
             row->SetField(kBeaconTimeout, static_cast<long>(dvSwitch->GetBeaconTimeout()));
             row->SetField(kZanvexBranded, dvSwitch->IsZanvexBranded());
-            row->SetField(kDVPort, GetDVPortList(dvSwitch->GetDVPorts()));
+            row->SetField(kDVPort, DVPortList(dvSwitch->GetDVPorts()));
             std::vector<std::string> uplinks = dvSwitch->GetUplinks(false);
             std::erase_if(uplinks, [&pnicNames](const std::string& uplink) {
                 return std::find(pnicNames.begin(), pnicNames.end(), uplink) == pnicNames.end();

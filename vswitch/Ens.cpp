@@ -1,9 +1,9 @@
 // `network ens`: the maximum of ENS contexts, the contexts, and each context's switch and NUMA
 // affinity. Each command makes one host call (`lcore list` a few) and shows what the host
 // answers; a refusal of the host is a false root, with no message.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "vswitch/EnsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -26,15 +26,11 @@ constexpr char kSwitchField[] = "Switch";
 constexpr char kAffinityField[] = "Affinity";
 
 constexpr Field kEnsFields[] = {
-    {kLcoreIdField, FieldType::Int},
-    {kSwitchField, FieldType::String},
-    {kAffinityField, FieldType::Int},
+    {kLcoreIdField, FieldType::Int, 1},
+    {kSwitchField, FieldType::String, 2},
+    {kAffinityField, FieldType::Int, 3},
 };
 constexpr Declare::StructShape kEns = {"Ens", kEnsFields};
-
-constexpr Declare::OutputParameter kListOutputParameters[] = {
-    {"fields:Ens", "Lcore ID,Switch,Affinity"},
-};
 
 constexpr Declare::Parameter kMaxLcoresParameters[] = {
     {kMaxLcoresParameter, "n", Declare::Type::Int, true,
@@ -96,10 +92,8 @@ constexpr Declare::CommandShape kEnsMaxlcoresGetShape = {
     .formatter = "simple",
     .root = Declare::Root::Int,
 };
-const Declare::PackedShape EnsMaxlcoresGet::kShape = Declare::Pack<kEnsMaxlcoresGetShape>();
 
-void EnsMaxlcoresGet::ExecuteInternal(const std::shared_ptr<Input>&,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsMaxlcoresGet, kEnsMaxlcoresGetShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaInt::New(static_cast<long>(info.GetEnsMaxLcores())));
     });
@@ -110,10 +104,8 @@ constexpr Declare::CommandShape kEnsMaxlcoresSetShape = {
     .parameters = kMaxLcoresParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsMaxlcoresSet::kShape = Declare::Pack<kEnsMaxlcoresSetShape>();
 
-void EnsMaxlcoresSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                      const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsMaxlcoresSet, kEnsMaxlcoresSetShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         const auto count =
             static_cast<std::uint32_t>(input->GetParameterInt(std::string(kMaxLcoresParameter)));
@@ -126,10 +118,8 @@ constexpr Declare::CommandShape kEnsLcoreAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsLcoreAdd::kShape = Declare::Pack<kEnsLcoreAddShape>();
 
-void EnsLcoreAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreAdd, kEnsLcoreAddShape) {
     WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaBool::New(info.CreateEnsLcore(LcoreId(*input))));
     });
@@ -140,10 +130,8 @@ constexpr Declare::CommandShape kEnsLcoreRemoveShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsLcoreRemove::kShape = Declare::Pack<kEnsLcoreRemoveShape>();
 
-void EnsLcoreRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreRemove, kEnsLcoreRemoveShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaBool::New(info.DestroyEnsLcore(LcoreId(*input))));
     });
@@ -152,14 +140,11 @@ void EnsLcoreRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
 constexpr Declare::CommandShape kEnsLcoreListShape = {
     .description = "List ENS contexts.",
     .formatter = "table",
-    .outputParameters = kListOutputParameters,
     .root = Declare::Root::List,
     .structure = &kEns,
 };
-const Declare::PackedShape EnsLcoreList::kShape = Declare::Pack<kEnsLcoreListShape>();
 
-void EnsLcoreList::ExecuteInternal(const std::shared_ptr<Input>&,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreList, kEnsLcoreListShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const std::vector<std::uint64_t> ids = info.GetEnsLcores();
@@ -181,10 +166,8 @@ constexpr Declare::CommandShape kEnsLcoreSwitchGetShape = {
     .parameters = kLcoreParameters,
     .root = Declare::Root::String,
 };
-const Declare::PackedShape EnsLcoreSwitchGet::kShape = Declare::Pack<kEnsLcoreSwitchGetShape>();
 
-void EnsLcoreSwitchGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreSwitchGet, kEnsLcoreSwitchGetShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaString::New(info.GetEnsLcoreSwitch(LcoreId(*input))));
     });
@@ -195,10 +178,8 @@ constexpr Declare::CommandShape kEnsLcoreSwitchAddShape = {
     .parameters = kSwitchAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsLcoreSwitchAdd::kShape = Declare::Pack<kEnsLcoreSwitchAddShape>();
 
-void EnsLcoreSwitchAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreSwitchAdd, kEnsLcoreSwitchAddShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaBool::New(info.SetEnsLcoreSwitch(
             input->GetParameter(std::string(kSwitchParameter)), LcoreId(*input))));
@@ -210,11 +191,8 @@ constexpr Declare::CommandShape kEnsLcoreSwitchRemoveShape = {
     .parameters = kLcoreParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsLcoreSwitchRemove::kShape =
-    Declare::Pack<kEnsLcoreSwitchRemoveShape>();
 
-void EnsLcoreSwitchRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                           const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreSwitchRemove, kEnsLcoreSwitchRemoveShape) {
     WithNetworkInfo(*output, [&](NetworkInfo& info) {
         output->SetRootObject(MetaBool::New(info.SetEnsLcoreSwitch(kNoSwitch, LcoreId(*input))));
     });
@@ -226,10 +204,8 @@ constexpr Declare::CommandShape kEnsLcoreAffinityGetShape = {
     .parameters = kLcoreParameters,
     .root = Declare::Root::Int,
 };
-const Declare::PackedShape EnsLcoreAffinityGet::kShape = Declare::Pack<kEnsLcoreAffinityGetShape>();
 
-void EnsLcoreAffinityGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreAffinityGet, kEnsLcoreAffinityGetShape) {
     WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         output->SetRootObject(
             MetaInt::New(static_cast<long>(info.GetEnsLcoreAffinity(LcoreId(*input)))));
@@ -241,10 +217,8 @@ constexpr Declare::CommandShape kEnsLcoreAffinitySetShape = {
     .parameters = kAffinitySetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape EnsLcoreAffinitySet::kShape = Declare::Pack<kEnsLcoreAffinitySetShape>();
 
-void EnsLcoreAffinitySet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                          const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(EnsLcoreAffinitySet, kEnsLcoreAffinitySetShape) {
     WithNetworkInfoMadeAhead(*output, [&](NetworkInfo& info) {
         const auto affinity =
             static_cast<std::int32_t>(input->GetParameterInt(std::string(kAffinityParameter)));

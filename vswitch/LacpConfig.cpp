@@ -2,10 +2,10 @@
 // in its older form (a setting of the uplink ports of a port group) and as LAGs.
 #include <map>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/DvsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -26,15 +26,12 @@ constexpr char kMode[] = "Mode";
 constexpr char kLoadBalance[] = "Load balance";
 
 constexpr Field kFields[] = {
-    {kDvsName, FieldType::String},     {kLagName, FieldType::String}, {kLagId, FieldType::String},
-    {kNics, FieldType::String},        {kEnabled, FieldType::Bool},   {kMode, FieldType::String},
-    {kLoadBalance, FieldType::String},
+    {kDvsName, FieldType::String, 1},     {kLagName, FieldType::String, 2},
+    {kLagId, FieldType::String, 3},       {kNics, FieldType::String, 4},
+    {kEnabled, FieldType::Bool, 5},       {kMode, FieldType::String, 6},
+    {kLoadBalance, FieldType::String, 7},
 };
 constexpr Declare::StructShape kLacp = {"LACP", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:LACP", "DVS Name,LAG Name,LAG ID,NICs,Enabled,Mode,Load balance"},
-};
 
 constexpr Declare::Parameter kParameters[] = {
     {kDvsParameter, "s", Declare::Type::String, false, "The name of DVS to get configuration on"},
@@ -94,7 +91,7 @@ void SetPortSetting(MetaStruct& row, const HostCtl::Network::DVPortLacpConfig& c
 }
 
 std::shared_ptr<MetaStruct> OlderFormRow(const DVSwitch& dvSwitch) {
-    auto row = LacpGetConfig::GetOutputStructure();
+    auto row = Declare::MakeStruct(Declare::PackStruct<kLacp>());
     row->SetField(kDvsName, dvSwitch.GetDvsName());
     row->SetField(kLagName, kUplinkPortGroupLag);
     row->SetField(kLagId, kOlderFormLagId);
@@ -154,7 +151,7 @@ long AddLagRows(const DVSwitch& dvSwitch, MetaList& list) {
     std::vector<HostCtl::Network::LagConfig> lags;
     dvSwitch.GetLagConfigs(lags);
     for (const auto& lag : lags) {
-        auto row = LacpGetConfig::GetOutputStructure();
+        auto row = Declare::MakeStruct(Declare::PackStruct<kLacp>());
         row->SetField(kDvsName, dvSwitch.GetDvsName());
         row->SetField(kLagName, lag.lagName);
         row->SetField(kLagId, lag.lagId);
@@ -183,15 +180,12 @@ long AddLagRows(const DVSwitch& dvSwitch, MetaList& list) {
 constexpr Declare::CommandShape kLacpGetConfigShape = {
     .description = "Get LACP configuration on DVS",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kLacp,
 };
-const Declare::PackedShape LacpGetConfig::kShape = Declare::Pack<kLacpGetConfigShape>();
 
-void LacpGetConfig::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                    const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(LacpGetConfig, kLacpGetConfigShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         std::vector<std::unique_ptr<DVSwitch>> switches;

@@ -1,8 +1,8 @@
 // `network vswitch dvs zanvex lacp timeout set`: the short or long LACP timeout for the NICs of
 // a LAG, or for one of them.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "vswitch/DvsCommands.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -32,10 +32,8 @@ constexpr Declare::CommandShape kLacpSetTimeoutShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape LacpSetTimeout::kShape = Declare::Pack<kLacpSetTimeoutShape>();
 
-void LacpSetTimeout::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(LacpSetTimeout, kLacpSetTimeoutShape) {
     try {
         if (!input->HasParameter(kTimeoutParameter)) {
             output->AddErrorMessage(kTimeoutEmpty);

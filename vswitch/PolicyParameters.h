@@ -43,24 +43,24 @@ inline constexpr char kAllowMacAddressChangeField[] = "Allow MAC Address Change"
 inline constexpr char kAllowForgedTransmitsField[] = "Allow Forged Transmits";
 
 inline constexpr Declare::Field kFailoverFields[] = {
-    {kLoadBalancingField, Declare::FieldType::String},
-    {kFailureDetectionField, Declare::FieldType::String},
-    {kNotifySwitchesField, Declare::FieldType::Bool},
-    {kFailbackField, Declare::FieldType::Bool},
-    {kActiveAdaptersField, Declare::FieldType::StringList},
-    {kStandbyAdaptersField, Declare::FieldType::StringList},
-    {kUnusedAdaptersField, Declare::FieldType::StringList},
+    {kLoadBalancingField, Declare::FieldType::String, 1},
+    {kFailureDetectionField, Declare::FieldType::String, 2},
+    {kNotifySwitchesField, Declare::FieldType::Bool, 3},
+    {kFailbackField, Declare::FieldType::Bool, 4},
+    {kActiveAdaptersField, Declare::FieldType::StringList, 5},
+    {kStandbyAdaptersField, Declare::FieldType::StringList, 6},
+    {kUnusedAdaptersField, Declare::FieldType::StringList, 7},
 };
 inline constexpr Declare::Field kShapingFields[] = {
-    {kEnabledField, Declare::FieldType::Bool},
-    {kAverageBandwidthField, Declare::FieldType::Int},
-    {kPeakBandwidthField, Declare::FieldType::Int},
-    {kBurstSizeField, Declare::FieldType::Int},
+    {kEnabledField, Declare::FieldType::Bool, 1},
+    {kAverageBandwidthField, Declare::FieldType::Int, 2},
+    {kPeakBandwidthField, Declare::FieldType::Int, 3},
+    {kBurstSizeField, Declare::FieldType::Int, 4},
 };
 inline constexpr Declare::Field kSecurityFields[] = {
-    {kAllowPromiscuousField, Declare::FieldType::Bool},
-    {kAllowMacAddressChangeField, Declare::FieldType::Bool},
-    {kAllowForgedTransmitsField, Declare::FieldType::Bool},
+    {kAllowPromiscuousField, Declare::FieldType::Bool, 1},
+    {kAllowMacAddressChangeField, Declare::FieldType::Bool, 2},
+    {kAllowForgedTransmitsField, Declare::FieldType::Bool, 3},
 };
 
 // A column that tells whether the port group sets a field itself: the bit of the field in its
@@ -70,7 +70,7 @@ struct OverrideColumn {
     std::uint32_t bit;
 };
 
-// A policy's fields followed by a Bool field per override column.
+// A policy's fields followed by a Bool field per override column, shown after them.
 template <std::size_t PolicyCount, std::size_t OverrideCount>
 constexpr std::array<Declare::Field, PolicyCount + OverrideCount> WithOverrideFields(
     const Declare::Field (&policyFields)[PolicyCount],
@@ -80,7 +80,8 @@ constexpr std::array<Declare::Field, PolicyCount + OverrideCount> WithOverrideFi
         fields[i] = policyFields[i];
     }
     for (std::size_t i = 0; i < OverrideCount; ++i) {
-        fields[PolicyCount + i] = {overrides[i].field, Declare::FieldType::Bool};
+        fields[PolicyCount + i] = {overrides[i].field, Declare::FieldType::Bool,
+                                   static_cast<int>(PolicyCount + i + 1)};
     }
     return fields;
 }

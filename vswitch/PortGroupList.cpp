@@ -1,8 +1,9 @@
 // `network vswitch standard portgroup list`: every port group with its switch, clients and
 // VLAN.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -17,16 +18,12 @@ constexpr char kActiveClients[] = "Active Clients";
 constexpr char kVlanId[] = "VLAN ID";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kVirtualSwitch, FieldType::String},
-    {kActiveClients, FieldType::Int},
-    {kVlanId, FieldType::Int},
+    {kName, FieldType::String, 1},
+    {kVirtualSwitch, FieldType::String, 2},
+    {kActiveClients, FieldType::Int, 3},
+    {kVlanId, FieldType::Int, 4},
 };
 constexpr Declare::StructShape kPortGroup = {"PortGroup", kFields};
-
-constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroup", "Name,Virtual Switch,Active Clients,VLAN ID"},
-};
 
 constexpr Declare::Parameter kParameters[] = {
     {kTypeParameter, "t", Declare::Type::String, false,
@@ -38,16 +35,12 @@ constexpr Declare::Parameter kParameters[] = {
 constexpr Declare::CommandShape kVirtualSwitchPortGroupListShape = {
     .description = "List all of the port groups currently on the system.",
     .formatter = "table",
-    .outputParameters = kOutputParameters,
     .parameters = kParameters,
     .root = Declare::Root::List,
     .structure = &kPortGroup,
 };
-const Declare::PackedShape VirtualSwitchPortGroupList::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupListShape>();
 
-void VirtualSwitchPortGroupList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupList, kVirtualSwitchPortGroupListShape) {
     try {
         auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
         const auto type = ReadPortsetType(*input, *output);

@@ -1,8 +1,9 @@
 // `network vswitch standard portgroup add` and `... remove`: port groups of a standard switch.
 // The host judges the names; a switch it does not know is refused as `standard set` does.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -49,26 +50,20 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchPortGroupAdd::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupAddShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchPortGroupRemoveShape = {
     .description = "Remove a port group from the given virtual switch",
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchPortGroupRemove::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupRemoveShape>();
 
-void VirtualSwitchPortGroupAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupAdd, kVirtualSwitchPortGroupAddShape) {
     ChangePortGroups(*input, *output, [](VirtualSwitch& virtualSwitch, const std::string& name) {
         virtualSwitch.AddPortGroup(name);
     });
 }
 
-void VirtualSwitchPortGroupRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupRemove, kVirtualSwitchPortGroupRemoveShape) {
     ChangePortGroups(*input, *output, [](VirtualSwitch& virtualSwitch, const std::string& name) {
         virtualSwitch.RemovePortGroup(name);
     });

@@ -1,6 +1,7 @@
 // `network vswitch standard portgroup policy failover get` and `... set`: NIC teaming and
 // failover of a port group, over its switch's.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -19,11 +20,6 @@ constexpr auto kFields = WithOverrideFields(kFailoverFields, kOverrides);
 constexpr Declare::StructShape kFailoverPolicy = {"PortGroupFailoverPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupFailoverPolicy",
-     "Load Balancing,Network Failure Detection,Notify Switches,Failback,Active Adapters,Standby "
-     "Adapters,Unused Adapters,Override Vswitch Load Balancing,Override Vswitch Network Failure "
-     "Detection,Override Vswitch Notify Switches,Override Vswitch Failback,Override Vswitch "
-     "Uplinks"},
     {"header:PortGroupFailoverPolicy", "<NONE>"},
 };
 
@@ -52,8 +48,6 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyFailoverGetShape = 
     .root = Declare::Root::Struct,
     .structure = &kFailoverPolicy,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicyFailoverGet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicyFailoverGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyFailoverSetShape = {
     .description =
@@ -61,12 +55,11 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyFailoverSetShape = 
         "potentially override virtual switch settings.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddFailoverParameters,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicyFailoverSet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicyFailoverSetShape>();
 
-void VirtualSwitchPortGroupPolicyFailoverGet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicyFailoverGet,
+                kVirtualSwitchPortGroupPolicyFailoverGetShape) {
     WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
         const auto parent = portGroup.GetVirtualSwitch();
         const auto effective = portGroup.GetEffectiveTeamingPolicy();
@@ -78,8 +71,8 @@ void VirtualSwitchPortGroupPolicyFailoverGet::ExecuteInternal(
     });
 }
 
-void VirtualSwitchPortGroupPolicyFailoverSet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicyFailoverSet,
+                kVirtualSwitchPortGroupPolicyFailoverSetShape) {
     WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
         const auto effective = portGroup.GetEffectiveTeamingPolicy();
         auto own = portGroup.GetTeamingPolicy();

@@ -1,6 +1,7 @@
 // `network vswitch standard portgroup policy security get` and `... set`: port security of a
 // port group, over its switch's.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -17,10 +18,6 @@ constexpr auto kFields = WithOverrideFields(kSecurityFields, kOverrides);
 constexpr Declare::StructShape kSecurityPolicy = {"PortGroupSecurityPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupSecurityPolicy",
-     "Allow Promiscuous,Allow MAC Address Change,Allow Forged Transmits,Override Vswitch Allow "
-     "Promiscuous,Override Vswitch Allow MAC Address Change,Override Vswitch Allow Forged "
-     "Transmits"},
     {"header:PortGroupSecurityPolicy", "<NONE>"},
 };
 
@@ -49,19 +46,16 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicySecurityGetShape = 
     .root = Declare::Root::Struct,
     .structure = &kSecurityPolicy,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicySecurityGet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicySecurityGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicySecuritySetShape = {
     .description = "Set the security policy for a given port group",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddSecurityParameters,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicySecuritySet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicySecuritySetShape>();
 
-void VirtualSwitchPortGroupPolicySecurityGet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicySecurityGet,
+                kVirtualSwitchPortGroupPolicySecurityGetShape) {
     WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
         const auto effective = portGroup.GetEffectiveSecurityPolicy();
         const auto own = portGroup.GetSecurityPolicy();
@@ -72,8 +66,8 @@ void VirtualSwitchPortGroupPolicySecurityGet::ExecuteInternal(
     });
 }
 
-void VirtualSwitchPortGroupPolicySecuritySet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicySecuritySet,
+                kVirtualSwitchPortGroupPolicySecuritySetShape) {
     WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
         auto own = portGroup.GetSecurityPolicy();
         if (input->IsFlagSet(kUseVswitchParameter)) {

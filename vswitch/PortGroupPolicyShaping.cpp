@@ -1,6 +1,7 @@
 // `network vswitch standard portgroup policy shaping get` and `... set`: traffic shaping of a
 // port group, over its switch's.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -18,9 +19,6 @@ constexpr auto kFields = WithOverrideFields(kShapingFields, kOverrides);
 constexpr Declare::StructShape kShapingPolicy = {"PortGroupTrafficShapingPolicy", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:PortGroupTrafficShapingPolicy",
-     "Enabled,Average Bandwidth,Peak Bandwidth,Burst Size,Override Vswitch Enabled,Override "
-     "Vswitch Average Bandwidth,Override Vswitch Peak Bandwidth,Override Vswitch Burst Size"},
     {"header:PortGroupTrafficShapingPolicy", "<NONE>"},
     {"units:PortGroupTrafficShapingPolicy.Average Bandwidth", "Kbps"},
     {"units:PortGroupTrafficShapingPolicy.Peak Bandwidth", "Kbps"},
@@ -69,19 +67,16 @@ constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyShapingGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kShapingPolicy,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicyShapingGet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicyShapingGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchPortGroupPolicyShapingSetShape = {
     .description = "Set the shaping policy settings for the given port group",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddShapingParameters,
 };
-const Declare::PackedShape VirtualSwitchPortGroupPolicyShapingSet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupPolicyShapingSetShape>();
 
-void VirtualSwitchPortGroupPolicyShapingGet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicyShapingGet,
+                kVirtualSwitchPortGroupPolicyShapingGetShape) {
     WithPortGroup(*input, *output, [&output](HostCtl::Network::PortGroup& portGroup) {
         const auto effective = portGroup.GetEffectiveShapingPolicy();
         const auto own = portGroup.GetShapingPolicy();
@@ -92,8 +87,8 @@ void VirtualSwitchPortGroupPolicyShapingGet::ExecuteInternal(
     });
 }
 
-void VirtualSwitchPortGroupPolicyShapingSet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupPolicyShapingSet,
+                kVirtualSwitchPortGroupPolicyShapingSetShape) {
     WithPortGroup(*input, *output, [&](HostCtl::Network::PortGroup& portGroup) {
         auto own = portGroup.GetShapingPolicy();
         if (input->IsFlagSet(kUseVswitchParameter)) {

@@ -1,6 +1,7 @@
 // `network vswitch standard portgroup set`: the VLAN id of a port group.
+#include "frame/Declaration.h"
 #include "hostctl/Misc.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -15,8 +16,7 @@ constexpr Declare::Parameter kParameters[] = {
      "The name of the port group to set vlan id for."},
 };
 
-}  // namespace
-
+// The VLAN id parameter, whose description names the host's range.
 void AddVlanIdParameter(const std::shared_ptr<InputSpec>& spec) {
     const std::string description = HostCtl::Misc::StrPrintf(
         "The vlan id for this port group. This value is in the range (%u - %u)",
@@ -29,16 +29,16 @@ void AddVlanIdParameter(const std::shared_ptr<InputSpec>& spec) {
     AddParameters(spec, vlanId);
 }
 
+}  // namespace
+
 constexpr Declare::CommandShape kVirtualSwitchPortGroupSetShape = {
     .description = "Set the vlan id for the given port group",
     .parameters = kParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddVlanIdParameter,
 };
-const Declare::PackedShape VirtualSwitchPortGroupSet::kShape =
-    Declare::Pack<kVirtualSwitchPortGroupSetShape>();
 
-void VirtualSwitchPortGroupSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchPortGroupSet, kVirtualSwitchPortGroupSetShape) {
     const long vlanId = input->GetParameterInt(kVlanIdParameter);
     WithPortGroup(*input, *output, [&output, vlanId](HostCtl::Network::PortGroup& portGroup) {
         portGroup.SetVlanId(static_cast<int>(vlanId));

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PortImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/PortCommands.h"
+#include "vswitch/FilterOrder.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -32,23 +33,24 @@ constexpr char kReceiveDropped[] = "Receive packets dropped";
 constexpr char kTransmitDropped[] = "Transmit packets dropped";
 
 constexpr Field kPortFields[] = {
-    {kPortId, FieldType::Int},          {kPacketsReceived, FieldType::Int},
-    {kPacketsSent, FieldType::Int},     {kBytesReceived, FieldType::Int},
-    {kBytesSent, FieldType::Int},       {kBroadcastReceived, FieldType::Int},
-    {kBroadcastSent, FieldType::Int},   {kMulticastReceived, FieldType::Int},
-    {kMulticastSent, FieldType::Int},   {kUnicastReceived, FieldType::Int},
-    {kUnicastSent, FieldType::Int},     {kReceiveDropped, FieldType::Int},
-    {kTransmitDropped, FieldType::Int},
+    {kPortId, FieldType::Int},
+    {kPacketsReceived, FieldType::Int, 1},
+    {kPacketsSent, FieldType::Int, 2},
+    {kBytesReceived, FieldType::Int, 3},
+    {kBytesSent, FieldType::Int, 4},
+    {kBroadcastReceived, FieldType::Int, 5},
+    {kBroadcastSent, FieldType::Int, 6},
+    {kMulticastReceived, FieldType::Int, 7},
+    {kMulticastSent, FieldType::Int, 8},
+    {kUnicastReceived, FieldType::Int, 9},
+    {kUnicastSent, FieldType::Int, 10},
+    {kReceiveDropped, FieldType::Int, 11},
+    {kTransmitDropped, FieldType::Int, 12},
 };
 constexpr Declare::StructShape kPort = {"Port", kPortFields};
 
 constexpr Declare::OutputParameter kStatsOutputParameters[] = {
     {"header:Port", "Packet statistics for port %Port ID%"},
-    {"fields:Port",
-     "Packets received,Packets sent,Bytes received,Bytes sent,Broadcast packets "
-     "received,Broadcast packets sent,Multicast packets received,Multicast packets "
-     "sent,Unicast packets received,Unicast packets sent,Receive packets dropped,Transmit "
-     "packets dropped"},
 };
 
 constexpr Declare::Parameter kStatsParameters[] = {
@@ -67,19 +69,16 @@ constexpr char kPacketsInjected[] = "Packets injected";
 constexpr char kPacketErrors[] = "Packet errors";
 
 constexpr Field kFilterFields[] = {
-    {kFilterName, FieldType::String},   {kFilterDirection, FieldType::String},
-    {kPacketsIn, FieldType::Int},       {kPacketsOut, FieldType::Int},
-    {kPacketsDropped, FieldType::Int},  {kPacketsFiltered, FieldType::Int},
-    {kPacketsFaulted, FieldType::Int},  {kPacketsQueued, FieldType::Int},
-    {kPacketsInjected, FieldType::Int}, {kPacketErrors, FieldType::Int},
+    {kFilterName, FieldType::String},      {kFilterDirection, FieldType::String, 1},
+    {kPacketsIn, FieldType::Int, 2},       {kPacketsOut, FieldType::Int, 3},
+    {kPacketsDropped, FieldType::Int, 4},  {kPacketsFiltered, FieldType::Int, 5},
+    {kPacketsFaulted, FieldType::Int, 6},  {kPacketsQueued, FieldType::Int, 7},
+    {kPacketsInjected, FieldType::Int, 8}, {kPacketErrors, FieldType::Int, 9},
 };
 constexpr Declare::StructShape kFilter = {"Filter", kFilterFields};
 
 constexpr Declare::OutputParameter kFilterOutputParameters[] = {
     {"header:Filter", "Filter statistics for %Filter name%"},
-    {"fields:Filter",
-     "Filter direction,Packets in,Packets out,Packets dropped,Packets filtered,Packets "
-     "faulted,Packets queued,Packets injected,Packet errors"},
 };
 
 constexpr Declare::Parameter kFilterParameters[] = {
@@ -138,10 +137,8 @@ constexpr Declare::CommandShape kPortStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kPort,
 };
-const Declare::PackedShape PortStatsGet::kShape = Declare::Pack<kPortStatsGetShape>();
 
-void PortStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                   const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(PortStatsGet, kPortStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kPortIdParameter).c_str(), nullptr, 10);
     try {
@@ -185,10 +182,8 @@ constexpr Declare::CommandShape kPortFilterStatsGetShape = {
     .root = Declare::Root::List,
     .structure = &kFilter,
 };
-const Declare::PackedShape PortFilterStatsGet::kShape = Declare::Pack<kPortFilterStatsGetShape>();
 
-void PortFilterStatsGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                         const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(PortFilterStatsGet, kPortFilterStatsGetShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kPortIdParameter).c_str(), nullptr, 10);
     try {

@@ -1,7 +1,8 @@
 // `network vswitch standard add`: a new standard switch with the host's default policies.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -32,11 +33,8 @@ constexpr Declare::CommandShape kVirtualSwitchStandardAddShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardAdd::kShape =
-    Declare::Pack<kVirtualSwitchStandardAddShape>();
 
-void VirtualSwitchStandardAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardAdd, kVirtualSwitchStandardAddShape) {
     try {
         const std::string& name = input->GetParameter(kVswitchNameParameter);
         if (name.size() > kMaximumNameLength) {

@@ -2,11 +2,12 @@
 // and port groups.
 #include <algorithm>
 
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -30,27 +31,24 @@ constexpr char kUplinks[] = "Uplinks";
 constexpr char kPortgroups[] = "Portgroups";
 
 constexpr Field kFields[] = {
-    {kName, FieldType::String},
-    {kClass, FieldType::String},
-    {kNumPorts, FieldType::Int},
-    {kUsedPorts, FieldType::Int},
-    {kConfiguredPorts, FieldType::Int},
-    {kMtu, FieldType::Int},
-    {kCdpStatus, FieldType::String},
-    {kBeaconEnabled, FieldType::Bool},
-    {kBeaconInterval, FieldType::Int},
-    {kBeaconThreshold, FieldType::Int},
-    {kBeaconRequiredBy, FieldType::StringList},
-    {kUplinks, FieldType::StringList},
-    {kPortgroups, FieldType::StringList},
+    {kName, FieldType::String, 1},
+    {kClass, FieldType::String, 2},
+    {kNumPorts, FieldType::Int, 3},
+    {kUsedPorts, FieldType::Int, 4},
+    {kConfiguredPorts, FieldType::Int, 5},
+    {kMtu, FieldType::Int, 6},
+    {kCdpStatus, FieldType::String, 7},
+    {kBeaconEnabled, FieldType::Bool, 8},
+    {kBeaconInterval, FieldType::Int, 9},
+    {kBeaconThreshold, FieldType::Int, 10},
+    {kBeaconRequiredBy, FieldType::StringList, 11},
+    {kUplinks, FieldType::StringList, 12},
+    {kPortgroups, FieldType::StringList, 13},
 };
 constexpr Declare::StructShape kVirtualSwitch = {"VirtualSwitch", kFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
     {"header:VirtualSwitch", "%Name%"},
-    {"fields:VirtualSwitch",
-     "Name,Class,Num Ports,Used Ports,Configured Ports,MTU,CDP Status,Beacon Enabled,Beacon "
-     "Interval,Beacon Threshold,Beacon Required By,Uplinks,Portgroups"},
 };
 
 constexpr Declare::Parameter kParameters[] = {
@@ -84,11 +82,8 @@ constexpr Declare::CommandShape kVirtualSwitchStandardListShape = {
     .root = Declare::Root::List,
     .structure = &kVirtualSwitch,
 };
-const Declare::PackedShape VirtualSwitchStandardList::kShape =
-    Declare::Pack<kVirtualSwitchStandardListShape>();
 
-void VirtualSwitchStandardList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardList, kVirtualSwitchStandardListShape) {
     try {
         const auto type = ReadPortsetType(*input, *output);
         if (!type) {

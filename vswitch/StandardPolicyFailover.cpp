@@ -1,6 +1,7 @@
 // `network vswitch standard policy failover get` and `... set`: NIC teaming and failover of a
 // standard switch.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -9,9 +10,6 @@ namespace {
 constexpr Declare::StructShape kFailoverPolicy = {"VirtualSwitchFailoverPolicy", kFailoverFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchFailoverPolicy",
-     "Load Balancing,Network Failure Detection,Notify Switches,Failback,Active Adapters,Standby "
-     "Adapters,Unused Adapters"},
     {"header:VirtualSwitchFailoverPolicy", "<NONE>"},
 };
 
@@ -35,19 +33,16 @@ constexpr Declare::CommandShape kVirtualSwitchStandardPolicyFailoverGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kFailoverPolicy,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicyFailoverGet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicyFailoverGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchStandardPolicyFailoverSetShape = {
     .description = "Configure the Failover policy for a virtual switch.",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddFailoverParameters,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicyFailoverSet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicyFailoverSetShape>();
 
-void VirtualSwitchStandardPolicyFailoverGet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicyFailoverGet,
+                kVirtualSwitchStandardPolicyFailoverGetShape) {
     WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         const auto policy = virtualSwitch.GetEffectiveTeamingPolicy();
         auto result = GetOutputStructure();
@@ -56,8 +51,8 @@ void VirtualSwitchStandardPolicyFailoverGet::ExecuteInternal(
     });
 }
 
-void VirtualSwitchStandardPolicyFailoverSet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicyFailoverSet,
+                kVirtualSwitchStandardPolicyFailoverSetShape) {
     WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         const auto effective = virtualSwitch.GetEffectiveTeamingPolicy();
         auto own = virtualSwitch.GetTeamingPolicy();

@@ -1,6 +1,7 @@
 // `network vswitch standard policy security get` and `... set`: the port security of a
 // standard switch.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -9,8 +10,6 @@ namespace {
 constexpr Declare::StructShape kSecurityPolicy = {"VirtualSwitchSecurityPolicy", kSecurityFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchSecurityPolicy",
-     "Allow Promiscuous,Allow MAC Address Change,Allow Forged Transmits"},
     {"header:VirtualSwitchSecurityPolicy", "<NONE>"},
 };
 
@@ -39,19 +38,15 @@ constexpr Declare::CommandShape kVirtualSwitchStandardPolicySecurityGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kSecurityPolicy,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicySecurityGet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicySecurityGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchStandardPolicySecuritySetShape = {
     .description = "Set the security policy for a given virtual switch",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicySecuritySet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicySecuritySetShape>();
 
-void VirtualSwitchStandardPolicySecurityGet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicySecurityGet,
+                kVirtualSwitchStandardPolicySecurityGetShape) {
     WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         auto result = GetOutputStructure();
         RenderSecurityPolicy(*result, virtualSwitch.GetEffectiveSecurityPolicy());
@@ -60,8 +55,8 @@ void VirtualSwitchStandardPolicySecurityGet::ExecuteInternal(
 }
 
 // Writes the effective policy back with the values given, also when none is given.
-void VirtualSwitchStandardPolicySecuritySet::ExecuteInternal(
-    const std::shared_ptr<Input>& input, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicySecuritySet,
+                kVirtualSwitchStandardPolicySecuritySetShape) {
     WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         HostCtl::Network::PortSecurityPolicy policy = virtualSwitch.GetEffectiveSecurityPolicy();
         SetSecurityPolicy(input, output, policy);

@@ -1,6 +1,7 @@
 // `network vswitch standard policy shaping get` and `... set`: the traffic shaping of a
 // standard switch.
-#include "vswitch/VswitchCommands.h"
+#include "frame/Declaration.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -10,8 +11,6 @@ constexpr Declare::StructShape kShapingPolicy = {"VirtualSwitchTrafficShapingPol
                                                  kShapingFields};
 
 constexpr Declare::OutputParameter kOutputParameters[] = {
-    {"fields:VirtualSwitchTrafficShapingPolicy",
-     "Enabled,Average Bandwidth,Peak Bandwidth,Burst Size"},
     {"header:VirtualSwitchTrafficShapingPolicy", "<NONE>"},
     {"units:VirtualSwitchTrafficShapingPolicy.Average Bandwidth", "Kbps"},
     {"units:VirtualSwitchTrafficShapingPolicy.Peak Bandwidth", "Kbps"},
@@ -38,19 +37,16 @@ constexpr Declare::CommandShape kVirtualSwitchStandardPolicyShapingGetShape = {
     .root = Declare::Root::Struct,
     .structure = &kShapingPolicy,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicyShapingGet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicyShapingGetShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchStandardPolicyShapingSetShape = {
     .description = "Set the shaping policy settings for the given virtual switch",
     .parameters = kSetParameters,
     .root = Declare::Root::Bool,
+    .addParameters = AddShapingParameters,
 };
-const Declare::PackedShape VirtualSwitchStandardPolicyShapingSet::kShape =
-    Declare::Pack<kVirtualSwitchStandardPolicyShapingSetShape>();
 
-void VirtualSwitchStandardPolicyShapingGet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicyShapingGet,
+                kVirtualSwitchStandardPolicyShapingGetShape) {
     WithLegacySwitch(*input, *output, [&output](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         auto result = GetOutputStructure();
         RenderShapingPolicy(*result, virtualSwitch.GetEffectiveShapingPolicy());
@@ -59,8 +55,8 @@ void VirtualSwitchStandardPolicyShapingGet::ExecuteInternal(const std::shared_pt
 }
 
 // A standard switch edits its effective policy, so the values it inherits become its own.
-void VirtualSwitchStandardPolicyShapingSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                            const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardPolicyShapingSet,
+                kVirtualSwitchStandardPolicyShapingSetShape) {
     WithLegacySwitch(*input, *output, [&](HostCtl::Network::VirtualSwitch& virtualSwitch) {
         HostCtl::Network::ShapingPolicy policy = virtualSwitch.GetEffectiveShapingPolicy();
         SetShapingPolicy(input, output, policy, false);

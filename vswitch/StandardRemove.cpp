@@ -1,8 +1,9 @@
 // `network vswitch standard remove`: removes a standard switch.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PortsetImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -22,11 +23,8 @@ constexpr Declare::CommandShape kVirtualSwitchStandardRemoveShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardRemove::kShape =
-    Declare::Pack<kVirtualSwitchStandardRemoveShape>();
 
-void VirtualSwitchStandardRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                  const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardRemove, kVirtualSwitchStandardRemoveShape) {
     const std::string& name = input->GetParameter(kVswitchNameParameter);
     try {
         if (!KelmCtl::Network::PortsetImpl::IsValidVirtualSwitch(name)) {

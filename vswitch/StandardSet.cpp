@@ -2,11 +2,12 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "frame/Declaration.h"
 #include "frame/SharedConstants.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/PortsetImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -58,11 +59,8 @@ constexpr Declare::CommandShape kVirtualSwitchStandardSetShape = {
     .parameters = kParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardSet::kShape =
-    Declare::Pack<kVirtualSwitchStandardSetShape>();
 
-void VirtualSwitchStandardSet::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                               const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardSet, kVirtualSwitchStandardSetShape) {
     const std::string& name = input->GetParameter(kVswitchNameParameter);
     try {
         if (!KelmCtl::Network::PortsetImpl::IsValidVirtualSwitch(name)) {

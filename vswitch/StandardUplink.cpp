@@ -1,8 +1,9 @@
 // `network vswitch standard uplink add` and `... uplink remove`: attach a NIC to a standard
 // switch or detach it. The host judges the NIC's name.
+#include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
 #include "hostctl/NetworkInfo.h"
-#include "vswitch/VswitchCommands.h"
+#include "vswitch/PolicyParameters.h"
 #include "vswitch/VswitchLookup.h"
 
 namespace ZanvexCli::NetworkNamespace {
@@ -51,8 +52,6 @@ constexpr Declare::CommandShape kVirtualSwitchStandardUplinkAddShape = {
     .parameters = kAddParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardUplinkAdd::kShape =
-    Declare::Pack<kVirtualSwitchStandardUplinkAddShape>();
 
 constexpr Declare::CommandShape kVirtualSwitchStandardUplinkRemoveShape = {
     .description =
@@ -62,18 +61,14 @@ constexpr Declare::CommandShape kVirtualSwitchStandardUplinkRemoveShape = {
     .parameters = kRemoveParameters,
     .root = Declare::Root::Bool,
 };
-const Declare::PackedShape VirtualSwitchStandardUplinkRemove::kShape =
-    Declare::Pack<kVirtualSwitchStandardUplinkRemoveShape>();
 
-void VirtualSwitchStandardUplinkAdd::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                     const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardUplinkAdd, kVirtualSwitchStandardUplinkAddShape) {
     ChangeUplink(*input, *output, [](VirtualSwitch& virtualSwitch, const std::string& uplink) {
         virtualSwitch.AddUplink(uplink, true);
     });
 }
 
-void VirtualSwitchStandardUplinkRemove::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                                        const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VirtualSwitchStandardUplinkRemove, kVirtualSwitchStandardUplinkRemoveShape) {
     ChangeUplink(*input, *output, [](VirtualSwitch& virtualSwitch, const std::string& uplink) {
         virtualSwitch.RemoveUplink(uplink, false);
     });

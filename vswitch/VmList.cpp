@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <unordered_map>
 
+#include "frame/Declaration.h"
 #include "hostctl/DVSwitch.h"
 #include "hostctl/HostCtlException.h"
 #include "kelmctl/DVPortImpl.h"
@@ -12,7 +13,7 @@
 #include "kelmctl/PortsetImpl.h"
 #include "kelmctl/VirtualSwitchInfoImpl.h"
 #include "kelmctl/WorldImpl.h"
-#include "vswitch/PortCommands.h"
+#include "vswitch/FilterOrder.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -29,16 +30,12 @@ constexpr char kNumPorts[] = "Num Ports";
 constexpr char kNetworks[] = "Networks";
 
 constexpr Field kVmFields[] = {
-    {kWorldId, FieldType::Int},
-    {kName, FieldType::String},
-    {kNumPorts, FieldType::Int},
-    {kNetworks, FieldType::StringList},
+    {kWorldId, FieldType::Int, 1},
+    {kName, FieldType::String, 2},
+    {kNumPorts, FieldType::Int, 3},
+    {kNetworks, FieldType::StringList, 4},
 };
 constexpr Declare::StructShape kVm = {"VM", kVmFields};
-
-constexpr Declare::OutputParameter kVmOutputParameters[] = {
-    {"fields:VM", "World ID,Name,Num Ports,Networks"},
-};
 
 constexpr char kPortId[] = "Port ID";
 constexpr char kVswitch[] = "vSwitch";
@@ -51,23 +48,17 @@ constexpr char kUplinkPortId[] = "Uplink Port ID";
 constexpr char kActiveFilters[] = "Active Filters";
 
 constexpr Field kPortFields[] = {
-    {kPortId, FieldType::Int},
-    {kVswitch, FieldType::String},
-    {kPortgroup, FieldType::String},
-    {kDVPortId, FieldType::String},
-    {kMacAddress, FieldType::String},
-    {kIpAddress, FieldType::String},
-    {kTeamUplink, FieldType::String},
-    {kUplinkPortId, FieldType::Int},
-    {kActiveFilters, FieldType::StringList},
+    {kPortId, FieldType::Int, 1},
+    {kVswitch, FieldType::String, 2},
+    {kPortgroup, FieldType::String, 3},
+    {kDVPortId, FieldType::String, 4},
+    {kMacAddress, FieldType::String, 5},
+    {kIpAddress, FieldType::String, 6},
+    {kTeamUplink, FieldType::String, 7},
+    {kUplinkPortId, FieldType::Int, 8},
+    {kActiveFilters, FieldType::StringList, 9},
 };
 constexpr Declare::StructShape kPort = {"Port", kPortFields};
-
-constexpr Declare::OutputParameter kPortOutputParameters[] = {
-    {"fields:Port",
-     "Port ID,vSwitch,Portgroup,DVPort ID,MAC Address,IP Address,Team Uplink,Uplink Port "
-     "ID,Active Filters"},
-};
 
 constexpr Declare::Parameter kPortParameters[] = {
     {kWorldIdParameter, "w", Declare::Type::Int, true, "World ID of the VM for listing ports."},
@@ -91,13 +82,11 @@ std::string DVPortgroupOf(const PortImpl& port, const HostCtl::Network::Portset&
 constexpr Declare::CommandShape kVMListShape = {
     .description = "List networking information for the VM's that have active ports.",
     .formatter = "table",
-    .outputParameters = kVmOutputParameters,
     .root = Declare::Root::List,
     .structure = &kVm,
 };
-const Declare::PackedShape VMList::kShape = Declare::Pack<kVMListShape>();
 
-void VMList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VMList, kVMListShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     std::unordered_map<int, std::vector<std::string>> networks;
     KelmCtl::Network::VirtualSwitchInfoImpl info;
@@ -141,15 +130,12 @@ void VMList::ExecuteInternal(const std::shared_ptr<Input>&, const std::shared_pt
 constexpr Declare::CommandShape kVMPortListShape = {
     .description = "List of active ports for a given VM.",
     .formatter = "simple",
-    .outputParameters = kPortOutputParameters,
     .parameters = kPortParameters,
     .root = Declare::Root::List,
     .structure = &kPort,
 };
-const Declare::PackedShape VMPortList::kShape = Declare::Pack<kVMPortListShape>();
 
-void VMPortList::ExecuteInternal(const std::shared_ptr<Input>& input,
-                                 const std::shared_ptr<Output>& output) {
+NETWORK_COMMAND(VMPortList, kVMPortListShape) {
     auto list = MetaList::New(CppTools::MetaObj::MetaTypeStruct, GetOutputStructure());
     const long number = std::strtol(input->GetParameter(kWorldIdParameter).c_str(), nullptr, 10);
     KelmCtl::Network::VirtualSwitchInfoImpl info;

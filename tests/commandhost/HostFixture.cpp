@@ -69,7 +69,7 @@ constexpr Declare::Field kNicFields[] = {
     {"Speed", Declare::FieldType::Int},
     {"Link Up", Declare::FieldType::Bool},
     {"Addresses", Declare::FieldType::StringList},
-    {"Detail", Declare::FieldType::Struct, &kDetailShape},
+    {"Detail", Declare::FieldType::Struct, 0, &kDetailShape},
     {"Comment", Declare::FieldType::String},
 };
 constexpr Declare::StructShape kNicShape = {"Nic", kNicFields};

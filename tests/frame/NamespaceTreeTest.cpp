@@ -5,6 +5,7 @@
 #include <set>
 
 #include "cpptools/AutoCli.h"
+#include "frame/NamespaceTree.h"
 #include "frame/Registration.h"
 
 namespace {
@@ -40,21 +41,28 @@ TEST(NamespaceTree, RootGetsExactlyNetworkWithItsNineChildrenInOrder) {
     EXPECT_EQ(network->GetParent(), root);
 }
 
-TEST(NamespaceTree, HasNinetyOneDescribedNamespacesAndDescribedCommands) {
+// A walk of the registered tree meets the table's rows, namespaces and commands, in the table's
+// order, every one described and only namespaces with entries.
+TEST(NamespaceTree, WalkMeetsEveryRowOfTheTableInItsOrder) {
     auto network = RegisterTree()->GetNamespaceNode("network");
-    int namespaces = 0;
-    std::set<std::string> commandPaths;
-    Walk(network, [&](const std::shared_ptr<NamespaceNode>& node) {
-        EXPECT_FALSE(node->GetDescription().empty()) << node->GetPathString(' ');
-        if (node->GetType() == NodeTypeNamespace) {
-            ++namespaces;
-            return;
-        }
-        ASSERT_EQ(node->GetType(), NodeTypeCommand);
-        EXPECT_TRUE(node->GetNamespaceNodes().empty());
-        commandPaths.insert(node->GetPathString(' '));
+    std::vector<ZanvexCli::NetworkNamespace::TreeTableRow> walked;
+    Walk(network, [&walked](const std::shared_ptr<NamespaceNode>& node) {
+        SCOPED_TRACE(node->GetPathString(' '));
+        EXPECT_FALSE(node->GetDescription().empty());
+        const bool command = node->GetType() == NodeTypeCommand;
+        EXPECT_EQ(node->GetNamespaceNodes().empty(), command);
+        walked.push_back({node->GetPathString(' '), command});
     });
-    EXPECT_EQ(namespaces, 91);
+    const auto table = ZanvexCli::NetworkNamespace::TreeTable();
+    ASSERT_EQ(walked.size(), table.size());
+    std::set<std::string> commandPaths;
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        EXPECT_EQ(walked[i].path, table[i].path);
+        EXPECT_EQ(walked[i].command, table[i].command) << table[i].path;
+        if (table[i].command) {
+            commandPaths.insert(table[i].path);
+        }
+    }
     for (const char* path :
          {"network nic list", "network nic up", "network nic get", "network nic down"}) {
         EXPECT_TRUE(commandPaths.count(path)) << path;

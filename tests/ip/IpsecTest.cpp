@@ -1,7 +1,7 @@
 // Security associations and policies: their renderings, each command's checks in their order,
 // and the forms of removal.
 #include "IpServicesTest.h"
-#include "ip/IpsecCommands.h"
+#include "ip/IpsecLifetime.h"
 
 namespace {
 

@@ -7,6 +7,8 @@ namespace {
 using NicDeviceTesting::NicDeviceTest;
 using NicDeviceTesting::Words;
 using Testing::Bool;
+using Testing::DeclaredFieldNames;
+using Testing::FieldNames;
 using Testing::Int;
 using Testing::Rows;
 using Testing::Str;
@@ -66,7 +68,7 @@ TEST_F(SriovNicTest, StatsAnswerForEveryListedFunction) {
     auto row = Rows(RunList({"sriovnic", "vf", "stats", "-n", "hwnic2", "-v", "0"})).front();
     EXPECT_EQ(Int(row, "Rx Unicast Pkt"), 812345);
     EXPECT_EQ(Int(row, "Tx TSO Bytes"), 4902011);
-    EXPECT_EQ(row->GetFields().size(), 22u);
+    EXPECT_EQ(FieldNames(row), DeclaredFieldNames({"sriovnic", "vf", "stats"}));
 }
 
 TEST_F(SriovNicTest, RefusalsInTheCommandsWords) {

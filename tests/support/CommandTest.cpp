@@ -196,6 +196,32 @@ std::vector<std::shared_ptr<MetaStruct>> Rows(const std::shared_ptr<MetaList>& l
     return rows;
 }
 
+std::vector<std::string> FieldNames(const std::shared_ptr<MetaStruct>& row) {
+    std::vector<std::string> names;
+    for (const auto& [name, value] : row->GetFields()) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words) {
+    std::shared_ptr<CppTools::AutoCli::NamespaceNode> root = CppTools::AutoCli::Namespace::New();
+    AutoCli_RegisterNamespaces(root);
+    std::list<std::string> path{"network"};
+    path.insert(path.end(), words.begin(), words.end());
+    auto command =
+        std::dynamic_pointer_cast<CppTools::AutoCli::CommandSpec>(root->ResolveNode(path));
+    if (!command || !path.empty()) {
+        ADD_FAILURE() << "no command " << ::testing::PrintToString(words);
+        return {};
+    }
+    auto result = command->GetOutputSpec()->GetRootObject();
+    if (auto list = std::dynamic_pointer_cast<MetaList>(result)) {
+        return FieldNames(list->GetPrototype());
+    }
+    return FieldNames(As<MetaStruct>(result, "a struct result"));
+}
+
 std::shared_ptr<MetaStruct> RowWhere(const std::shared_ptr<MetaList>& list,
                                      const std::string& field, const std::string& value) {
     for (const auto& row : Rows(list)) {

@@ -109,6 +109,11 @@ std::shared_ptr<CppTools::MetaObj::MetaStruct> Nested(
     const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
 std::vector<std::shared_ptr<CppTools::MetaObj::MetaStruct>> Rows(
     const std::shared_ptr<CppTools::MetaObj::MetaList>& list);
+// The names of the fields of the struct "network <words...>" declares for its result (or each
+// row), in their order.
+std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words);
+// The names of the fields of `row`, in their order.
+std::vector<std::string> FieldNames(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row);
 // The row whose `field` is `value`; fails the test when there is none.
 std::shared_ptr<CppTools::MetaObj::MetaStruct> RowWhere(
     const std::shared_ptr<CppTools::MetaObj::MetaList>& list, const std::string& field,
