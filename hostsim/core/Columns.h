@@ -23,6 +23,14 @@ struct ColumnWords {
     std::int64_t (*fromJson)(const Json& value);
 };
 
+// How text the host stores as JSON (nested detail parsed only when asked for) is written in a
+// profile: as the JSON it holds, and read back normalised; `value` is null when the profile
+// leaves the member out.
+struct ColumnDocument {
+    Json (*toJson)(const std::string& text);
+    std::string (*fromJson)(const Json* value);
+};
+
 // A member of an enumeration type, which a member pointer of the table can't name: reached
 // through two functions that EnumMember<&Record::member> makes.
 template <typename Record>
@@ -55,6 +63,10 @@ struct Column {
     ColumnMember<Record> member;
     // Its member in the profile's object; null for a column that is not there as it is stored.
     const char* json = nullptr;
+    // The member of the profile's object that holds it, when it is in a nested object there.
+    // The nested object is written when its first column is, and when a profile leaves it
+    // out, each of its columns takes its fallback.
+    const char* in = nullptr;
     // A profile must give it; otherwise a member left out takes `fallback`, or text
     // `fallbackText`.
     bool required = false;
@@ -62,8 +74,12 @@ struct Column {
     const char* fallbackText = "";
     // Empty text is stored as NULL.
     bool nullWhenEmpty = false;
+    // Empty text is left out of a profile.
+    bool omitWhenEmpty = false;
     // A number the profile gives as a word.
     const ColumnWords* words = nullptr;
+    // Text that holds JSON, which the profile holds as it is.
+    const ColumnDocument* document = nullptr;
 };
 
 // A table of columns, as the functions below take it: a record's own table converts to it, and
@@ -176,26 +192,38 @@ void BindColumns(Statement& statement, int first, Columns<Record> columns, const
 // Adds the record's columns that a profile holds to `object`, in the table's order.
 template <typename Record>
 void ColumnsToJson(Columns<Record> columns, const Record& record, Json& object) {
+    const char* leftOut = nullptr;
     for (const auto& column : columns) {
-        if (column.json == nullptr) {
+        if (column.json == nullptr || (column.in != nullptr && leftOut != nullptr &&
+                                       std::string_view(column.in) == leftOut)) {
             continue;
         }
+        Json value;
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
-                    object[column.json] = record.*member;
-                } else if constexpr (std::is_same_v<decltype(member), EnumAccess<Record>>) {
-                    const std::int64_t value = member.get(record);
-                    object[column.json] =
-                        column.words != nullptr ? column.words->toJson(value) : Json(value);
+                    const std::string& text = record.*member;
+                    if (column.document != nullptr) {
+                        value = column.document->toJson(text);
+                    } else if (!(text.empty() && column.omitWhenEmpty)) {
+                        value = text;
+                    }
                 } else if (column.words != nullptr) {
-                    object[column.json] =
-                        column.words->toJson(ColumnDetail::Number(record, member));
+                    value = column.words->toJson(ColumnDetail::Number(record, member));
+                } else if constexpr (std::is_same_v<decltype(member), EnumAccess<Record>>) {
+                    value = member.get(record);
                 } else {
-                    object[column.json] = record.*member;
+                    value = record.*member;
                 }
             },
             column.member);
+        if (value.is_null()) {
+            if (column.in != nullptr && !object.contains(column.in)) {
+                leftOut = column.in;
+            }
+            continue;
+        }
+        (column.in != nullptr ? object[column.in] : object)[column.json] = std::move(value);
     }
 }
 
@@ -207,16 +235,27 @@ void ColumnsFromJson(Columns<Record> columns, const Json& object, Record& record
         if (column.json == nullptr) {
             continue;
         }
-        const auto found = object.find(column.json);
-        const Json* value = found != object.end() ? &*found : nullptr;
-        if (value == nullptr && column.required) {
-            value = &object.at(column.json);
+        const Json* holder = &object;
+        if (column.in != nullptr) {
+            const auto nested = object.find(column.in);
+            holder = nested != object.end() ? &*nested : nullptr;
+        }
+        const Json* value = nullptr;
+        if (holder != nullptr) {
+            const auto found = holder->find(column.json);
+            value = found != holder->end() ? &*found
+                    : column.required      ? &holder->at(column.json)
+                                           : nullptr;
         }
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
-                    record.*member =
-                        value != nullptr ? value->template get<std::string>() : column.fallbackText;
+                    if (column.document != nullptr) {
+                        record.*member = column.document->fromJson(value);
+                    } else {
+                        record.*member = value != nullptr ? value->template get<std::string>()
+                                                          : column.fallbackText;
+                    }
                 } else if (value == nullptr) {
                     ColumnDetail::SetNumber(record, member, column.fallback);
                 } else if (column.words != nullptr) {
