@@ -39,6 +39,22 @@ void Sql(const std::string& path, const std::string& sql) {
     sqlite3_close(database);
 }
 
+// One integer that `sql` gives from a database file, read from outside the host.
+std::int64_t Integer(const std::string& path, const std::string& sql) {
+    sqlite3* database = nullptr;
+    std::int64_t value = -1;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
+    if (sqlite3_step(statement) == SQLITE_ROW) {
+        value = sqlite3_column_int64(statement, 0);
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(database);
+    return value;
+}
+
 class StoreTest : public HostTest {
 protected:
     // Expects the first host operation to fail with a message containing `words`, and the
@@ -266,6 +282,36 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     Sql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     Reconnect();
     EXPECT_TRUE(AllNicNames().empty());
+}
+
+// Columns that nothing read were dropped by a schema step of their subject: a store of the
+// version before it loses the column and keeps everything else.
+TEST_F(StoreTest, ASchemaStepDropsAColumnNothingReads) {
+    struct DroppedColumn {
+        const char* subject;
+        const char* table;
+        const char* column;
+    };
+    const DroppedColumn dropped[] = {{"ipsec", "ipsec", "name"}};
+    InitHost({});
+    const HostSim::Json before = ExportHost();
+    for (const DroppedColumn& column : dropped) {
+        SCOPED_TRACE(column.column);
+        const std::string versionSql = std::string("SELECT version FROM subject_schema") +
+                                       " WHERE subject = '" + column.subject + "'";
+        const std::string columnSql = std::string("SELECT count(*) FROM pragma_table_info('") +
+                                      column.table + "') WHERE name = '" + column.column + "'";
+        const std::int64_t latest = Integer(DatabaseFile(), versionSql);
+        Sql(DatabaseFile(),
+            std::string("ALTER TABLE ") + column.table + " ADD COLUMN " + column.column +
+                " TEXT; UPDATE subject_schema SET version = " + std::to_string(latest - 1) +
+                " WHERE subject = '" + column.subject + "'");
+        ASSERT_EQ(Integer(DatabaseFile(), columnSql), 1);
+        Reconnect();
+        EXPECT_EQ(ExportHost(), before);
+        EXPECT_EQ(Integer(DatabaseFile(), columnSql), 0);
+        EXPECT_EQ(Integer(DatabaseFile(), versionSql), latest);
+    }
 }
 
 // A process killed inside a write leaves the last committed state, and no lock behind.
