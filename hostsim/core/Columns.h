@@ -31,19 +31,25 @@ struct ColumnDocument {
     std::string (*fromJson)(const Json* value);
 };
 
-// A member of an enumeration type, which a member pointer of the table can't name: reached
-// through two functions that EnumMember<&Record::member> makes.
+// A field that is not one member of a plain type (an enumeration, flags packed into one number,
+// a list kept as text), reached through two functions.
 template <typename Record>
-struct EnumAccess {
+struct NumberAccess {
     std::int64_t (*get)(const Record& record);
     void (*set)(Record& record, std::int64_t value);
 };
+template <typename Record>
+struct TextAccess {
+    std::string (*get)(const Record& record);
+    void (*set)(Record& record, const std::string& value);
+};
 
+// The access to a member of an enumeration type: EnumMember<&Record::member>.
 template <auto member>
 struct EnumMemberOf;
 template <typename Record, typename Enum, Enum Record::*member>
 struct EnumMemberOf<member> {
-    static constexpr EnumAccess<Record> kAccess = {
+    static constexpr NumberAccess<Record> kAccess = {
         [](const Record& record) { return static_cast<std::int64_t>(record.*member); },
         [](Record& record, std::int64_t value) { record.*member = static_cast<Enum>(value); },
     };
@@ -54,7 +60,7 @@ inline constexpr auto EnumMember = EnumMemberOf<member>::kAccess;
 template <typename Record>
 using ColumnMember = std::variant<bool Record::*, std::int32_t Record::*, std::uint32_t Record::*,
                                   std::int64_t Record::*, std::uint64_t Record::*,
-                                  std::string Record::*, EnumAccess<Record>>;
+                                  std::string Record::*, NumberAccess<Record>, TextAccess<Record>>;
 
 template <typename Record>
 struct Column {
@@ -116,12 +122,32 @@ std::string ColumnAssignments(const Table& columns, int first) {
 namespace ColumnDetail {
 
 template <typename Record, typename Member>
-constexpr bool kIsText = std::is_same_v<Member, std::string Record::*>;
+constexpr bool kIsText =
+    std::is_same_v<Member, std::string Record::*> || std::is_same_v<Member, TextAccess<Record>>;
+
+// A text field of the record: a reference to its member, or the text made of its fields.
+template <typename Record, typename Member>
+decltype(auto) Text(const Record& record, Member member) {
+    if constexpr (std::is_same_v<Member, TextAccess<Record>>) {
+        return member.get(record);
+    } else {
+        return (record.*member);
+    }
+}
+
+template <typename Record, typename Member>
+void SetText(Record& record, Member member, std::string value) {
+    if constexpr (std::is_same_v<Member, TextAccess<Record>>) {
+        member.set(record, value);
+    } else {
+        record.*member = std::move(value);
+    }
+}
 
 // A number or flag of the record, as the store keeps it.
 template <typename Record, typename Member>
 std::int64_t Number(const Record& record, Member member) {
-    if constexpr (std::is_same_v<Member, EnumAccess<Record>>) {
+    if constexpr (std::is_same_v<Member, NumberAccess<Record>>) {
         return member.get(record);
     } else {
         return static_cast<std::int64_t>(record.*member);
@@ -130,7 +156,7 @@ std::int64_t Number(const Record& record, Member member) {
 
 template <typename Record, typename Member>
 void SetNumber(Record& record, Member member, std::int64_t value) {
-    if constexpr (std::is_same_v<Member, EnumAccess<Record>>) {
+    if constexpr (std::is_same_v<Member, NumberAccess<Record>>) {
         member.set(record, value);
     } else {
         using Value = std::remove_reference_t<decltype(record.*member)>;
@@ -141,7 +167,7 @@ void SetNumber(Record& record, Member member, std::int64_t value) {
 // A number or flag read from a profile: within the range of the member's type.
 template <typename Record, typename Member>
 void SetNumber(Record& record, Member member, const Json& value) {
-    if constexpr (std::is_same_v<Member, EnumAccess<Record>>) {
+    if constexpr (std::is_same_v<Member, NumberAccess<Record>>) {
         member.set(record, value.get<std::int64_t>());
     } else {
         using Value = std::remove_reference_t<decltype(record.*member)>;
@@ -158,7 +184,7 @@ void ReadColumns(const Statement& row, int first, Columns<Record> columns, Recor
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
-                    record.*member = row.Text(first);
+                    ColumnDetail::SetText(record, member, row.Text(first));
                 } else {
                     ColumnDetail::SetNumber(record, member, row.Int(first));
                 }
@@ -175,10 +201,11 @@ void BindColumns(Statement& statement, int first, Columns<Record> columns, const
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
+                    decltype(auto) text = ColumnDetail::Text(record, member);
                     if (column.nullWhenEmpty) {
-                        statement.BindOptional(first, record.*member);
+                        statement.BindOptional(first, text);
                     } else {
-                        statement.Bind(first, record.*member);
+                        statement.Bind(first, text);
                     }
                 } else {
                     statement.Bind(first, ColumnDetail::Number(record, member));
@@ -202,7 +229,7 @@ void ColumnsToJson(Columns<Record> columns, const Record& record, Json& object) 
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
-                    const std::string& text = record.*member;
+                    decltype(auto) text = ColumnDetail::Text(record, member);
                     if (column.document != nullptr) {
                         value = column.document->toJson(text);
                     } else if (!(text.empty() && column.omitWhenEmpty)) {
@@ -210,7 +237,7 @@ void ColumnsToJson(Columns<Record> columns, const Record& record, Json& object) 
                     }
                 } else if (column.words != nullptr) {
                     value = column.words->toJson(ColumnDetail::Number(record, member));
-                } else if constexpr (std::is_same_v<decltype(member), EnumAccess<Record>>) {
+                } else if constexpr (std::is_same_v<decltype(member), NumberAccess<Record>>) {
                     value = member.get(record);
                 } else {
                     value = record.*member;
@@ -250,12 +277,11 @@ void ColumnsFromJson(Columns<Record> columns, const Json& object, Record& record
         std::visit(
             [&](auto member) {
                 if constexpr (ColumnDetail::kIsText<Record, decltype(member)>) {
-                    if (column.document != nullptr) {
-                        record.*member = column.document->fromJson(value);
-                    } else {
-                        record.*member = value != nullptr ? value->template get<std::string>()
-                                                          : column.fallbackText;
-                    }
+                    ColumnDetail::SetText(record, member,
+                                          column.document != nullptr
+                                              ? column.document->fromJson(value)
+                                          : value != nullptr ? value->template get<std::string>()
+                                                             : std::string(column.fallbackText));
                 } else if (value == nullptr) {
                     ColumnDetail::SetNumber(record, member, column.fallback);
                 } else if (column.words != nullptr) {
