@@ -292,7 +292,8 @@ TEST_F(StoreTest, ASchemaStepDropsAColumnNothingReads) {
         const char* table;
         const char* column;
     };
-    const DroppedColumn dropped[] = {{"ipsec", "ipsec", "name"}};
+    const DroppedColumn dropped[] = {{"ipsec", "ipsec", "name"},
+                                     {"routing", "routing_netstack", "neighbors"}};
     InitHost({});
     const HostSim::Json before = ExportHost();
     for (const DroppedColumn& column : dropped) {
