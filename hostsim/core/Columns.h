@@ -44,18 +44,19 @@ struct TextAccess {
     void (*set)(Record& record, const std::string& value);
 };
 
-// The access to a member of an enumeration type: EnumMember<&Record::member>.
+// The access to a member of another number type (an enumeration, a 16-bit number):
+// NumberMember<&Record::member>.
 template <auto member>
-struct EnumMemberOf;
-template <typename Record, typename Enum, Enum Record::*member>
-struct EnumMemberOf<member> {
+struct NumberMemberOf;
+template <typename Record, typename Number, Number Record::*member>
+struct NumberMemberOf<member> {
     static constexpr NumberAccess<Record> kAccess = {
         [](const Record& record) { return static_cast<std::int64_t>(record.*member); },
-        [](Record& record, std::int64_t value) { record.*member = static_cast<Enum>(value); },
+        [](Record& record, std::int64_t value) { record.*member = static_cast<Number>(value); },
     };
 };
 template <auto member>
-inline constexpr auto EnumMember = EnumMemberOf<member>::kAccess;
+inline constexpr auto NumberMember = NumberMemberOf<member>::kAccess;
 
 template <typename Record>
 using ColumnMember = std::variant<bool Record::*, std::int32_t Record::*, std::uint32_t Record::*,
@@ -93,12 +94,12 @@ struct Column {
 template <typename Record>
 using Columns = std::type_identity_t<std::span<const Column<Record>>>;
 
-// "a, b, c": the columns' names, for a SELECT or an INSERT.
+// "a, b, c": the columns' names, for a SELECT or an INSERT; "t.a, t.b, t.c" with the prefix "t.".
 template <typename Table>
-std::string ColumnNames(const Table& columns) {
+std::string ColumnNames(const Table& columns, const char* prefix = "") {
     std::string names;
     for (const auto& column : columns) {
-        names.append(names.empty() ? "" : ", ").append(column.sql);
+        names.append(names.empty() ? "" : ", ").append(prefix).append(column.sql);
     }
     return names;
 }

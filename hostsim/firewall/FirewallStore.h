@@ -83,7 +83,7 @@ inline constexpr Column<PortRule> kRuleColumns[] = {
 
 // Table firewall_allowed_ip, after its ruleset. A profile lists the addresses' texts.
 inline constexpr Column<AllowedAddress> kAllowedAddressColumns[] = {
-    {.sql = "kind", .member = EnumMember<&AllowedAddress::kind>},
+    {.sql = "kind", .member = NumberMember<&AllowedAddress::kind>},
     {.sql = "address", .member = &AllowedAddress::text},
 };
 
