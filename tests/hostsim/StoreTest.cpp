@@ -9,12 +9,15 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <regex>
+#include <sstream>
 #include <thread>
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Profile.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/core/Subject.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
 
@@ -53,6 +56,30 @@ std::int64_t Integer(const std::string& path, const std::string& sql) {
     sqlite3_finalize(statement);
     sqlite3_close(database);
     return value;
+}
+
+// The first column of every row `sql` gives, as text.
+std::vector<std::string> Texts(const std::string& path, const std::string& sql) {
+    sqlite3* database = nullptr;
+    std::vector<std::string> texts;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+        texts.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)));
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(database);
+    return texts;
+}
+
+// SQL with each run of blanks made one, none at the edges of parentheses, and no end mark.
+std::string NormalSql(const std::string& sql) {
+    std::string normal = std::regex_replace(sql, std::regex("\\s+"), " ");
+    normal = std::regex_replace(normal, std::regex("\\( "), "(");
+    normal = std::regex_replace(normal, std::regex(" \\)"), ")");
+    return std::regex_replace(normal, std::regex("^ +|[ ;]+$"), "");
 }
 
 class StoreTest : public HostTest {
@@ -313,6 +340,48 @@ TEST_F(StoreTest, ASchemaStepDropsAColumnNothingReads) {
         EXPECT_EQ(Integer(DatabaseFile(), columnSql), 0);
         EXPECT_EQ(Integer(DatabaseFile(), versionSql), latest);
     }
+}
+
+// The schema block of the README is the schema of a fresh store, statement by statement, with
+// each subject's version.
+TEST_F(StoreTest, TheReadmeShowsTheWholeSchema) {
+    InitHost({});
+    const std::string readme = FileBytes(HOSTSIM_README);
+    const std::string fence = "```sql\n";
+    const auto begin = readme.find(fence, readme.find("### The schema"));
+    ASSERT_NE(begin, std::string::npos);
+    const auto end = readme.find("```", begin + fence.size());
+    ASSERT_NE(end, std::string::npos);
+    std::istringstream block(readme.substr(begin + fence.size(), end - begin - fence.size()));
+    const std::regex versionLine("-- (\\w+), version (\\d+)");
+    std::vector<std::string> shown;
+    std::vector<std::string> shownVersions;
+    std::string statement;
+    for (std::string line; std::getline(block, line);) {
+        std::smatch version;
+        if (std::regex_match(line, version, versionLine)) {
+            shownVersions.push_back(version[1].str() + " " + version[2].str());
+        } else if (!line.starts_with("--")) {
+            statement += line + " ";
+            if (line.ends_with(";")) {
+                shown.push_back(NormalSql(statement));
+                statement.clear();
+            }
+        }
+    }
+    std::vector<std::string> stored;
+    for (const std::string& sql : Texts(DatabaseFile(),
+                                        "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL"
+                                        " ORDER BY rowid")) {
+        stored.push_back(NormalSql(sql));
+    }
+    EXPECT_EQ(shown, stored);
+    std::vector<std::string> versions =
+        Texts(DatabaseFile(), "SELECT subject || ' ' || version FROM subject_schema");
+    std::sort(versions.begin(), versions.end());
+    std::sort(shownVersions.begin(), shownVersions.end());
+    EXPECT_EQ(shownVersions, versions);
+    EXPECT_EQ(shownVersions.size(), HostSim::Subjects().size());
 }
 
 // A process killed inside a write leaves the last committed state, and no lock behind.
