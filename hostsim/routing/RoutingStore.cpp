@@ -286,28 +286,32 @@ std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database
 }
 
 void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal) {
-    static const std::string sql = "INSERT INTO routing_neighbor (netstack, " +
-                                   ColumnNames(kNeighborColumns) + ") VALUES (?1, " +
-                                   ColumnParameters(2, std::size(kNeighborColumns)) + ")";
+    static const std::string sql =
+        "INSERT INTO routing_neighbor (netstack, " + ColumnNames(kNeighborKindColumns) + ", " +
+        ColumnNames(kNeighborColumns) + ") VALUES (?1, " +
+        ColumnParameters(2, std::size(kNeighborKindColumns) + std::size(kNeighborColumns)) + ")";
     NeighborRecord record;
     ColumnsFromJson(kNeighborColumns, normal, record);
     record.family = IsIpv6Neighbor(normal) ? 6 : 4;
     record.system = IsSystemNeighbor(normal);
     auto insert = database.Query(sql.c_str());
     insert.Bind(1, netstack);
-    BindColumns(insert, 2, kNeighborColumns, record);
+    BindColumns(insert, 2, kNeighborKindColumns, record);
+    BindColumns(insert, 2 + std::size(kNeighborKindColumns), kNeighborColumns, record);
     insert.Run();
 }
 
 Json ReadNeighborTable(Database& database, const std::string& netstack) {
-    static const std::string sql = "SELECT " + ColumnNames(kNeighborColumns) +
+    static const std::string sql = "SELECT " + ColumnNames(kNeighborKindColumns) + ", " +
+                                   ColumnNames(kNeighborColumns) +
                                    " FROM routing_neighbor WHERE netstack = ?1 ORDER BY position";
     auto row = database.Query(sql.c_str());
     row.Bind(1, netstack);
     Json::array_t table;
     NeighborRecord record;
     while (row.Step()) {
-        ReadColumns(row, 0, kNeighborColumns, record);
+        ReadColumns(row, 0, kNeighborKindColumns, record);
+        ReadColumns(row, std::size(kNeighborKindColumns), kNeighborColumns, record);
         Json& entry = table.emplace_back(Json::object());
         ColumnsToJson(kNeighborColumns, record, entry);
         if (record.system) {

@@ -72,11 +72,14 @@ struct NeighborRecord {
     std::string state;  // empty for IPv4
 };
 
-// Table routing_neighbor, after its position and instance. A profile tells the family by the
-// address, and has "system" only where it is true.
-inline constexpr Column<NeighborRecord> kNeighborColumns[] = {
+// Table routing_neighbor, after its position and instance: the family and kind, which a listing
+// selects by, then the entry. A profile tells the family by the address, and has "system" only
+// where it is true.
+inline constexpr Column<NeighborRecord> kNeighborKindColumns[] = {
     {.sql = "family", .member = &NeighborRecord::family},
     {.sql = "system", .member = &NeighborRecord::system},
+};
+inline constexpr Column<NeighborRecord> kNeighborColumns[] = {
     {.sql = "address", .member = &NeighborRecord::address, .json = "address", .required = true},
     {.sql = "mac", .member = &NeighborRecord::mac, .json = "mac", .required = true},
     {.sql = "interface",
