@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Columns.h"
 #include "hostsim/core/Names.h"
 
 namespace HostSim::NameService {
@@ -29,29 +30,44 @@ void EnsureRow(Database& database) {
         .Run();
 }
 
+using DnsConfig = KelmCtl::Network::DnsConfigImpl::Config;
+
+// Table dns, after the instance: its lists as JSON arrays of text.
+constexpr Column<DnsConfig> kDnsColumns[] = {
+    {.sql = "servers",
+     .member = TextAccess<DnsConfig>{
+         [](const DnsConfig& config) { return Json(config.servers).dump(); },
+         [](DnsConfig& config, const std::string& text) { config.servers = Strings(text); }}},
+    {.sql = "domains",
+     .member = TextAccess<DnsConfig>{
+         [](const DnsConfig& config) { return Json(config.domains).dump(); },
+         [](DnsConfig& config, const std::string& text) { config.domains = Strings(text); }}},
+};
+
 }  // namespace
 
 KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack) {
-    auto row = database.Query("SELECT servers, domains FROM dns WHERE netstack = ?1");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kDnsColumns) + " FROM dns WHERE netstack = ?1";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, netstack);
     KelmCtl::Network::DnsConfigImpl::Config config;
     if (row.Step()) {
-        config.servers = Strings(row.Text(0));
-        config.domains = Strings(row.Text(1));
+        ReadColumns(row, 0, kDnsColumns, config);
     }
     return config;
 }
 
 void WriteDns(Database& database, const std::string& netstack,
               const KelmCtl::Network::DnsConfigImpl::Config& config) {
-    database
-        .Query(
-            "INSERT INTO dns (netstack, servers, domains) VALUES (?1, ?2, ?3)"
-            " ON CONFLICT (netstack) DO UPDATE SET servers = ?2, domains = ?3")
-        .Bind(1, netstack)
-        .Bind(2, Json(config.servers).dump())
-        .Bind(3, Json(config.domains).dump())
-        .Run();
+    static const std::string sql = "INSERT INTO dns (netstack, " + ColumnNames(kDnsColumns) +
+                                   ") VALUES (?1, " + ColumnParameters(2, std::size(kDnsColumns)) +
+                                   ") ON CONFLICT (netstack) DO UPDATE SET " +
+                                   ColumnAssignments(kDnsColumns, 2);
+    auto write = database.Query(sql.c_str());
+    write.Bind(1, netstack);
+    BindColumns(write, 2, kDnsColumns, config);
+    write.Run();
 }
 
 void ForgetDns(Database& database, const std::string& netstack) {

@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "hostsim/core/Columns.h"
+
 namespace HostSim::Dvs {
 
 using KelmCtl::Network::DVPortRecord;
@@ -58,31 +60,61 @@ LagNic LagNicFromJson(const Json& json) {
     return nic;
 }
 
-#define DVS_COLUMNS                                                                           \
-    "name, id, class, ports, mtu, cdp_status, beacon_timeout, branded, opaque, lacp_on_dpu, " \
-    "dvports, lags"
+// The switch's DVPorts, as JSON text; they take the switch's name and id, read before them.
+std::string DVPortsText(const DVSwitchRecord& record) {
+    Json dvports = Json::array();
+    for (const DVPortRecord& port : record.dvports) {
+        dvports.push_back(DVPortToJson(port));
+    }
+    return dvports.dump();
+}
 
-DVSwitchRecord ReadSwitch(const Statement& row) {
-    DVSwitchRecord record;
-    record.name = row.Text(0);
-    record.id = row.Text(1);
-    record.className = row.Text(2);
-    record.ports = static_cast<std::uint32_t>(row.Int(3));
-    record.mtu = static_cast<std::uint32_t>(row.Int(4));
-    record.cdpStatus = static_cast<int>(row.Int(5));
-    record.beaconTimeout = static_cast<int>(row.Int(6));
-    record.zanvexBranded = row.Bool(7);
-    record.opaque = row.Bool(8);
-    record.lacpOnDpu = row.Bool(9);
-    for (const Json& port : Json::parse(row.Text(10))) {
+void SetDVPorts(DVSwitchRecord& record, const std::string& text) {
+    for (const Json& port : Json::parse(text)) {
         DVPortRecord dvport = DVPortFromJson(port);
         dvport.dvsName = record.name;
         dvport.dvsId = record.id;
         record.dvports.push_back(std::move(dvport));
     }
-    for (const Json& lag : Json::parse(row.Text(11))) {
+}
+
+std::string LagsText(const DVSwitchRecord& record) {
+    Json lags = Json::array();
+    for (const Lag& lag : record.lags) {
+        lags.push_back(LagToJson(lag));
+    }
+    return lags.dump();
+}
+
+void SetLags(DVSwitchRecord& record, const std::string& text) {
+    for (const Json& lag : Json::parse(text)) {
         record.lags.push_back(LagFromJson(lag));
     }
+}
+
+// Table dvs, after its position.
+constexpr Column<DVSwitchRecord> kSwitchColumns[] = {
+    {.sql = "name", .member = &DVSwitchRecord::name},
+    {.sql = "id", .member = &DVSwitchRecord::id},
+    {.sql = "class", .member = &DVSwitchRecord::className},
+    {.sql = "ports", .member = &DVSwitchRecord::ports},
+    {.sql = "mtu", .member = &DVSwitchRecord::mtu},
+    {.sql = "cdp_status", .member = &DVSwitchRecord::cdpStatus},
+    {.sql = "beacon_timeout", .member = &DVSwitchRecord::beaconTimeout},
+    {.sql = "branded", .member = &DVSwitchRecord::zanvexBranded},
+    {.sql = "opaque", .member = &DVSwitchRecord::opaque},
+    {.sql = "lacp_on_dpu", .member = &DVSwitchRecord::lacpOnDpu},
+    {.sql = "dvports", .member = TextAccess<DVSwitchRecord>{DVPortsText, SetDVPorts}},
+    {.sql = "lags", .member = TextAccess<DVSwitchRecord>{LagsText, SetLags}},
+};
+
+std::string SelectSwitches(const char* where) {
+    return "SELECT " + ColumnNames(kSwitchColumns) + " FROM dvs " + where;
+}
+
+DVSwitchRecord ReadSwitch(const Statement& row) {
+    DVSwitchRecord record;
+    ReadColumns(row, 0, kSwitchColumns, record);
     return record;
 }
 
@@ -175,8 +207,9 @@ DVPortRecord DVPortFromJson(const Json& json) {
 }
 
 std::vector<DVSwitchRecord> LoadSwitches(Database& database, std::optional<bool> opaque) {
-    auto query = database.Query("SELECT " DVS_COLUMNS
-                                " FROM dvs WHERE ?1 IS NULL OR opaque = ?1 ORDER BY position");
+    static const std::string sql =
+        SelectSwitches("WHERE ?1 IS NULL OR opaque = ?1 ORDER BY position");
+    auto query = database.Query(sql.c_str());
     if (opaque) {
         query.Bind(1, static_cast<std::int64_t>(*opaque));
     } else {
@@ -191,13 +224,15 @@ std::vector<DVSwitchRecord> LoadSwitches(Database& database, std::optional<bool>
 }
 
 std::optional<DVSwitchRecord> LoadSwitch(Database& database, const std::string& name) {
-    auto query = database.Query("SELECT " DVS_COLUMNS " FROM dvs WHERE name = ?1");
+    static const std::string sql = SelectSwitches("WHERE name = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, name);
     return LoadOne(database, query);
 }
 
 std::optional<DVSwitchRecord> LoadSwitchById(Database& database, const std::string& id) {
-    auto query = database.Query("SELECT " DVS_COLUMNS " FROM dvs WHERE id = ?1");
+    static const std::string sql = SelectSwitches("WHERE id = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, id);
     return LoadOne(database, query);
 }
@@ -233,30 +268,12 @@ std::vector<std::string> UplinkNicNames(Database& database) {
 }
 
 void InsertSwitch(Database& database, const DVSwitchRecord& record) {
-    Json dvports = Json::array();
-    for (const DVPortRecord& port : record.dvports) {
-        dvports.push_back(DVPortToJson(port));
-    }
-    Json lags = Json::array();
-    for (const Lag& lag : record.lags) {
-        lags.push_back(LagToJson(lag));
-    }
-    database
-        .Query("INSERT INTO dvs (" DVS_COLUMNS
-               ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)")
-        .Bind(1, record.name)
-        .Bind(2, record.id)
-        .Bind(3, record.className)
-        .Bind(4, static_cast<std::int64_t>(record.ports))
-        .Bind(5, static_cast<std::int64_t>(record.mtu))
-        .Bind(6, static_cast<std::int64_t>(record.cdpStatus))
-        .Bind(7, static_cast<std::int64_t>(record.beaconTimeout))
-        .Bind(8, static_cast<std::int64_t>(record.zanvexBranded))
-        .Bind(9, static_cast<std::int64_t>(record.opaque))
-        .Bind(10, static_cast<std::int64_t>(record.lacpOnDpu))
-        .Bind(11, dvports.dump())
-        .Bind(12, lags.dump())
-        .Run();
+    static const std::string sql = "INSERT INTO dvs (" + ColumnNames(kSwitchColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kSwitchColumns)) +
+                                   ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kSwitchColumns, record);
+    insert.Run();
     for (const auto& [nic, dvport] : record.uplinks) {
         database.Query("INSERT INTO dvs_uplink (dvs, nic, dvport) VALUES (?1, ?2, ?3)")
             .Bind(1, record.name)

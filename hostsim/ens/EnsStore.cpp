@@ -9,26 +9,41 @@ namespace {
 
 Lcore ReadLcore(const Statement& row) {
     Lcore lcore;
-    lcore.id = static_cast<std::uint64_t>(row.Int(0));
-    lcore.switchName = row.IsNull(1) ? kNoSwitch : row.Text(1);
-    lcore.affinity = static_cast<std::int32_t>(row.Int(2));
+    ReadColumns(row, 0, kLcoreColumns, lcore);
+    if (lcore.switchName.empty()) {
+        lcore.switchName = kNoSwitch;
+    }
     return lcore;
+}
+
+std::string SelectLcores(const char* where) {
+    return "SELECT " + ColumnNames(kLcoreColumns) + " FROM ens_lcore " + where;
 }
 
 }  // namespace
 
 Settings LoadSettings(Database& database) {
-    auto query = database.Query("SELECT max_lcores, numa_nodes FROM ens");
+    static const std::string sql = "SELECT " + ColumnNames(kSettingsColumns) + " FROM ens";
+    auto query = database.Query(sql.c_str());
     Settings settings;
     if (query.Step()) {
-        settings.maxLcores = static_cast<std::uint32_t>(query.Int(0));
-        settings.numaNodes = static_cast<std::int32_t>(query.Int(1));
+        ReadColumns(query, 0, kSettingsColumns, settings);
     }
     return settings;
 }
 
+void InsertSettings(Database& database, const Settings& settings) {
+    static const std::string sql = "INSERT INTO ens (" + ColumnNames(kSettingsColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kSettingsColumns)) +
+                                   ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kSettingsColumns, settings);
+    insert.Run();
+}
+
 std::vector<Lcore> LoadLcores(Database& database) {
-    auto query = database.Query("SELECT id, switch, affinity FROM ens_lcore ORDER BY id");
+    static const std::string sql = SelectLcores("ORDER BY id");
+    auto query = database.Query(sql.c_str());
     std::vector<Lcore> lcores;
     while (query.Step()) {
         lcores.push_back(ReadLcore(query));
@@ -40,7 +55,8 @@ std::optional<Lcore> LoadLcore(Database& database, std::uint64_t id) {
     if (id > kMaximumLcoreId) {
         return std::nullopt;
     }
-    auto query = database.Query("SELECT id, switch, affinity FROM ens_lcore WHERE id = ?1");
+    static const std::string sql = SelectLcores("WHERE id = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, static_cast<std::int64_t>(id));
     if (!query.Step()) {
         return std::nullopt;
@@ -49,11 +65,16 @@ std::optional<Lcore> LoadLcore(Database& database, std::uint64_t id) {
 }
 
 void InsertLcore(Database& database, const Lcore& lcore) {
-    database.Query("INSERT INTO ens_lcore (id, switch, affinity) VALUES (?1, ?2, ?3)")
-        .Bind(1, static_cast<std::int64_t>(lcore.id))
-        .BindOptional(2, lcore.switchName == kNoSwitch ? std::string() : lcore.switchName)
-        .Bind(3, static_cast<std::int64_t>(lcore.affinity))
-        .Run();
+    static const std::string sql = "INSERT INTO ens_lcore (" + ColumnNames(kLcoreColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kLcoreColumns)) +
+                                   ")";
+    Lcore stored = lcore;
+    if (stored.switchName == kNoSwitch) {
+        stored.switchName.clear();
+    }
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kLcoreColumns, stored);
+    insert.Run();
 }
 
 bool IsSwitch(Database& database, const std::string& name) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "hostsim/core/Columns.h"
 #include "hostsim/core/Database.h"
 
 namespace HostSim::Ens {
@@ -29,7 +30,25 @@ struct Lcore {
     std::int32_t affinity = -1;
 };
 
+// Table ens, its one row. A profile's maximum is read apart: the host caps it.
+inline constexpr Column<Settings> kSettingsColumns[] = {
+    {.sql = "max_lcores", .member = &Settings::maxLcores},
+    {.sql = "numa_nodes", .member = &Settings::numaNodes, .json = "numaNodes", .fallback = 2},
+};
+
+// Table ens_lcore, after its position. A context that serves no switch has NULL there.
+inline constexpr Column<Lcore> kLcoreColumns[] = {
+    {.sql = "id", .member = &Lcore::id, .json = "id", .required = true},
+    {.sql = "switch",
+     .member = &Lcore::switchName,
+     .json = "switch",
+     .fallbackText = kNoSwitch,
+     .nullWhenEmpty = true},
+    {.sql = "affinity", .member = &Lcore::affinity, .json = "affinity", .fallback = -1},
+};
+
 Settings LoadSettings(Database& database);
+void InsertSettings(Database& database, const Settings& settings);
 std::vector<Lcore> LoadLcores(Database& database);
 std::optional<Lcore> LoadLcore(Database& database, std::uint64_t id);
 void InsertLcore(Database& database, const Lcore& lcore);

@@ -38,7 +38,7 @@ constexpr const char* kDefaultSection = R"json({
 void ImportEns(Database& database, const Json& section, const Scale& scale) {
     Ens::Settings settings;
     const std::uint64_t maxLcores = section.value("maxLcores", 0u);
-    settings.numaNodes = section.value("numaNodes", 2);
+    ColumnsFromJson(Ens::kSettingsColumns, section, settings);
     if (settings.numaNodes < 1 || settings.numaNodes > 64) {
         throw HostCtlException("The host's NUMA nodes " + std::to_string(settings.numaNodes) +
                                " are out of range (1-64)");
@@ -47,9 +47,7 @@ void ImportEns(Database& database, const Json& section, const Scale& scale) {
     std::uint64_t stride = 1;
     for (const Json& json : ArrayMember(section, "lcores")) {
         Ens::Lcore lcore;
-        lcore.id = json.at("id").get<std::uint64_t>();
-        lcore.switchName = json.value("switch", Ens::kNoSwitch);
-        lcore.affinity = json.value("affinity", -1);
+        ColumnsFromJson(Ens::kLcoreColumns, json, lcore);
         if (lcore.affinity < -1 || lcore.affinity >= settings.numaNodes) {
             throw HostCtlException("ENS context " + std::to_string(lcore.id) + " has affinity " +
                                    std::to_string(lcore.affinity) + ", but the host has " +
@@ -71,10 +69,7 @@ void ImportEns(Database& database, const Json& section, const Scale& scale) {
     // the highest context id get none.
     settings.maxLcores = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(maxLcores * scale.Copies(), Ens::kMaximumLcores));
-    database.Query("INSERT INTO ens (max_lcores, numa_nodes) VALUES (?1, ?2)")
-        .Bind(1, static_cast<std::int64_t>(settings.maxLcores))
-        .Bind(2, static_cast<std::int64_t>(settings.numaNodes))
-        .Run();
+    Ens::InsertSettings(database, settings);
     std::set<std::uint64_t> ids;
     for (unsigned copy = 0; copy < scale.Copies(); ++copy) {
         const std::uint64_t highest = copy * stride + stride - 1;
@@ -103,14 +98,13 @@ void ImportEns(Database& database, const Json& section, const Scale& scale) {
 
 Json ExportEns(Database& database) {
     const Ens::Settings settings = Ens::LoadSettings(database);
-    Json lcores = Json::array();
+    Json section = {{"maxLcores", settings.maxLcores}};
+    ColumnsToJson(Ens::kSettingsColumns, settings, section);
+    Json& lcores = section["lcores"] = Json::array();
     for (const Ens::Lcore& lcore : Ens::LoadLcores(database)) {
-        lcores.push_back(
-            {{"id", lcore.id}, {"switch", lcore.switchName}, {"affinity", lcore.affinity}});
+        ColumnsToJson(Ens::kLcoreColumns, lcore, lcores.emplace_back(Json::object()));
     }
-    return {{"maxLcores", settings.maxLcores},
-            {"numaNodes", settings.numaNodes},
-            {"lcores", std::move(lcores)}};
+    return section;
 }
 
 }  // namespace

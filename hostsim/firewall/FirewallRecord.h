@@ -10,6 +10,20 @@
 
 namespace HostSim::Firewall {
 
+// A kernel module the host has loaded.
+struct ModuleRecord {
+    std::string name;
+    std::string options;
+    bool persistent = false;
+    std::int32_t users = 0;
+};
+
+// Whether the firewall filters, and what it does with what no ruleset accepts (true is PASS).
+struct StateRecord {
+    bool enabled = true;
+    bool pass = false;
+};
+
 // What the firewall keeps of a ruleset besides its rules and addresses.
 struct RulesetRecord {
     bool enabled = false;

@@ -78,6 +78,75 @@ AllowedAddress ParseAllowedAddress(const std::string& text) {
     throw HostCtlException(InvalidAddress(text));
 }
 
+Json DefaultActionToJson(std::int64_t pass) {
+    return pass != 0 ? "PASS" : "DROP";
+}
+
+std::int64_t DefaultActionFromJson(const Json& word) {
+    const auto action = word.get<std::string>();
+    if (action != "PASS" && action != "DROP") {
+        throw HostCtlException("The firewall's \"defaultAction\" is \"PASS\" or \"DROP\", not \"" +
+                               action + "\"");
+    }
+    return action == "PASS" ? 1 : 0;
+}
+
+namespace {
+
+// Words of a rule's fields in a profile, for the values 0 and 1 of the host's record.
+struct RuleWords {
+    const char* key;
+    const char* zero;
+    const char* one;
+};
+constexpr RuleWords kPortWords = {"port", "src", "dst"};
+constexpr RuleWords kDirectionRuleWords = {"direction", "inbound", "outbound"};
+constexpr RuleWords kProtocolRuleWords = {"protocol", "tcp", "udp"};
+
+template <const RuleWords& words>
+Json RuleWordToJson(std::int64_t value) {
+    return value == 0 ? words.zero : words.one;
+}
+
+template <const RuleWords& words>
+std::int64_t RuleWordFromJson(const Json& value) {
+    const auto word = value.get<std::string>();
+    if (word == words.zero || word == words.one) {
+        return word == words.one ? 1 : 0;
+    }
+    throw HostCtlException(std::string("A rule's \"") + words.key + "\" is \"" + words.zero +
+                           "\" or \"" + words.one + "\", not \"" + word + "\"");
+}
+
+template <const RuleWords& words>
+constexpr ColumnWords kRuleWords = {RuleWordToJson<words>, RuleWordFromJson<words>};
+
+}  // namespace
+
+const ColumnWords kPortTypeWords = kRuleWords<kPortWords>;
+const ColumnWords kDirectionWords = kRuleWords<kDirectionRuleWords>;
+const ColumnWords kProtocolWords = kRuleWords<kProtocolRuleWords>;
+
+std::vector<ModuleRecord> ReadModules(Database& database) {
+    static const std::string sql =
+        "SELECT " + ColumnNames(kModuleColumns) + " FROM kernel_module ORDER BY name";
+    std::vector<ModuleRecord> modules;
+    auto row = database.Query(sql.c_str());
+    while (row.Step()) {
+        ReadColumns(row, 0, kModuleColumns, modules.emplace_back());
+    }
+    return modules;
+}
+
+void InsertModule(Database& database, const ModuleRecord& module) {
+    static const std::string sql = "INSERT INTO kernel_module (" + ColumnNames(kModuleColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kModuleColumns)) +
+                                   ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kModuleColumns, module);
+    insert.Run();
+}
+
 bool IsModuleLoaded(Database& database, const std::string& name) {
     return database.Query("SELECT 1 FROM kernel_module WHERE name = ?1").Bind(1, name).Step();
 }
@@ -96,76 +165,108 @@ void SetFirewallModuleUsers(Database& database, std::int64_t users) {
         .Run();
 }
 
+std::optional<StateRecord> ReadState(Database& database) {
+    static const std::string sql = "SELECT " + ColumnNames(kStateColumns) + " FROM firewall_state";
+    auto row = database.Query(sql.c_str());
+    if (!row.Step()) {
+        return std::nullopt;
+    }
+    StateRecord state;
+    ReadColumns(row, 0, kStateColumns, state);
+    return state;
+}
+
+void WriteState(Database& database, const StateRecord& state) {
+    static const std::string sql = "INSERT OR REPLACE INTO firewall_state (id, " +
+                                   ColumnNames(kStateColumns) + ") VALUES (1, " +
+                                   ColumnParameters(1, std::size(kStateColumns)) + ")";
+    auto write = database.Query(sql.c_str());
+    BindColumns(write, 1, kStateColumns, state);
+    write.Run();
+}
+
 std::string NoSuchRuleset(const std::string& id) {
     return "There is no firewall ruleset with id " + id;
 }
 
-namespace {
-RulesetRecord RulesetFromRow(const Statement& row, int first) {
-    return {row.Bool(first), row.Bool(first + 1), row.Bool(first + 2), row.Bool(first + 3),
-            static_cast<std::int32_t>(row.Int(first + 4))};
-}
-}  // namespace
-
 std::optional<RulesetRecord> ReadRuleset(Database& database, const std::string& id) {
-    auto row = database.Query(
-        "SELECT enabled, allowed_all, enabled_fixed, allowed_ip_fixed, clients"
-        " FROM firewall_ruleset WHERE id = ?1");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kRulesetColumns) + " FROM firewall_ruleset WHERE id = ?1";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, id);
     if (!row.Step()) {
         return std::nullopt;
     }
-    return RulesetFromRow(row, 0);
+    RulesetRecord record;
+    ReadColumns(row, 0, kRulesetColumns, record);
+    return record;
 }
 
 std::vector<NamedRuleset> ReadRulesets(Database& database) {
+    static const std::string sql =
+        "SELECT id, " + ColumnNames(kRulesetColumns) + " FROM firewall_ruleset ORDER BY position";
     std::vector<NamedRuleset> rulesets;
-    auto row = database.Query(
-        "SELECT id, enabled, allowed_all, enabled_fixed, allowed_ip_fixed, clients"
-        " FROM firewall_ruleset ORDER BY position");
+    auto row = database.Query(sql.c_str());
     while (row.Step()) {
-        rulesets.push_back({row.Text(0), RulesetFromRow(row, 1)});
+        auto& ruleset = rulesets.emplace_back(NamedRuleset{row.Text(0), {}});
+        ReadColumns(row, 1, kRulesetColumns, ruleset.record);
     }
     return rulesets;
 }
 
 void WriteRuleset(Database& database, const std::string& id, const RulesetRecord& record) {
-    database
-        .Query(
-            "UPDATE firewall_ruleset SET enabled = ?2, allowed_all = ?3, enabled_fixed = ?4,"
-            " allowed_ip_fixed = ?5, clients = ?6 WHERE id = ?1")
-        .Bind(1, id)
-        .Bind(2, record.enabled)
-        .Bind(3, record.allowedAll)
-        .Bind(4, record.enabledFixed)
-        .Bind(5, record.allowedIpFixed)
-        .Bind(6, record.clients)
-        .Run();
+    static const std::string sql =
+        "UPDATE firewall_ruleset SET " + ColumnAssignments(kRulesetColumns, 2) + " WHERE id = ?1";
+    auto update = database.Query(sql.c_str());
+    update.Bind(1, id);
+    BindColumns(update, 2, kRulesetColumns, record);
+    update.Run();
+}
+
+void InsertRuleset(Database& database, std::int64_t position, const Ruleset& ruleset) {
+    static const std::string rulesetSql = "INSERT INTO firewall_ruleset (position, id, " +
+                                          ColumnNames(kRulesetColumns) + ") VALUES (?1, ?2, " +
+                                          ColumnParameters(3, std::size(kRulesetColumns)) + ")";
+    static const std::string ruleSql = "INSERT INTO firewall_rule (ruleset, position, " +
+                                       ColumnNames(kRuleColumns) + ") VALUES (?1, ?2, " +
+                                       ColumnParameters(3, std::size(kRuleColumns)) + ")";
+    auto insert = database.Query(rulesetSql.c_str());
+    insert.Bind(1, position).Bind(2, ruleset.id);
+    BindColumns(insert, 3, kRulesetColumns, ruleset.record);
+    insert.Run();
+    std::int64_t rulePosition = 0;
+    for (const auto& rule : ruleset.rules) {
+        auto insertRule = database.Query(ruleSql.c_str());
+        insertRule.Bind(1, ruleset.id).Bind(2, rulePosition++);
+        BindColumns(insertRule, 3, kRuleColumns, rule);
+        insertRule.Run();
+    }
+    for (const AllowedAddress& address : ruleset.addresses) {
+        InsertAllowedAddress(database, ruleset.id, address);
+    }
 }
 
 std::vector<HostCtl::System::FirewallPortRule> ReadRules(Database& database,
                                                          const std::string& id) {
+    static const std::string sql = "SELECT " + ColumnNames(kRuleColumns) +
+                                   " FROM firewall_rule WHERE ruleset = ?1 ORDER BY position";
     std::vector<HostCtl::System::FirewallPortRule> rules;
-    auto row = database.Query(
-        "SELECT label, port_type, port_begin, port_end, direction, protocol"
-        " FROM firewall_rule WHERE ruleset = ?1 ORDER BY position");
+    auto row = database.Query(sql.c_str());
     row.Bind(1, id);
     while (row.Step()) {
-        rules.push_back(
-            {row.Text(0), static_cast<std::int32_t>(row.Int(1)),
-             static_cast<std::int32_t>(row.Int(2)), static_cast<std::int32_t>(row.Int(3)),
-             static_cast<std::int32_t>(row.Int(4)), static_cast<std::int32_t>(row.Int(5))});
+        ReadColumns(row, 0, kRuleColumns, rules.emplace_back());
     }
     return rules;
 }
 
 std::vector<AllowedAddress> ReadAllowedAddresses(Database& database, const std::string& id) {
+    static const std::string sql = "SELECT " + ColumnNames(kAllowedAddressColumns) +
+                                   " FROM firewall_allowed_ip WHERE ruleset = ?1 ORDER BY position";
     std::vector<AllowedAddress> addresses;
-    auto row = database.Query(
-        "SELECT kind, address FROM firewall_allowed_ip WHERE ruleset = ?1 ORDER BY position");
+    auto row = database.Query(sql.c_str());
     row.Bind(1, id);
     while (row.Step()) {
-        addresses.push_back({static_cast<AddressKind>(row.Int(0)), row.Text(1)});
+        ReadColumns(row, 0, kAllowedAddressColumns, addresses.emplace_back());
     }
     return addresses;
 }
@@ -184,10 +285,13 @@ std::string NotAllowed(const std::string& id, const AllowedAddress& address) {
 
 void InsertAllowedAddress(Database& database, const std::string& id,
                           const AllowedAddress& address) {
-    auto insert = database.Query(
-        "INSERT INTO firewall_allowed_ip (ruleset, kind, address) VALUES (?1, ?2, ?3)"
-        " ON CONFLICT DO NOTHING");
-    insert.Bind(1, id).Bind(2, static_cast<std::int64_t>(address.kind)).Bind(3, address.text);
+    static const std::string sql = "INSERT INTO firewall_allowed_ip (ruleset, " +
+                                   ColumnNames(kAllowedAddressColumns) + ") VALUES (?1, " +
+                                   ColumnParameters(2, std::size(kAllowedAddressColumns)) +
+                                   ") ON CONFLICT DO NOTHING";
+    auto insert = database.Query(sql.c_str());
+    insert.Bind(1, id);
+    BindColumns(insert, 2, kAllowedAddressColumns, address);
     insert.Run();
     if (database.Changes() == 0) {
         throw HostCtlException(AlreadyAllowed(id, address));

@@ -14,18 +14,11 @@ namespace KelmCtl::System {
 
 namespace {
 
-// A fresh firewall, as an empty host has it until it is set.
-constexpr bool kEnabledByDefault = true;
-constexpr bool kPassByDefault = false;
-
-struct FirewallState {
-    bool enabled = kEnabledByDefault;
-    bool pass = kPassByDefault;
-};
+// A fresh firewall is as an empty host has it until it is set.
+using FirewallState = HostSim::Firewall::StateRecord;
 
 FirewallState ReadState(HostSim::Database& database) {
-    auto row = database.Query("SELECT enabled, default_pass FROM firewall_state");
-    return row.Step() ? FirewallState{row.Bool(0), row.Bool(1)} : FirewallState{};
+    return HostSim::Firewall::ReadState(database).value_or(FirewallState{});
 }
 
 // Reads the state of the loaded firewall.
@@ -65,13 +58,7 @@ void WriteState(const char* operation, void (*change)(FirewallState&, bool), boo
     ChangeLoadedFirewall(operation, [&](HostSim::Database& database) {
         FirewallState state = ReadState(database);
         change(state, value);
-        database
-            .Query(
-                "INSERT OR REPLACE INTO firewall_state (id, enabled, default_pass)"
-                " VALUES (1, ?1, ?2)")
-            .Bind(1, state.enabled)
-            .Bind(2, state.pass)
-            .Run();
+        HostSim::Firewall::WriteState(database, state);
     });
 }
 

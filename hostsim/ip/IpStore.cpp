@@ -93,121 +93,82 @@ bool IsContiguousNetmask(std::uint32_t netmask) {
     return netmask != 0 && std::countl_one(netmask) + std::countr_zero(netmask) == 32;
 }
 
-#define NETSTACK_COLUMNS                                                                   \
-    "key, name, up, max_connections, congestion_control, ipv6, ecn, workers, current_max_" \
-    "connections, current_ipv6"
-
-NetstackRecord ReadNetstack(const Statement& row) {
-    NetstackRecord record;
-    record.key = row.Text(0);
-    record.name = row.Text(1);
-    record.up = row.Bool(2);
-    record.maxConnections = static_cast<unsigned>(row.Int(3));
-    record.congestionControl = row.Text(4);
-    record.ipv6 = row.Bool(5);
-    record.ecn = row.Text(6);
-    record.workers = static_cast<unsigned>(row.Int(7));
-    record.currentMaxConnections = static_cast<unsigned>(row.Int(8));
-    record.currentIpv6 = row.Bool(9);
-    return record;
-}
-
-void BindNetstack(Statement& statement, const NetstackRecord& record) {
-    statement.Bind(1, record.key)
-        .Bind(2, record.name)
-        .Bind(3, static_cast<std::int64_t>(record.up))
-        .Bind(4, static_cast<std::int64_t>(record.maxConnections))
-        .Bind(5, record.congestionControl)
-        .Bind(6, static_cast<std::int64_t>(record.ipv6))
-        .Bind(7, record.ecn)
-        .Bind(8, static_cast<std::int64_t>(record.workers))
-        .Bind(9, static_cast<std::int64_t>(record.currentMaxConnections))
-        .Bind(10, static_cast<std::int64_t>(record.currentIpv6));
-}
-
-#define KELMNIC_COLUMNS                                                                      \
-    "name, netstack, system, mac, mtu, tso_mss, rx_queues, enabled, port_id, cp_type, "      \
-    "portset, portgroup, dvs_id, dvport, connection_id, opaque, tags, net_dump, ip_config, " \
-    "configured_ip_config"
-
 constexpr int kNetDumper = 1;
 constexpr int kIpv6ReadyPrimary = 2;
 constexpr int kIpv6ReadySecondary = 4;
 
-KelmNicRecord ReadKelmNic(const Statement& row) {
-    KelmNicRecord record;
-    record.name = row.Text(0);
-    record.netstack = row.Text(1);
-    record.system = row.Bool(2);
-    record.mac = row.Text(3);
-    record.mtu = static_cast<std::uint32_t>(row.Int(4));
-    record.tsoMss = static_cast<std::uint32_t>(row.Int(5));
-    record.rxQueues = static_cast<std::uint32_t>(row.Int(6));
-    record.enabled = row.Bool(7);
-    record.portId = static_cast<std::uint32_t>(row.Int(8));
-    record.connectionType = static_cast<int>(row.Int(9));
-    record.portset = row.Text(10);
-    record.portGroup = row.Text(11);
-    record.dvsId = row.Text(12);
-    record.dvPort = row.Text(13);
-    record.connectionId = static_cast<std::uint32_t>(row.Int(14));
-    if (!row.IsNull(15)) {
-        const Json opaque = Json::parse(row.Text(15));
+// The opaque network of a connection to one, as JSON text; empty for other connections.
+std::string OpaqueText(const KelmNicRecord& record) {
+    if (record.connectionType != HostCtl::Network::ConnectionPoint::kOpaqueNetwork) {
+        return {};
+    }
+    return Json{{"id", record.opaque.opaqueNetworkId},
+                {"type", record.opaque.opaqueNetworkType},
+                {"externalId", record.opaque.externalId}}
+        .dump();
+}
+
+void SetOpaque(KelmNicRecord& record, const std::string& text) {
+    if (!text.empty()) {
+        const Json opaque = Json::parse(text);
         record.opaque = {opaque.value("id", ""), opaque.value("type", ""),
                          opaque.value("externalId", "")};
     }
-    const std::string tags = row.Text(16);
+}
+
+// The tags as their numbers, separated by commas.
+std::string TagsText(const KelmNicRecord& record) {
+    std::string tags;
+    for (int tag : record.tags) {
+        tags += (tags.empty() ? "" : ",") + std::to_string(tag);
+    }
+    return tags;
+}
+
+void SetTags(KelmNicRecord& record, const std::string& tags) {
     for (std::size_t start = 0; start < tags.size();) {
         std::size_t end = std::min(tags.find(',', start), tags.size());
         record.tags.push_back(std::stoi(tags.substr(start, end - start)));
         start = end + 1;
     }
-    const int netDump = static_cast<int>(row.Int(17));
-    record.netDumper = (netDump & kNetDumper) != 0;
-    record.ipv6ReadyPrimary = (netDump & kIpv6ReadyPrimary) != 0;
-    record.ipv6ReadySecondary = (netDump & kIpv6ReadySecondary) != 0;
-    record.ipConfig = row.Text(18);
-    record.configuredIpConfig = row.Text(19);
-    return record;
 }
 
-void BindKelmNic(Statement& statement, const KelmNicRecord& record) {
-    std::string tags;
-    for (int tag : record.tags) {
-        tags += (tags.empty() ? "" : ",") + std::to_string(tag);
-    }
-    const bool hasOpaque =
-        record.connectionType == HostCtl::Network::ConnectionPoint::kOpaqueNetwork;
-    statement.Bind(1, record.name)
-        .Bind(2, record.netstack)
-        .Bind(3, static_cast<std::int64_t>(record.system))
-        .Bind(4, record.mac)
-        .Bind(5, static_cast<std::int64_t>(record.mtu))
-        .Bind(6, static_cast<std::int64_t>(record.tsoMss))
-        .Bind(7, static_cast<std::int64_t>(record.rxQueues))
-        .Bind(8, static_cast<std::int64_t>(record.enabled))
-        .Bind(9, static_cast<std::int64_t>(record.portId))
-        .Bind(10, static_cast<std::int64_t>(record.connectionType))
-        .Bind(11, record.portset)
-        .Bind(12, record.portGroup)
-        .Bind(13, record.dvsId)
-        .Bind(14, record.dvPort)
-        .Bind(15, static_cast<std::int64_t>(record.connectionId))
-        .Bind(17, tags)
-        .Bind(18, static_cast<std::int64_t>((record.netDumper ? kNetDumper : 0) |
-                                            (record.ipv6ReadyPrimary ? kIpv6ReadyPrimary : 0) |
-                                            (record.ipv6ReadySecondary ? kIpv6ReadySecondary : 0)))
-        .Bind(19, record.ipConfig)
-        .Bind(20, record.configuredIpConfig);
-    if (hasOpaque) {
-        statement.Bind(16, Json{{"id", record.opaque.opaqueNetworkId},
-                                {"type", record.opaque.opaqueNetworkType},
-                                {"externalId", record.opaque.externalId}}
-                               .dump());
-    } else {
-        statement.BindNull(16);
-    }
+std::int64_t NetDumpFlags(const KelmNicRecord& record) {
+    return (record.netDumper ? kNetDumper : 0) | (record.ipv6ReadyPrimary ? kIpv6ReadyPrimary : 0) |
+           (record.ipv6ReadySecondary ? kIpv6ReadySecondary : 0);
 }
+
+void SetNetDumpFlags(KelmNicRecord& record, std::int64_t flags) {
+    record.netDumper = (flags & kNetDumper) != 0;
+    record.ipv6ReadyPrimary = (flags & kIpv6ReadyPrimary) != 0;
+    record.ipv6ReadySecondary = (flags & kIpv6ReadySecondary) != 0;
+}
+
+// Table kelmnic, after its position. The profile's form of an interface is its subject's.
+constexpr Column<KelmNicRecord> kKelmNicColumns[] = {
+    {.sql = "name", .member = &KelmNicRecord::name},
+    {.sql = "netstack", .member = &KelmNicRecord::netstack},
+    {.sql = "system", .member = &KelmNicRecord::system},
+    {.sql = "mac", .member = &KelmNicRecord::mac},
+    {.sql = "mtu", .member = &KelmNicRecord::mtu},
+    {.sql = "tso_mss", .member = &KelmNicRecord::tsoMss},
+    {.sql = "rx_queues", .member = &KelmNicRecord::rxQueues},
+    {.sql = "enabled", .member = &KelmNicRecord::enabled},
+    {.sql = "port_id", .member = &KelmNicRecord::portId},
+    {.sql = "cp_type", .member = &KelmNicRecord::connectionType},
+    {.sql = "portset", .member = &KelmNicRecord::portset},
+    {.sql = "portgroup", .member = &KelmNicRecord::portGroup},
+    {.sql = "dvs_id", .member = &KelmNicRecord::dvsId},
+    {.sql = "dvport", .member = &KelmNicRecord::dvPort},
+    {.sql = "connection_id", .member = &KelmNicRecord::connectionId},
+    {.sql = "opaque",
+     .member = TextAccess<KelmNicRecord>{OpaqueText, SetOpaque},
+     .nullWhenEmpty = true},
+    {.sql = "tags", .member = TextAccess<KelmNicRecord>{TagsText, SetTags}},
+    {.sql = "net_dump", .member = NumberAccess<KelmNicRecord>{NetDumpFlags, SetNetDumpFlags}},
+    {.sql = "ip_config", .member = &KelmNicRecord::ipConfig},
+    {.sql = "configured_ip_config", .member = &KelmNicRecord::configuredIpConfig},
+};
 
 std::vector<std::string> PortGroupUsers(Database& database, const std::string& portGroup) {
     auto query = database.Query("SELECT users FROM vswitch_portgroup WHERE name = ?1");
@@ -382,45 +343,55 @@ void RefuseIpv4AddressInUse(const Ipv4Address& address, const std::string& user,
 }
 
 std::vector<NetstackRecord> LoadNetstacks(Database& database) {
+    static const std::string sql =
+        "SELECT " + ColumnNames(kNetstackColumns) + " FROM netstack ORDER BY position";
     std::vector<NetstackRecord> records;
-    auto query = database.Query("SELECT " NETSTACK_COLUMNS " FROM netstack ORDER BY position");
+    auto query = database.Query(sql.c_str());
     while (query.Step()) {
-        records.push_back(ReadNetstack(query));
+        ReadColumns(query, 0, kNetstackColumns, records.emplace_back());
     }
     return records;
 }
 
 std::optional<NetstackRecord> LoadNetstack(Database& database, const std::string& key) {
-    auto query = database.Query("SELECT " NETSTACK_COLUMNS " FROM netstack WHERE key = ?1");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kNetstackColumns) + " FROM netstack WHERE key = ?1";
+    auto query = database.Query(sql.c_str());
     query.Bind(1, key);
     if (!query.Step()) {
         return std::nullopt;
     }
-    return ReadNetstack(query);
+    NetstackRecord record;
+    ReadColumns(query, 0, kNetstackColumns, record);
+    return record;
 }
 
 void InsertNetstack(Database& database, const NetstackRecord& record) {
-    auto statement = database.Query("INSERT INTO netstack (" NETSTACK_COLUMNS
-                                    ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)");
-    BindNetstack(statement, record);
+    static const std::string sql = "INSERT INTO netstack (" + ColumnNames(kNetstackColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kNetstackColumns)) +
+                                   ")";
+    auto statement = database.Query(sql.c_str());
+    BindColumns(statement, 1, kNetstackColumns, record);
     statement.Run();
 }
 
+// The key is the first column, and stays.
 void UpdateNetstack(Database& database, const NetstackRecord& record) {
-    auto statement = database.Query(
-        "UPDATE netstack SET name = ?2, up = ?3, max_connections = ?4, congestion_control = ?5,"
-        " ipv6 = ?6, ecn = ?7, workers = ?8, current_max_connections = ?9, current_ipv6 = ?10"
-        " WHERE key = ?1");
-    BindNetstack(statement, record);
+    static const std::string sql = "UPDATE netstack SET " +
+                                   ColumnAssignments(std::span(kNetstackColumns).subspan(1), 2) +
+                                   " WHERE key = ?1";
+    auto statement = database.Query(sql.c_str());
+    BindColumns(statement, 1, kNetstackColumns, record);
     statement.Run();
 }
 
 std::vector<KelmNicRecord> LoadKelmNics(Database& database, const KelmNicFilter& filter) {
     std::vector<KelmNicRecord> records;
-    auto query = database.Query("SELECT " KELMNIC_COLUMNS
-                                " FROM kelmnic WHERE (?1 IS NULL OR system = ?1) AND (?2 IS NULL"
-                                " OR netstack = ?2) AND (?3 IS NULL OR name = ?3)"
-                                " ORDER BY position");
+    static const std::string sql = "SELECT " + ColumnNames(kKelmNicColumns) +
+                                   " FROM kelmnic WHERE (?1 IS NULL OR system = ?1) AND (?2 IS"
+                                   " NULL OR netstack = ?2) AND (?3 IS NULL OR name = ?3)"
+                                   " ORDER BY position";
+    auto query = database.Query(sql.c_str());
     if (filter.system) {
         query.Bind(1, static_cast<std::int64_t>(*filter.system));
     }
@@ -431,7 +402,7 @@ std::vector<KelmNicRecord> LoadKelmNics(Database& database, const KelmNicFilter&
         query.Bind(3, *filter.name);
     }
     while (query.Step()) {
-        records.push_back(ReadKelmNic(query));
+        ReadColumns(query, 0, kKelmNicColumns, records.emplace_back());
     }
     return records;
 }
@@ -445,22 +416,21 @@ std::optional<KelmNicRecord> LoadKelmNic(Database& database, const std::string& 
 }
 
 void InsertKelmNic(Database& database, const KelmNicRecord& record) {
-    auto statement = database.Query(
-        "INSERT INTO kelmnic (" KELMNIC_COLUMNS
-        ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17,"
-        " ?18, ?19, ?20)");
-    BindKelmNic(statement, record);
+    static const std::string sql = "INSERT INTO kelmnic (" + ColumnNames(kKelmNicColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kKelmNicColumns)) +
+                                   ")";
+    auto statement = database.Query(sql.c_str());
+    BindColumns(statement, 1, kKelmNicColumns, record);
     statement.Run();
 }
 
 void UpdateKelmNic(Database& database, const KelmNicRecord& record) {
-    auto statement = database.Query(
-        "UPDATE kelmnic SET netstack = ?2, system = ?3, mac = ?4, mtu = ?5, tso_mss = ?6,"
-        " rx_queues = ?7, enabled = ?8, port_id = ?9, cp_type = ?10, portset = ?11,"
-        " portgroup = ?12, dvs_id = ?13, dvport = ?14, connection_id = ?15, opaque = ?16,"
-        " tags = ?17, net_dump = ?18, ip_config = ?19, configured_ip_config = ?20"
-        " WHERE name = ?1");
-    BindKelmNic(statement, record);
+    // The name is the first column, and stays.
+    static const std::string sql = "UPDATE kelmnic SET " +
+                                   ColumnAssignments(std::span(kKelmNicColumns).subspan(1), 2) +
+                                   " WHERE name = ?1";
+    auto statement = database.Query(sql.c_str());
+    BindColumns(statement, 1, kKelmNicColumns, record);
     statement.Run();
 }
 

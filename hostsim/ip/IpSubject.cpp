@@ -51,14 +51,10 @@ constexpr const char* kKelmNicTables[] = {"kelmnic"};
 
 NetstackRecord NetstackFromJson(const Json& json) {
     NetstackRecord record;
-    record.key = json.at("key").get<std::string>();
-    record.name = json.value("name", record.key);
-    record.up = json.value("enabled", true);
-    record.maxConnections = json.value("maxConnections", 11000u);
-    record.congestionControl = json.value("congestionControl", "newreno");
-    record.ipv6 = json.value("ipv6", true);
-    record.ecn = json.value("ecn", "enabled");
-    record.workers = json.value("workers", 2u);
+    ColumnsFromJson(Ip::kNetstackColumns, json, record);
+    if (!json.contains("name")) {
+        record.name = record.key;
+    }
     record.currentMaxConnections =
         record.up ? json.value("currentMaxConnections", record.maxConnections) : 0;
     record.currentIpv6 = record.up && json.value("currentIpv6", record.ipv6);
@@ -71,14 +67,8 @@ NetstackRecord NetstackFromJson(const Json& json) {
 }
 
 Json NetstackToJson(const NetstackRecord& record) {
-    Json json = {{"key", record.key},
-                 {"name", record.name},
-                 {"enabled", record.up},
-                 {"maxConnections", record.maxConnections},
-                 {"congestionControl", record.congestionControl},
-                 {"ipv6", record.ipv6},
-                 {"ecn", record.ecn},
-                 {"workers", record.workers}};
+    Json json = Json::object();
+    ColumnsToJson(Ip::kNetstackColumns, record, json);
     if (record.up) {
         json["currentMaxConnections"] = record.currentMaxConnections;
         json["currentIpv6"] = record.currentIpv6;

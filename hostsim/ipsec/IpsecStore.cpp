@@ -60,10 +60,9 @@ std::vector<std::string> ReadDetails(Database& database, std::int64_t kind) {
 void WriteDetails(Database& database, std::int64_t kind, const std::vector<Json>& records) {
     database.Query("DELETE FROM ipsec WHERE kind = ?1").Bind(1, kind).Run();
     for (const Json& record : records) {
-        database.Query("INSERT INTO ipsec (kind, name, detail) VALUES (?1, ?2, ?3)")
+        database.Query("INSERT INTO ipsec (kind, detail) VALUES (?1, ?2)")
             .Bind(1, kind)
-            .Bind(2, record.at("name").get<std::string>())
-            .Bind(3, record.dump())
+            .Bind(2, record.dump())
             .Run();
     }
 }

@@ -19,6 +19,8 @@ constexpr const char* kSchemaSteps[] = {
     "CREATE TABLE ipsec ("
     " position INTEGER PRIMARY KEY, kind INTEGER NOT NULL, name TEXT NOT NULL,"
     " detail TEXT NOT NULL);",
+    // The name is read from the detail alone.
+    "ALTER TABLE ipsec DROP COLUMN name;",
 };
 
 constexpr const char* kTables[] = {"ipsec"};

@@ -9,35 +9,6 @@ using HostCtl::Network::WakeOnMode;
 
 namespace {
 
-#define NIC_COLUMNS                                                                     \
-    "name, pci_address, pci_vendor, pci_device, descriptor, descriptor_error, driver, " \
-    "admin_up, cable_connected, speed, duplex, mac, mtu, dpu_id, link_info, pause, "    \
-    "driver_version, firmware_version, bus_info"
-
-Record ReadRecord(const Statement& row) {
-    Record record;
-    record.name = row.Text(0);
-    record.pciAddress = row.Text(1);
-    record.pciVendor = row.Text(2);
-    record.pciDevice = row.Text(3);
-    record.descriptor = row.Text(4);
-    record.descriptorError = row.Text(5);
-    record.driver = row.Text(6);
-    record.adminUp = row.Bool(7);
-    record.cableConnected = row.Bool(8);
-    record.speed = static_cast<std::uint32_t>(row.Int(9));
-    record.duplex = static_cast<std::uint32_t>(row.Int(10));
-    record.mac = row.Text(11);
-    record.mtu = static_cast<std::uint32_t>(row.Int(12));
-    record.dpuId = row.Text(13);
-    record.linkInfo = row.Text(14);
-    record.pause = row.Text(15);
-    record.driverVersion = row.Text(16);
-    record.firmwareVersion = row.Text(17);
-    record.busInfo = row.Text(18);
-    return record;
-}
-
 // A flag of a record reads and writes as a JSON bool.
 void ReadFlag(const Json& json, const char* key, std::uint8_t& flag) {
     flag = json.value(key, false) ? 1 : 0;
@@ -84,48 +55,49 @@ Json WakeOnToJson(const std::vector<WakeOnMode>& modes) {
 
 }  // namespace
 
+const ColumnDocument kLinkInfoDocument = {
+    [](const std::string& text) { return Json::parse(text); },
+    [](const Json* value) {
+        return LinkInfoToJson(LinkInfoFromJson(value != nullptr ? *value : Json::object())).dump();
+    },
+};
+
+const ColumnDocument kPauseDocument = {
+    [](const std::string& text) { return Json::parse(text); },
+    [](const Json* value) {
+        return PauseToJson(PauseFromJson(value != nullptr ? *value : Json::object())).dump();
+    },
+};
+
 std::vector<std::unique_ptr<Record>> LoadAll(Database& database) {
+    static const std::string sql =
+        "SELECT " + ColumnNames(kColumns) + " FROM nic ORDER BY position";
     std::vector<std::unique_ptr<Record>> records;
-    auto query = database.Query("SELECT " NIC_COLUMNS " FROM nic ORDER BY position");
+    auto query = database.Query(sql.c_str());
     while (query.Step()) {
-        records.push_back(std::make_unique<Record>(ReadRecord(query)));
+        ReadColumns(query, 0, kColumns, *records.emplace_back(std::make_unique<Record>()));
     }
     return records;
 }
 
 std::optional<Record> Load(Database& database, const std::string& name) {
-    auto query = database.Query("SELECT " NIC_COLUMNS " FROM nic WHERE name = ?1");
+    static const std::string sql = "SELECT " + ColumnNames(kColumns) + " FROM nic WHERE name = ?1";
+    auto query = database.Query(sql.c_str());
     query.Bind(1, name);
     if (!query.Step()) {
         return std::nullopt;
     }
-    return ReadRecord(query);
+    Record record;
+    ReadColumns(query, 0, kColumns, record);
+    return record;
 }
 
 void Insert(Database& database, const Record& record) {
-    auto insert = database.Query("INSERT INTO nic (" NIC_COLUMNS
-                                 ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, "
-                                 "?13, ?14, ?15, ?16, ?17, ?18, ?19)");
-    insert.Bind(1, record.name)
-        .BindOptional(2, record.pciAddress)
-        .BindOptional(3, record.pciVendor)
-        .BindOptional(4, record.pciDevice)
-        .BindOptional(5, record.descriptor)
-        .BindOptional(6, record.descriptorError)
-        .Bind(7, record.driver)
-        .Bind(8, record.adminUp)
-        .Bind(9, record.cableConnected)
-        .Bind(10, record.speed)
-        .Bind(11, record.duplex)
-        .Bind(12, record.mac)
-        .Bind(13, record.mtu)
-        .BindOptional(14, record.dpuId)
-        .Bind(15, record.linkInfo)
-        .Bind(16, record.pause)
-        .Bind(17, record.driverVersion)
-        .Bind(18, record.firmwareVersion)
-        .Bind(19, record.busInfo)
-        .Run();
+    static const std::string sql = "INSERT INTO nic (" + ColumnNames(kColumns) + ") VALUES (" +
+                                   ColumnParameters(1, std::size(kColumns)) + ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kColumns, record);
+    insert.Run();
 }
 
 bool SetAdminState(Database& database, const std::string& name, bool up) {

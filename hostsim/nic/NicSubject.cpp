@@ -37,29 +37,10 @@ constexpr std::uint32_t kHalfDuplex = 2;
 
 Record RecordFromJson(const Json& nic) {
     Record record;
-    record.name = nic.at("name").get<std::string>();
-    if (auto pci = nic.find("pci"); pci != nic.end()) {
-        record.pciAddress = pci->at("address").get<std::string>();
-        record.pciVendor = pci->at("vendor").get<std::string>();
-        record.pciDevice = pci->at("device").get<std::string>();
+    ColumnsFromJson(Nic::kColumns, nic, record);
+    if (!ObjectMember(nic, "driverInfo").contains("busInfo")) {
+        record.busInfo = record.pciAddress;
     }
-    record.descriptor = nic.value("descriptor", "");
-    record.descriptorError = nic.value("descriptorError", "");
-    record.driver = nic.at("driver").get<std::string>();
-    record.adminUp = nic.value("adminUp", true);
-    record.cableConnected = nic.value("cableConnected", true);
-    record.speed = nic.at("speed").get<std::uint32_t>();
-    record.duplex = nic.value("duplex", 1u);
-    record.mac = nic.at("mac").get<std::string>();
-    record.mtu = nic.value("mtu", 1500u);
-    record.dpuId = nic.value("dpuId", "");
-    record.linkInfo =
-        Nic::LinkInfoToJson(Nic::LinkInfoFromJson(ObjectMember(nic, "linkInfo"))).dump();
-    record.pause = Nic::PauseToJson(Nic::PauseFromJson(ObjectMember(nic, "pause"))).dump();
-    const Json& driverInfo = ObjectMember(nic, "driverInfo");
-    record.driverVersion = driverInfo.value("version", "");
-    record.firmwareVersion = driverInfo.value("firmwareVersion", "");
-    record.busInfo = driverInfo.value("busInfo", record.pciAddress);
     if (!HostCtl::Network::MacAddress::IsValid(record.mac)) {
         throw HostCtlException("NIC " + record.name + " has an invalid MAC address \"" +
                                record.mac + "\"");
@@ -72,33 +53,8 @@ Record RecordFromJson(const Json& nic) {
 }
 
 Json RecordToJson(const Record& record) {
-    Json nic = {{"name", record.name}};
-    if (!record.pciAddress.empty()) {
-        nic["pci"] = {{"address", record.pciAddress},
-                      {"vendor", record.pciVendor},
-                      {"device", record.pciDevice}};
-    }
-    if (!record.descriptor.empty()) {
-        nic["descriptor"] = record.descriptor;
-    }
-    if (!record.descriptorError.empty()) {
-        nic["descriptorError"] = record.descriptorError;
-    }
-    nic["driver"] = record.driver;
-    nic["adminUp"] = record.adminUp;
-    nic["cableConnected"] = record.cableConnected;
-    nic["speed"] = record.speed;
-    nic["duplex"] = record.duplex;
-    nic["mac"] = record.mac;
-    nic["mtu"] = record.mtu;
-    if (!record.dpuId.empty()) {
-        nic["dpuId"] = record.dpuId;
-    }
-    nic["linkInfo"] = Json::parse(record.linkInfo);
-    nic["pause"] = Json::parse(record.pause);
-    nic["driverInfo"] = {{"version", record.driverVersion},
-                         {"firmwareVersion", record.firmwareVersion},
-                         {"busInfo", record.busInfo}};
+    Json nic = Json::object();
+    ColumnsToJson(Nic::kColumns, record, nic);
     return nic;
 }
 

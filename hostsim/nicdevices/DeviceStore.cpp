@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "hostsim/core/Columns.h"
 #include "hostsim/core/Store.h"
 
 namespace HostSim::NicDevices {
@@ -16,31 +17,35 @@ const char* const kFilterClassNames[] = {"MacOnly", "VlanOnly", "VlanMac",
 
 namespace {
 
-#define DEVICE_COLUMNS                                                                           \
-    "nic, sriov, netqueue, tx_queues, rx_queues, max_tx_queues, max_rx_queues, balancer, "       \
-    "allowed, supported, filter_classes, plugins, hw_capabilities, hw_supported, hw_activated, " \
-    "dcb, diagnostics, attachments"
+// Table nic_device, after its position. The NIC is the first column.
+constexpr Column<Device> kColumns[] = {
+    {.sql = "nic", .member = &Device::nic},
+    {.sql = "sriov", .member = &Device::sriov, .nullWhenEmpty = true},
+    {.sql = "netqueue", .member = &Device::netqueue},
+    {.sql = "tx_queues", .member = &Device::txQueues},
+    {.sql = "rx_queues", .member = &Device::rxQueues},
+    {.sql = "max_tx_queues", .member = &Device::maxTxQueues},
+    {.sql = "max_rx_queues", .member = &Device::maxRxQueues},
+    {.sql = "balancer", .member = &Device::balancerEnabled},
+    {.sql = "allowed", .member = &Device::allowed},
+    {.sql = "supported", .member = &Device::supported},
+    {.sql = "filter_classes", .member = &Device::filterClasses},
+    {.sql = "plugins", .member = &Device::plugins},
+    {.sql = "hw_capabilities", .member = &Device::hwCapabilities},
+    {.sql = "hw_supported", .member = &Device::hwSupported},
+    {.sql = "hw_activated", .member = &Device::hwActivated},
+    {.sql = "dcb", .member = &Device::dcb, .nullWhenEmpty = true},
+    {.sql = "diagnostics", .member = &Device::diagnostics, .nullWhenEmpty = true},
+    {.sql = "attachments", .member = &Device::attachments},
+};
+
+std::string SelectDevices(const char* where) {
+    return "SELECT " + ColumnNames(kColumns) + " FROM nic_device " + where;
+}
 
 Device ReadDevice(const Statement& row) {
     Device device;
-    device.nic = row.Text(0);
-    device.sriov = row.Text(1);
-    device.netqueue = row.Bool(2);
-    device.txQueues = static_cast<std::uint32_t>(row.Int(3));
-    device.rxQueues = static_cast<std::uint32_t>(row.Int(4));
-    device.maxTxQueues = static_cast<std::uint32_t>(row.Int(5));
-    device.maxRxQueues = static_cast<std::uint32_t>(row.Int(6));
-    device.balancerEnabled = row.Bool(7);
-    device.allowed = static_cast<std::uint32_t>(row.Int(8));
-    device.supported = static_cast<std::uint32_t>(row.Int(9));
-    device.filterClasses = static_cast<std::uint32_t>(row.Int(10));
-    device.plugins = row.Text(11);
-    device.hwCapabilities = row.Bool(12);
-    device.hwSupported = static_cast<std::uint64_t>(row.Int(13));
-    device.hwActivated = static_cast<std::uint64_t>(row.Int(14));
-    device.dcb = row.Text(15);
-    device.diagnostics = row.Text(16);
-    device.attachments = row.Text(17);
+    ReadColumns(row, 0, kColumns, device);
     return device;
 }
 
@@ -88,7 +93,8 @@ std::string PluginsToText(const std::vector<Plugin>& plugins) {
 
 std::vector<Device> LoadAll(Database& database) {
     std::vector<Device> devices;
-    auto query = database.Query("SELECT " DEVICE_COLUMNS " FROM nic_device ORDER BY position");
+    static const std::string sql = SelectDevices("ORDER BY position");
+    auto query = database.Query(sql.c_str());
     while (query.Step()) {
         devices.push_back(ReadDevice(query));
     }
@@ -96,7 +102,8 @@ std::vector<Device> LoadAll(Database& database) {
 }
 
 std::optional<Device> Load(Database& database, const std::string& nic) {
-    auto query = database.Query("SELECT " DEVICE_COLUMNS " FROM nic_device WHERE nic = ?1");
+    static const std::string sql = SelectDevices("WHERE nic = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, nic);
     if (!query.Step()) {
         return std::nullopt;
@@ -105,32 +112,13 @@ std::optional<Device> Load(Database& database, const std::string& nic) {
 }
 
 void Save(Database& database, const Device& device) {
-    auto save = database.Query(
-        "INSERT INTO nic_device (" DEVICE_COLUMNS
-        ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18)"
-        " ON CONFLICT (nic) DO UPDATE SET sriov = ?2, netqueue = ?3, tx_queues = ?4,"
-        " rx_queues = ?5, max_tx_queues = ?6, max_rx_queues = ?7, balancer = ?8, allowed = ?9,"
-        " supported = ?10, filter_classes = ?11, plugins = ?12, hw_capabilities = ?13,"
-        " hw_supported = ?14, hw_activated = ?15, dcb = ?16, diagnostics = ?17, attachments = ?18");
-    save.Bind(1, device.nic)
-        .BindOptional(2, device.sriov)
-        .Bind(3, device.netqueue)
-        .Bind(4, device.txQueues)
-        .Bind(5, device.rxQueues)
-        .Bind(6, device.maxTxQueues)
-        .Bind(7, device.maxRxQueues)
-        .Bind(8, device.balancerEnabled)
-        .Bind(9, device.allowed)
-        .Bind(10, device.supported)
-        .Bind(11, device.filterClasses)
-        .Bind(12, device.plugins)
-        .Bind(13, device.hwCapabilities)
-        .Bind(14, static_cast<std::int64_t>(device.hwSupported))
-        .Bind(15, static_cast<std::int64_t>(device.hwActivated))
-        .BindOptional(16, device.dcb)
-        .BindOptional(17, device.diagnostics)
-        .Bind(18, device.attachments)
-        .Run();
+    static const std::string sql = "INSERT INTO nic_device (" + ColumnNames(kColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kColumns)) +
+                                   ") ON CONFLICT (nic) DO UPDATE SET " +
+                                   ColumnAssignments(std::span(kColumns).subspan(1), 2);
+    auto save = database.Query(sql.c_str());
+    BindColumns(save, 1, kColumns, device);
+    save.Run();
     ForgetListedRows();
 }
 

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Columns.h"
 
 namespace HostSim::NicSettings {
 
@@ -203,25 +204,52 @@ VlanCounters VlanStatsFromJson(const Json& json) {
     return counters;
 }
 
-Json ParseColumn(const Statement& row, int column) {
-    return row.IsNull(column) ? Json() : Json::parse(row.Text(column));
+// A row of nic_settings: the settings' JSON, one member of it per column, as text; empty for
+// a member the settings lack, which the column holds as NULL.
+struct SettingsRow {
+    std::string name;
+    std::string stats;
+    std::string vlanStats;
+    std::string coalesce;
+    std::string offload;
+    std::string software;
+    std::string rings;
+};
+
+constexpr ColumnDocument kMember = {
+    [](const std::string& text) { return text.empty() ? Json() : Json::parse(text); },
+    [](const Json* value) { return value != nullptr ? value->dump() : std::string(); },
+};
+
+// Table nic_settings, after its position. The name is the first column.
+constexpr Column<SettingsRow> kColumns[] = {
+    {.sql = "name", .member = &SettingsRow::name, .json = "name"},
+    {.sql = "stats", .member = &SettingsRow::stats, .json = "stats", .document = &kMember},
+    {.sql = "vlan_stats",
+     .member = &SettingsRow::vlanStats,
+     .json = "vlanStats",
+     .nullWhenEmpty = true,
+     .document = &kMember},
+    {.sql = "coalesce",
+     .member = &SettingsRow::coalesce,
+     .json = "coalesce",
+     .nullWhenEmpty = true,
+     .document = &kMember},
+    {.sql = "offload", .member = &SettingsRow::offload, .json = "offload", .document = &kMember},
+    {.sql = "software", .member = &SettingsRow::software, .json = "software", .document = &kMember},
+    {.sql = "rings", .member = &SettingsRow::rings, .json = "rings", .document = &kMember},
+};
+
+std::string SelectSettings(const char* where) {
+    return "SELECT " + ColumnNames(kColumns) + " FROM nic_settings " + where;
 }
 
 Settings ReadRow(const Statement& row) {
-    Json json = {{"name", row.Text(0)},
-                 {"stats", ParseColumn(row, 1)},
-                 {"vlanStats", ParseColumn(row, 2)},
-                 {"coalesce", ParseColumn(row, 3)},
-                 {"offload", ParseColumn(row, 4)},
-                 {"software", ParseColumn(row, 5)},
-                 {"rings", ParseColumn(row, 6)}};
+    SettingsRow stored;
+    ReadColumns(row, 0, kColumns, stored);
+    Json json = Json::object();
+    ColumnsToJson(kColumns, stored, json);
     return FromJson(json);
-}
-
-// The text of a member of `json`, or NULL text when the member is absent.
-std::string Column(const Json& json, const char* key) {
-    auto found = json.find(key);
-    return found == json.end() ? std::string() : found->dump();
 }
 
 }  // namespace
@@ -294,11 +322,9 @@ Json ToJson(const Settings& settings) {
     return json;
 }
 
-#define NIC_SETTINGS_COLUMNS "name, stats, vlan_stats, coalesce, offload, software, rings"
-
 Settings Load(Database& database, const std::string& name) {
-    auto query =
-        database.Query("SELECT " NIC_SETTINGS_COLUMNS " FROM nic_settings WHERE name = ?1");
+    static const std::string sql = SelectSettings("WHERE name = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, name);
     if (!query.Step()) {
         Settings settings;
@@ -309,9 +335,9 @@ Settings Load(Database& database, const std::string& name) {
 }
 
 std::vector<Settings> LoadAll(Database& database) {
+    static const std::string sql = SelectSettings("ORDER BY position");
     std::vector<Settings> all;
-    auto query =
-        database.Query("SELECT " NIC_SETTINGS_COLUMNS " FROM nic_settings ORDER BY position");
+    auto query = database.Query(sql.c_str());
     while (query.Step()) {
         all.push_back(ReadRow(query));
     }
@@ -319,20 +345,15 @@ std::vector<Settings> LoadAll(Database& database) {
 }
 
 void Save(Database& database, const Settings& settings) {
-    const Json json = ToJson(settings);
-    database
-        .Query("INSERT INTO nic_settings (" NIC_SETTINGS_COLUMNS
-               ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7) ON CONFLICT (name) DO UPDATE SET "
-               "stats = ?2, vlan_stats = ?3, coalesce = ?4, offload = ?5, software = ?6, "
-               "rings = ?7")
-        .Bind(1, settings.name)
-        .Bind(2, Column(json, "stats"))
-        .BindOptional(3, Column(json, "vlanStats"))
-        .BindOptional(4, Column(json, "coalesce"))
-        .Bind(5, Column(json, "offload"))
-        .Bind(6, Column(json, "software"))
-        .Bind(7, Column(json, "rings"))
-        .Run();
+    static const std::string sql = "INSERT INTO nic_settings (" + ColumnNames(kColumns) +
+                                   ") VALUES (" + ColumnParameters(1, std::size(kColumns)) +
+                                   ") ON CONFLICT (name) DO UPDATE SET " +
+                                   ColumnAssignments(std::span(kColumns).subspan(1), 2);
+    SettingsRow row;
+    ColumnsFromJson(kColumns, ToJson(settings), row);
+    auto save = database.Query(sql.c_str());
+    BindColumns(save, 1, kColumns, row);
+    save.Run();
 }
 
 }  // namespace HostSim::NicSettings

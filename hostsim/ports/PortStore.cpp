@@ -1,6 +1,7 @@
 #include "hostsim/ports/PortStore.h"
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Columns.h"
 
 namespace HostSim::Ports {
 
@@ -11,19 +12,35 @@ using KelmCtl::Network::PortRecord;
 
 namespace {
 
-#define PORT_COLUMNS "id, switch, type, world, portgroup, dvport, macs, ip, team_uplink"
+// Table port, after its position: what a listing reads.
+constexpr Column<PortRecord> kPortColumns[] = {
+    {.sql = "id", .member = &PortRecord::id},
+    {.sql = "switch", .member = &PortRecord::switchName},
+    {.sql = "type", .member = &PortRecord::type},
+    {.sql = "world", .member = &PortRecord::world},
+    {.sql = "portgroup", .member = &PortRecord::portGroup},
+    {.sql = "dvport", .member = &PortRecord::dvport},
+    {.sql = "macs",
+     .member = TextAccess<PortRecord>{
+         [](const PortRecord& record) { return JoinMacs(record.macs); },
+         [](PortRecord& record, const std::string& text) { record.macs = SplitMacs(text); }}},
+    {.sql = "ip", .member = &PortRecord::ip},
+    {.sql = "team_uplink", .member = &PortRecord::teamUplink},
+};
+
+// Then its counters and filters, read on first use.
+constexpr Column<PortRecord> kPortDetailColumns[] = {
+    {.sql = "stats", .member = &PortRecord::stats},
+    {.sql = "filters", .member = &PortRecord::filters},
+};
+
+std::string SelectPorts(const char* where) {
+    return "SELECT " + ColumnNames(kPortColumns) + " FROM port " + where;
+}
 
 PortRecord ReadPort(const Statement& row) {
     PortRecord record;
-    record.id = static_cast<std::uint32_t>(row.Int(0));
-    record.switchName = row.Text(1);
-    record.type = static_cast<int>(row.Int(2));
-    record.world = static_cast<std::uint32_t>(row.Int(3));
-    record.portGroup = row.Text(4);
-    record.dvport = row.Text(5);
-    record.macs = SplitMacs(row.Text(6));
-    record.ip = row.Text(7);
-    record.teamUplink = row.Text(8);
+    ReadColumns(row, 0, kPortColumns, record);
     return record;
 }
 
@@ -51,8 +68,33 @@ std::string JoinMacs(const std::vector<std::string>& macs) {
     return text;
 }
 
+std::vector<PortRecord> LoadAllPorts(Database& database) {
+    static const std::string sql = "SELECT " + ColumnNames(kPortColumns) + ", " +
+                                   ColumnNames(kPortDetailColumns) + " FROM port ORDER BY position";
+    auto query = database.Query(sql.c_str());
+    std::vector<PortRecord> records;
+    while (query.Step()) {
+        PortRecord& record = records.emplace_back(ReadPort(query));
+        ReadColumns(query, std::size(kPortColumns), kPortDetailColumns, record);
+        record.detailLoaded = true;
+    }
+    return records;
+}
+
+void InsertPort(Database& database, const PortRecord& record) {
+    static const std::string sql =
+        "INSERT INTO port (" + ColumnNames(kPortColumns) + ", " + ColumnNames(kPortDetailColumns) +
+        ") VALUES (" +
+        ColumnParameters(1, std::size(kPortColumns) + std::size(kPortDetailColumns)) + ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kPortColumns, record);
+    BindColumns(insert, 1 + std::size(kPortColumns), kPortDetailColumns, record);
+    insert.Run();
+}
+
 std::vector<PortRecord> LoadPortsOf(Database& database, const std::string& switchName) {
-    auto query = database.Query("SELECT " PORT_COLUMNS " FROM port WHERE switch = ?1 ORDER BY id");
+    static const std::string sql = SelectPorts("WHERE switch = ?1 ORDER BY id");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, switchName);
     std::vector<PortRecord> records;
     while (query.Step()) {
@@ -62,8 +104,8 @@ std::vector<PortRecord> LoadPortsOf(Database& database, const std::string& switc
 }
 
 std::optional<PortRecord> LoadUplinkPort(Database& database, const std::string& nicName) {
-    auto query =
-        database.Query("SELECT " PORT_COLUMNS " FROM port WHERE type = 4 AND team_uplink = ?1");
+    static const std::string sql = SelectPorts("WHERE type = 4 AND team_uplink = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, nicName);
     if (!query.Step()) {
         return std::nullopt;
@@ -75,13 +117,14 @@ void LoadPortDetail(Database& database, PortRecord& record) {
     if (record.detailLoaded) {
         return;
     }
-    auto query = database.Query("SELECT stats, filters FROM port WHERE id = ?1");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kPortDetailColumns) + " FROM port WHERE id = ?1";
+    auto query = database.Query(sql.c_str());
     query.Bind(1, static_cast<std::int64_t>(record.id));
     if (!query.Step()) {
         throw HostCtl::Lib::HostCtlException("There is no port " + std::to_string(record.id));
     }
-    record.stats = query.Text(0);
-    record.filters = query.Text(1);
+    ReadColumns(query, 0, kPortDetailColumns, record);
     record.detailLoaded = true;
 }
 

@@ -35,6 +35,10 @@ struct PortRecord {
 
 namespace HostSim::Ports {
 
+// Every port with its counters and filters, in the profile's order.
+std::vector<KelmCtl::Network::PortRecord> LoadAllPorts(Database& database);
+void InsertPort(Database& database, const KelmCtl::Network::PortRecord& record);
+
 // The ports of a switch, in the order of their ids.
 std::vector<KelmCtl::Network::PortRecord> LoadPortsOf(Database& database,
                                                       const std::string& switchName);

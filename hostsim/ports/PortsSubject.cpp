@@ -206,23 +206,7 @@ void ImportPorts(Database& database, const Json& section, const Scale& scale) {
                                        std::to_string(record.id));
             }
             CheckPort(database, record, worldIds);
-            database
-                .Query(
-                    "INSERT INTO port (id, switch, type, world, portgroup, dvport, macs, ip,"
-                    " team_uplink, stats, filters)"
-                    " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)")
-                .Bind(1, static_cast<std::int64_t>(record.id))
-                .Bind(2, record.switchName)
-                .Bind(3, static_cast<std::int64_t>(record.type))
-                .Bind(4, static_cast<std::int64_t>(record.world))
-                .Bind(5, record.portGroup)
-                .Bind(6, record.dvport)
-                .Bind(7, Ports::JoinMacs(record.macs))
-                .Bind(8, record.ip)
-                .Bind(9, record.teamUplink)
-                .Bind(10, record.stats)
-                .Bind(11, record.filters)
-                .Run();
+            Ports::InsertPort(database, record);
         }
     }
     auto crowded = database.Query(
@@ -242,21 +226,18 @@ Json ExportPorts(Database& database) {
         worlds.push_back({{"id", worldQuery.Int(0)}, {"name", worldQuery.Text(1)}});
     }
     Json ports = Json::array();
-    auto portQuery = database.Query(
-        "SELECT id, switch, type, world, portgroup, dvport, macs, ip, team_uplink, stats,"
-        " filters FROM port ORDER BY position");
-    while (portQuery.Step()) {
-        ports.push_back({{"id", portQuery.Int(0)},
-                         {"switch", portQuery.Text(1)},
-                         {"type", portQuery.Int(2)},
-                         {"world", portQuery.Int(3)},
-                         {"portgroup", portQuery.Text(4)},
-                         {"dvport", portQuery.Text(5)},
-                         {"macs", Ports::SplitMacs(portQuery.Text(6))},
-                         {"ip", portQuery.Text(7)},
-                         {"teamUplink", portQuery.Text(8)},
-                         {"stats", Json::parse(portQuery.Text(9))},
-                         {"filters", Json::parse(portQuery.Text(10))}});
+    for (const PortRecord& record : Ports::LoadAllPorts(database)) {
+        ports.push_back({{"id", record.id},
+                         {"switch", record.switchName},
+                         {"type", record.type},
+                         {"world", record.world},
+                         {"portgroup", record.portGroup},
+                         {"dvport", record.dvport},
+                         {"macs", record.macs},
+                         {"ip", record.ip},
+                         {"teamUplink", record.teamUplink},
+                         {"stats", Json::parse(record.stats)},
+                         {"filters", Json::parse(record.filters)}});
     }
     return {{"worlds", std::move(worlds)}, {"ports", std::move(ports)}};
 }

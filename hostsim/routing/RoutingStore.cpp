@@ -12,18 +12,6 @@ namespace {
 
 using HostCtl::Lib::HostCtlException;
 
-Route RouteFromRow(const Statement& row, int first) {
-    Route route;
-    route.family = static_cast<int>(row.Int(first));
-    route.system = row.Bool(first + 1);
-    route.network = row.Text(first + 2);
-    route.prefixLength = static_cast<unsigned int>(row.Int(first + 3));
-    route.gateway = row.Text(first + 4);
-    route.interfaceName = row.Text(first + 5);
-    route.source = row.Text(first + 6);
-    return route;
-}
-
 // The statement that reads one nested table of an instance; the column can't be a parameter.
 Statement SelectTable(Database& database, const char* table) {
     if (std::strcmp(table, "connections") == 0) {
@@ -44,8 +32,8 @@ void EnsureRow(Database& database, const std::string& netstack) {
     database
         .Query(
             "INSERT OR IGNORE INTO routing_netstack (netstack, ipv4_gateway, ipv4_config_gateway,"
-            " ipv4_source, ipv6_gateway, ipv6_config_gateway, neighbors, connections, multicast)"
-            " VALUES (?1, '0.0.0.0', '0.0.0.0', 'N/A', '::', '::', '[]', '[]', '[]')")
+            " ipv4_source, ipv6_gateway, ipv6_config_gateway, connections, multicast)"
+            " VALUES (?1, '0.0.0.0', '0.0.0.0', 'N/A', '::', '::', '[]', '[]')")
         .Bind(1, netstack)
         .Run();
 }
@@ -56,42 +44,38 @@ std::vector<Route> ReadRoutes(Database& database, const std::string& netstack, i
                               bool system) {
     // One pass over the table in its own order: through the unique index the rows would come
     // in network order and need a sort by position, which costs more than the whole table.
-    auto row = database.Query(
-        "SELECT family, system, network, prefix, gateway, interface, source FROM routing_route"
-        " NOT INDEXED WHERE netstack = ?1 AND family = ?2 AND system = ?3 ORDER BY position");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kRouteColumns) +
+        " FROM routing_route NOT INDEXED WHERE netstack = ?1 AND family = ?2 AND system = ?3"
+        " ORDER BY position";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, netstack).Bind(2, family).Bind(3, system ? 1 : 0);
     std::vector<Route> routes;
     while (row.Step()) {
-        routes.push_back(RouteFromRow(row, 0));
+        ReadColumns(row, 0, kRouteColumns, routes.emplace_back());
     }
     return routes;
 }
 
 std::vector<std::pair<std::string, Route>> ReadAllRoutes(Database& database) {
-    auto row = database.Query(
-        "SELECT netstack, family, system, network, prefix, gateway, interface, source"
-        " FROM routing_route ORDER BY position");
+    static const std::string sql =
+        "SELECT netstack, " + ColumnNames(kRouteColumns) + " FROM routing_route ORDER BY position";
+    auto row = database.Query(sql.c_str());
     std::vector<std::pair<std::string, Route>> routes;
     while (row.Step()) {
-        routes.emplace_back(row.Text(0), RouteFromRow(row, 1));
+        ReadColumns(row, 1, kRouteColumns, routes.emplace_back(row.Text(0), Route{}).second);
     }
     return routes;
 }
 
 void InsertRoute(Database& database, const std::string& netstack, const Route& route) {
-    database
-        .Query(
-            "INSERT INTO routing_route (netstack, family, system, network, prefix, gateway,"
-            " interface, source) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)")
-        .Bind(1, netstack)
-        .Bind(2, route.family)
-        .Bind(3, route.system ? 1 : 0)
-        .Bind(4, route.network)
-        .Bind(5, static_cast<std::int64_t>(route.prefixLength))
-        .Bind(6, route.gateway)
-        .Bind(7, route.interfaceName)
-        .Bind(8, route.source)
-        .Run();
+    static const std::string sql = "INSERT INTO routing_route (netstack, " +
+                                   ColumnNames(kRouteColumns) + ") VALUES (?1, " +
+                                   ColumnParameters(2, std::size(kRouteColumns)) + ")";
+    auto insert = database.Query(sql.c_str());
+    insert.Bind(1, netstack);
+    BindColumns(insert, 2, kRouteColumns, route);
+    insert.Run();
 }
 
 bool DeleteRoute(Database& database, const std::string& netstack, const Route& route) {
@@ -109,35 +93,25 @@ bool DeleteRoute(Database& database, const std::string& netstack, const Route& r
 }
 
 Gateways ReadGateways(Database& database, const std::string& netstack) {
-    auto row = database.Query(
-        "SELECT ipv4_gateway, ipv4_config_gateway, ipv4_source, ipv6_gateway,"
-        " ipv6_config_gateway FROM routing_netstack WHERE netstack = ?1");
+    static const std::string sql =
+        "SELECT " + ColumnNames(kGatewayColumns) + " FROM routing_netstack WHERE netstack = ?1";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, netstack);
     Gateways gateways;
     if (row.Step()) {
-        gateways.ipv4 = row.Text(0);
-        gateways.ipv4Config = row.Text(1);
-        gateways.ipv4Source = row.Text(2);
-        gateways.ipv6 = row.Text(3);
-        gateways.ipv6Config = row.Text(4);
+        ReadColumns(row, 0, kGatewayColumns, gateways);
     }
     return gateways;
 }
 
 void WriteGateways(Database& database, const std::string& netstack, const Gateways& gateways) {
     EnsureRow(database, netstack);
-    database
-        .Query(
-            "UPDATE routing_netstack SET ipv4_gateway = ?2, ipv4_config_gateway = ?3,"
-            " ipv4_source = ?4, ipv6_gateway = ?5, ipv6_config_gateway = ?6"
-            " WHERE netstack = ?1")
-        .Bind(1, netstack)
-        .Bind(2, gateways.ipv4)
-        .Bind(3, gateways.ipv4Config)
-        .Bind(4, gateways.ipv4Source)
-        .Bind(5, gateways.ipv6)
-        .Bind(6, gateways.ipv6Config)
-        .Run();
+    static const std::string sql = "UPDATE routing_netstack SET " +
+                                   ColumnAssignments(kGatewayColumns, 2) + " WHERE netstack = ?1";
+    auto update = database.Query(sql.c_str());
+    update.Bind(1, netstack);
+    BindColumns(update, 2, kGatewayColumns, gateways);
+    update.Run();
 }
 
 Json ReadTable(Database& database, const std::string& netstack, const char* table) {
@@ -257,31 +231,31 @@ HostCtl::Network::Ipv6Neighbor Ipv6NeighborFromJson(const Json& neighbor) {
     return record;
 }
 
-// The entries of one family of an instance's table, system or not, on the interface ?4 or on
-// any when it is ''.
-constexpr const char kSelectNeighbors[] =
-    "SELECT address, mac, interface, expiry, type, state FROM routing_neighbor"
-    " WHERE netstack = ?1 AND family = ?2 AND system = ?3 AND (?4 = '' OR interface = ?4)"
-    " ORDER BY position";
-
 namespace {
 
-// The rows of one family's entries, each read into a record of that family: the columns both
-// families have, then what `finish` reads of the rest.
+// The rows of one family's entries of an instance's table, system or not, on one interface or on
+// any when it is empty, each read into a record of that family: the fields both families have,
+// then what `finish` takes of the rest.
 template <class Record, class Address, class Finish>
 std::vector<Record> ReadNeighbors(Database& database, const std::string& netstack, int family,
                                   const std::string& interfaceName, bool system, Finish finish) {
-    auto row = database.Query(kSelectNeighbors);
+    static const std::string sql =
+        "SELECT " + ColumnNames(kNeighborColumns) +
+        " FROM routing_neighbor WHERE netstack = ?1 AND family = ?2 AND system = ?3"
+        " AND (?4 = '' OR interface = ?4) ORDER BY position";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, netstack).Bind(2, std::int64_t{family}).Bind(3, std::int64_t{system});
     row.Bind(4, interfaceName);
     std::vector<Record> neighbors;
+    NeighborRecord stored;
     while (row.Step()) {
+        ReadColumns(row, 0, kNeighborColumns, stored);
         Record& record = neighbors.emplace_back();
-        record.address = Address(row.Text(0));
-        record.macAddress = row.Text(1);
-        record.interfaceName = row.Text(2);
-        record.expiry = static_cast<decltype(record.expiry)>(row.Int(3));
-        finish(row, record);
+        record.address = Address(stored.address);
+        record.macAddress = std::move(stored.mac);
+        record.interfaceName = std::move(stored.interfaceName);
+        record.expiry = static_cast<decltype(record.expiry)>(stored.expiry);
+        finish(stored, record);
     }
     return neighbors;
 }
@@ -294,8 +268,8 @@ std::vector<HostCtl::Network::Ipv4Neighbor> ReadIpv4Neighbors(Database& database
                                                               bool system) {
     return ReadNeighbors<HostCtl::Network::Ipv4Neighbor, Ipv4Address>(
         database, netstack, 4, interfaceName, system,
-        [](const Statement& row, HostCtl::Network::Ipv4Neighbor& record) {
-            record.flags = FlagsFromWord(row.Text(4), false);
+        [](const NeighborRecord& stored, HostCtl::Network::Ipv4Neighbor& record) {
+            record.flags = FlagsFromWord(stored.type, false);
         });
 }
 
@@ -305,52 +279,46 @@ std::vector<HostCtl::Network::Ipv6Neighbor> ReadIpv6Neighbors(Database& database
                                                               bool system) {
     return ReadNeighbors<HostCtl::Network::Ipv6Neighbor, Ipv6Address>(
         database, netstack, 6, interfaceName, system,
-        [](const Statement& row, HostCtl::Network::Ipv6Neighbor& record) {
-            record.state = StateFromWord(row.IsNull(5) ? "reachable" : row.Text(5));
-            record.flags = FlagsFromWord(row.Text(4), true);
+        [](const NeighborRecord& stored, HostCtl::Network::Ipv6Neighbor& record) {
+            record.state = StateFromWord(stored.state.empty() ? "reachable" : stored.state);
+            record.flags = FlagsFromWord(stored.type, true);
         });
 }
 
 void InsertNeighbor(Database& database, const std::string& netstack, const Json& normal) {
-    const bool ipv6 = IsIpv6Neighbor(normal);
-    auto insert = database.Query(
-        "INSERT INTO routing_neighbor (netstack, family, system, address, mac, interface, expiry,"
-        " type, state) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
-    insert.Bind(1, netstack)
-        .Bind(2, std::int64_t{ipv6 ? 6 : 4})
-        .Bind(3, std::int64_t{IsSystemNeighbor(normal)})
-        .Bind(4, normal.at("address").get<std::string>())
-        .Bind(5, normal.at("mac").get<std::string>())
-        .Bind(6, normal.at("interface").get<std::string>())
-        .Bind(7, normal.at("expiry").get<std::int64_t>())
-        .Bind(8, normal.at("type").get<std::string>());
-    if (ipv6) {
-        insert.Bind(9, normal.at("state").get<std::string>());
-    }
+    static const std::string sql =
+        "INSERT INTO routing_neighbor (netstack, " + ColumnNames(kNeighborKindColumns) + ", " +
+        ColumnNames(kNeighborColumns) + ") VALUES (?1, " +
+        ColumnParameters(2, std::size(kNeighborKindColumns) + std::size(kNeighborColumns)) + ")";
+    NeighborRecord record;
+    ColumnsFromJson(kNeighborColumns, normal, record);
+    record.family = IsIpv6Neighbor(normal) ? 6 : 4;
+    record.system = IsSystemNeighbor(normal);
+    auto insert = database.Query(sql.c_str());
+    insert.Bind(1, netstack);
+    BindColumns(insert, 2, kNeighborKindColumns, record);
+    BindColumns(insert, 2 + std::size(kNeighborKindColumns), kNeighborColumns, record);
     insert.Run();
 }
 
 Json ReadNeighborTable(Database& database, const std::string& netstack) {
-    auto row = database.Query(
-        "SELECT family, system, address, mac, interface, expiry, type, state"
-        " FROM routing_neighbor WHERE netstack = ?1 ORDER BY position");
+    static const std::string sql = "SELECT " + ColumnNames(kNeighborKindColumns) + ", " +
+                                   ColumnNames(kNeighborColumns) +
+                                   " FROM routing_neighbor WHERE netstack = ?1 ORDER BY position";
+    auto row = database.Query(sql.c_str());
     row.Bind(1, netstack);
-    Json table = Json::array();
+    Json::array_t table;
+    NeighborRecord record;
     while (row.Step()) {
-        Json entry = {{"address", row.Text(2)},
-                      {"mac", row.Text(3)},
-                      {"interface", row.Text(4)},
-                      {"expiry", row.Int(5)},
-                      {"type", row.Text(6)}};
-        if (row.Int(0) == 6) {
-            entry["state"] = row.Text(7);
-        }
-        if (row.Bool(1)) {
+        ReadColumns(row, 0, kNeighborKindColumns, record);
+        ReadColumns(row, std::size(kNeighborKindColumns), kNeighborColumns, record);
+        Json& entry = table.emplace_back(Json::object());
+        ColumnsToJson(kNeighborColumns, record, entry);
+        if (record.system) {
             entry["system"] = true;
         }
-        table.push_back(std::move(entry));
     }
-    return table;
+    return Json(std::move(table));
 }
 
 bool DeleteNeighbors(Database& database, const std::string& netstack, int family,

@@ -46,6 +46,7 @@ constexpr const char* kSchemaSteps[] = {
     " coalesce(n.value ->> 'type', 'dynamic'), n.value ->> 'state'"
     " FROM routing_netstack AS r, json_each(r.neighbors) AS n ORDER BY r.netstack, n.key;"
     "UPDATE routing_netstack SET neighbors = '[]';",
+    "ALTER TABLE routing_netstack DROP COLUMN neighbors;",
 };
 
 constexpr const char* kTables[] = {"routing_neighbor", "routing_route", "routing_netstack"};
@@ -246,12 +247,8 @@ Json ExportSection(Database& database) {
     const auto routes = Routing::ReadAllRoutes(database);
     for (const std::string& key : Routing::ReadNetstacks(database)) {
         const Routing::Gateways gateways = Routing::ReadGateways(database, key);
-        Json netstack = {{"netstack", key},
-                         {"ipv4Gateway", gateways.ipv4},
-                         {"ipv4ConfiguredGateway", gateways.ipv4Config},
-                         {"ipv4GatewaySource", gateways.ipv4Source},
-                         {"ipv6Gateway", gateways.ipv6},
-                         {"ipv6ConfiguredGateway", gateways.ipv6Config}};
+        Json netstack = {{"netstack", key}};
+        ColumnsToJson(Routing::kGatewayColumns, gateways, netstack);
         Json list = Json::array();
         for (const auto& [owner, route] : routes) {
             if (owner == key) {

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Columns.h"
 #include "hostsim/dvs/DvsStore.h"
 
 namespace HostSim::Vswitch {
@@ -44,12 +45,11 @@ std::vector<std::string> StringsFromJson(const std::string& text) {
     return Json::parse(text).get<std::vector<std::string>>();
 }
 
-// A policy column. A switch's policies come again with each of its port groups, and most
-// columns hold the same few texts, so each text is parsed once and kept (a bounded few).
-Json PolicyColumn(const Statement& row, int column) {
+// The JSON of a policy column. A switch's policies come again with each of its port groups, and
+// most columns hold the same few texts, so each text is parsed once and kept (a bounded few).
+const Json& ParsedPolicy(const std::string& text) {
     constexpr std::size_t kKeptTexts = 64;
     thread_local std::map<std::string, Json, std::less<>> parsed;
-    const std::string text = row.Text(column);
     if (auto found = parsed.find(text); found != parsed.end()) {
         return found->second;
     }
@@ -59,34 +59,87 @@ Json PolicyColumn(const Statement& row, int column) {
     return parsed.emplace(text, Json::parse(text)).first->second;
 }
 
-Policies PoliciesFromColumns(const Statement& row, int teaming, int security, int shaping) {
-    return {TeamingFromJson(PolicyColumn(row, teaming)),
-            SecurityFromJson(PolicyColumn(row, security)),
-            ShapingFromJson(PolicyColumn(row, shaping))};
-}
+// The policy columns of a switch or a port group, its own policies as JSON text.
+template <typename Record>
+constexpr Column<Record> kPolicyColumns[] = {
+    {.sql = "teaming",
+     .member = TextAccess<Record>{
+         [](const Record& record) { return TeamingToJson(record.own.teaming).dump(); },
+         [](Record& record, const std::string& text) {
+             record.own.teaming = TeamingFromJson(ParsedPolicy(text));
+         }}},
+    {.sql = "security",
+     .member = TextAccess<Record>{
+         [](const Record& record) { return SecurityToJson(record.own.security).dump(); },
+         [](Record& record, const std::string& text) {
+             record.own.security = SecurityFromJson(ParsedPolicy(text));
+         }}},
+    {.sql = "shaping",
+     .member = TextAccess<Record>{
+         [](const Record& record) { return ShapingToJson(record.own.shaping).dump(); },
+         [](Record& record, const std::string& text) {
+             record.own.shaping = ShapingFromJson(ParsedPolicy(text));
+         }}},
+};
 
-#define SWITCH_COLUMNS                                                               \
-    "name, system, class, ports, mtu, cdp_status, beacon_enabled, beacon_interval, " \
-    "beacon_threshold, teaming, security, shaping"
+// Table vswitch, after its position: then its policy columns.
+constexpr Column<SwitchRecord> kSwitchColumns[] = {
+    {.sql = "name", .member = &SwitchRecord::name},
+    {.sql = "system", .member = &SwitchRecord::system},
+    {.sql = "class", .member = &SwitchRecord::className},
+    {.sql = "ports", .member = &SwitchRecord::ports},
+    {.sql = "mtu", .member = &SwitchRecord::mtu},
+    {.sql = "cdp_status", .member = &SwitchRecord::cdpStatus},
+    {.sql = "beacon_enabled", .member = &SwitchRecord::beaconEnabled},
+    {.sql = "beacon_interval", .member = &SwitchRecord::beaconInterval},
+    {.sql = "beacon_threshold", .member = &SwitchRecord::beaconThreshold},
+};
+
+// Table vswitch_portgroup, after its position: then its policy columns.
+constexpr Column<PortGroupRecord> kPortGroupColumns[] = {
+    {.sql = "name", .member = &PortGroupRecord::name},
+    {.sql = "vswitch", .member = &PortGroupRecord::switchName},
+    {.sql = "vlan_id", .member = NumberMember<&PortGroupRecord::vlanId>},
+    {.sql = "users",
+     .member = TextAccess<PortGroupRecord>{
+         [](const PortGroupRecord& record) { return Json(record.users).dump(); },
+         [](PortGroupRecord& record, const std::string& text) {
+             record.users = StringsFromJson(text);
+         }}},
+};
+
+// The three policy texts of a row, as they are stored.
+struct PolicyTexts {
+    std::string teaming;
+    std::string security;
+    std::string shaping;
+    bool operator==(const PolicyTexts&) const = default;
+};
+constexpr Column<PolicyTexts> kPolicyTextColumns[] = {
+    {.sql = "teaming", .member = &PolicyTexts::teaming},
+    {.sql = "security", .member = &PolicyTexts::security},
+    {.sql = "shaping", .member = &PolicyTexts::shaping},
+};
+
+const std::string& SwitchColumnNames() {
+    static const std::string names =
+        ColumnNames(kSwitchColumns) + ", " + ColumnNames(kPolicyColumns<SwitchRecord>);
+    return names;
+}
 
 SwitchRecord ReadSwitch(const Statement& row) {
     SwitchRecord record;
-    record.name = row.Text(0);
-    record.system = row.Bool(1);
-    record.className = row.Text(2);
-    record.ports = static_cast<std::uint32_t>(row.Int(3));
-    record.mtu = static_cast<std::uint32_t>(row.Int(4));
-    record.cdpStatus = static_cast<int>(row.Int(5));
-    record.beaconEnabled = row.Bool(6);
-    record.beaconInterval = static_cast<std::uint32_t>(row.Int(7));
-    record.beaconThreshold = static_cast<std::uint32_t>(row.Int(8));
-    record.own = PoliciesFromColumns(row, 9, 10, 11);
+    ReadColumns(row, 0, kSwitchColumns, record);
+    ReadColumns(row, std::size(kSwitchColumns), kPolicyColumns<SwitchRecord>, record);
     return record;
 }
 
-#define PORTGROUP_COLUMNS                                                                  \
-    "g.name, g.vswitch, g.vlan_id, g.users, g.teaming, g.security, g.shaping, s.teaming, " \
-    "s.security, s.shaping"
+// A port group's columns, its own policies, and its switch's policies.
+std::string PortGroupSelect(const char* where) {
+    return "SELECT " + ColumnNames(kPortGroupColumns, "g.") + ", " +
+           ColumnNames(kPolicyTextColumns, "g.") + ", " + ColumnNames(kPolicyTextColumns, "s.") +
+           " FROM vswitch_portgroup g JOIN vswitch s ON s.name = g.vswitch " + where;
+}
 
 // Reads port groups row by row. Rows of one switch carry the same switch policies, and most port
 // groups carry the same few policies of their own: each distinct text is parsed once, so that
@@ -94,13 +147,12 @@ SwitchRecord ReadSwitch(const Statement& row) {
 class PortGroupReader {
 public:
     PortGroupRecord Read(const Statement& row) {
+        constexpr int kOwnPolicies = std::size(kPortGroupColumns);
+        constexpr int kSwitchPolicies = kOwnPolicies + std::size(kPolicyTextColumns);
         PortGroupRecord record;
-        record.name = row.Text(0);
-        record.switchName = row.Text(1);
-        record.vlanId = static_cast<std::uint16_t>(row.Int(2));
-        record.users = StringsFromJson(row.Text(3));
-        record.own = own_.Read(row, 4);
-        const Policies& inherited = switch_.Read(row, 7);
+        ReadColumns(row, 0, kPortGroupColumns, record);
+        record.own = own_.Read(row, kOwnPolicies);
+        const Policies& inherited = switch_.Read(row, kSwitchPolicies);
         if (switch_.changed) {
             inherited_ = Merge(inherited, DefaultPolicies());
         }
@@ -109,14 +161,17 @@ public:
     }
 
 private:
-    // The policies of three columns from `first` on, parsed again only when their text changes.
+    // The policies of the policy columns from `first` on, parsed again only when their text
+    // changes.
     struct LastPolicies {
         const Policies& Read(const Statement& row, int first) {
-            std::array<std::string, 3> texts{row.Text(first), row.Text(first + 1),
-                                             row.Text(first + 2)};
+            PolicyTexts texts;
+            ReadColumns(row, first, kPolicyTextColumns, texts);
             changed = !read || texts != texts_;
             if (changed) {
-                policies = PoliciesFromColumns(row, first, first + 1, first + 2);
+                policies = {TeamingFromJson(ParsedPolicy(texts.teaming)),
+                            SecurityFromJson(ParsedPolicy(texts.security)),
+                            ShapingFromJson(ParsedPolicy(texts.shaping))};
                 texts_ = std::move(texts);
                 read = true;
             }
@@ -128,7 +183,7 @@ private:
         bool changed = false;
 
     private:
-        std::array<std::string, 3> texts_;
+        PolicyTexts texts_;
     };
 
     LastPolicies own_;
@@ -345,8 +400,10 @@ ShapingPolicy ShapingFromJson(const Json& json) {
 
 std::vector<SwitchRecord> LoadSwitches(Database& database, std::optional<PortsetGetType> type) {
     std::vector<SwitchRecord> switches;
-    auto query = database.Query("SELECT " SWITCH_COLUMNS
-                                " FROM vswitch WHERE ?1 IS NULL OR system = ?1 ORDER BY position");
+    static const std::string sql =
+        "SELECT " + SwitchColumnNames() +
+        " FROM vswitch WHERE ?1 IS NULL OR system = ?1 ORDER BY position";
+    auto query = database.Query(sql.c_str());
     BindType(query, 1, type);
     while (query.Step()) {
         switches.push_back(ReadSwitch(query));
@@ -357,8 +414,9 @@ std::vector<SwitchRecord> LoadSwitches(Database& database, std::optional<Portset
 
 std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& name,
                                        std::optional<PortsetGetType> type) {
-    auto query = database.Query("SELECT " SWITCH_COLUMNS
-                                " FROM vswitch WHERE name = ?1 AND (?2 IS NULL OR system = ?2)");
+    static const std::string sql = "SELECT " + SwitchColumnNames() +
+                                   " FROM vswitch WHERE name = ?1 AND (?2 IS NULL OR system = ?2)";
+    auto query = database.Query(sql.c_str());
     query.Bind(1, name);
     BindType(query, 2, type);
     if (!query.Step()) {
@@ -406,9 +464,9 @@ std::vector<std::string> LoadUplinks(Database& database, const std::string& swit
 
 std::vector<PortGroupRecord> LoadPortGroups(Database& database, PortsetGetType type) {
     std::vector<PortGroupRecord> portGroups;
-    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
-                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
-                                "g.vswitch WHERE s.system = ?1 ORDER BY s.position, g.position");
+    static const std::string sql =
+        PortGroupSelect("WHERE s.system = ?1 ORDER BY s.position, g.position");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, static_cast<std::int64_t>(type == HostCtl::Network::PortsetGetSystem));
     PortGroupReader reader;
     while (query.Step()) {
@@ -419,9 +477,8 @@ std::vector<PortGroupRecord> LoadPortGroups(Database& database, PortsetGetType t
 
 std::vector<PortGroupRecord> LoadPortGroupsOf(Database& database, const std::string& switchName) {
     std::vector<PortGroupRecord> portGroups;
-    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
-                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
-                                "g.vswitch WHERE s.name = ?1 ORDER BY g.position");
+    static const std::string sql = PortGroupSelect("WHERE s.name = ?1 ORDER BY g.position");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, switchName);
     PortGroupReader reader;
     while (query.Step()) {
@@ -431,9 +488,8 @@ std::vector<PortGroupRecord> LoadPortGroupsOf(Database& database, const std::str
 }
 
 std::optional<PortGroupRecord> LoadPortGroup(Database& database, const std::string& name) {
-    auto query = database.Query("SELECT " PORTGROUP_COLUMNS
-                                " FROM vswitch_portgroup g JOIN vswitch s ON s.name = "
-                                "g.vswitch WHERE g.name = ?1");
+    static const std::string sql = PortGroupSelect("WHERE g.name = ?1");
+    auto query = database.Query(sql.c_str());
     query.Bind(1, name);
     if (!query.Step()) {
         return std::nullopt;
@@ -468,22 +524,15 @@ std::vector<std::string> UplinkNicNames(Database& database) {
 }
 
 void InsertSwitch(Database& database, const SwitchRecord& record) {
-    database
-        .Query("INSERT INTO vswitch (" SWITCH_COLUMNS
-               ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)")
-        .Bind(1, record.name)
-        .Bind(2, static_cast<std::int64_t>(record.system))
-        .Bind(3, record.className)
-        .Bind(4, static_cast<std::int64_t>(record.ports))
-        .Bind(5, static_cast<std::int64_t>(record.mtu))
-        .Bind(6, static_cast<std::int64_t>(record.cdpStatus))
-        .Bind(7, static_cast<std::int64_t>(record.beaconEnabled))
-        .Bind(8, static_cast<std::int64_t>(record.beaconInterval))
-        .Bind(9, static_cast<std::int64_t>(record.beaconThreshold))
-        .Bind(10, TeamingToJson(record.own.teaming).dump())
-        .Bind(11, SecurityToJson(record.own.security).dump())
-        .Bind(12, ShapingToJson(record.own.shaping).dump())
-        .Run();
+    constexpr int kPolicies = 1 + std::size(kSwitchColumns);
+    static const std::string sql =
+        "INSERT INTO vswitch (" + SwitchColumnNames() + ") VALUES (" +
+        ColumnParameters(1, std::size(kSwitchColumns) + std::size(kPolicyColumns<SwitchRecord>)) +
+        ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kSwitchColumns, record);
+    BindColumns(insert, kPolicies, kPolicyColumns<SwitchRecord>, record);
+    insert.Run();
 }
 
 void InsertUplink(Database& database, const std::string& switchName, const std::string& nicName) {
@@ -494,18 +543,17 @@ void InsertUplink(Database& database, const std::string& switchName, const std::
 }
 
 void InsertPortGroup(Database& database, const PortGroupRecord& record) {
-    database
-        .Query(
-            "INSERT INTO vswitch_portgroup (name, vswitch, vlan_id, users, teaming, security,"
-            " shaping) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)")
-        .Bind(1, record.name)
-        .Bind(2, record.switchName)
-        .Bind(3, static_cast<std::int64_t>(record.vlanId))
-        .Bind(4, Json(record.users).dump())
-        .Bind(5, TeamingToJson(record.own.teaming).dump())
-        .Bind(6, SecurityToJson(record.own.security).dump())
-        .Bind(7, ShapingToJson(record.own.shaping).dump())
-        .Run();
+    constexpr int kPolicies = 1 + std::size(kPortGroupColumns);
+    static const std::string sql =
+        "INSERT INTO vswitch_portgroup (" + ColumnNames(kPortGroupColumns) + ", " +
+        ColumnNames(kPolicyColumns<PortGroupRecord>) + ") VALUES (" +
+        ColumnParameters(
+            1, std::size(kPortGroupColumns) + std::size(kPolicyColumns<PortGroupRecord>)) +
+        ")";
+    auto insert = database.Query(sql.c_str());
+    BindColumns(insert, 1, kPortGroupColumns, record);
+    BindColumns(insert, kPolicies, kPolicyColumns<PortGroupRecord>, record);
+    insert.Run();
 }
 
 }  // namespace HostSim::Vswitch

@@ -8,12 +8,15 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <regex>
+#include <sstream>
 #include <thread>
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Profile.h"
 #include "hostsim/core/Store.h"
+#include "hostsim/core/Subject.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
 #include "support/ChildProcess.h"
@@ -28,6 +31,30 @@ using Testing::RunSql;
 const std::vector<std::string> kDefaultNics{"hwnic0", "hwnic1", "hwnic2", "hwnic3",
                                             "hwnic4", "hwnic5", "hwnic6", "hwnic7",
                                             "hwnic8", "hwnic9", "hwnic10"};
+
+// One integer that `sql` gives from a database file, read from outside the host.
+std::int64_t Integer(const std::string& path, const std::string& sql) {
+    const std::string printed = RunSql(path, sql);
+    return printed.empty() ? -1 : std::stoll(printed);
+}
+
+// The first column of every row `sql` gives, as text, read from outside the host.
+std::vector<std::string> Texts(const std::string& path, const std::string& sql) {
+    const auto rows = nlohmann::json::parse(RunSql(path, sql, "-json"), nullptr, false);
+    std::vector<std::string> texts;
+    for (const auto& row : rows.is_array() ? rows : nlohmann::json::array()) {
+        texts.push_back(row.begin()->get<std::string>());
+    }
+    return texts;
+}
+
+// SQL with each run of blanks made one, none at the edges of parentheses, and no end mark.
+std::string NormalSql(const std::string& sql) {
+    std::string normal = std::regex_replace(sql, std::regex("\\s+"), " ");
+    normal = std::regex_replace(normal, std::regex("\\( "), "(");
+    normal = std::regex_replace(normal, std::regex(" \\)"), ")");
+    return std::regex_replace(normal, std::regex("^ +|[ ;]+$"), "");
+}
 
 class StoreTest : public HostTest {
 protected:
@@ -229,6 +256,79 @@ TEST_F(StoreTest, ASubjectNewToAnExistingHostIsAdded) {
     RunSql(DatabaseFile(), "DROP TABLE nic; DELETE FROM subject_schema WHERE subject = 'nics'");
     Reconnect();
     EXPECT_TRUE(AllNicNames().empty());
+}
+
+// Columns that nothing read were dropped by a schema step of their subject: a store of the
+// version before it loses the column and keeps everything else.
+TEST_F(StoreTest, ASchemaStepDropsAColumnNothingReads) {
+    struct DroppedColumn {
+        const char* subject;
+        const char* table;
+        const char* column;
+    };
+    const DroppedColumn dropped[] = {{"ipsec", "ipsec", "name"},
+                                     {"routing", "routing_netstack", "neighbors"}};
+    InitHost({});
+    const HostSim::Json before = ExportHost();
+    for (const DroppedColumn& column : dropped) {
+        SCOPED_TRACE(column.column);
+        const std::string versionSql = std::string("SELECT version FROM subject_schema") +
+                                       " WHERE subject = '" + column.subject + "'";
+        const std::string columnSql = std::string("SELECT count(*) FROM pragma_table_info('") +
+                                      column.table + "') WHERE name = '" + column.column + "'";
+        const std::int64_t latest = Integer(DatabaseFile(), versionSql);
+        RunSql(DatabaseFile(),
+               std::string("ALTER TABLE ") + column.table + " ADD COLUMN " + column.column +
+                   " TEXT; UPDATE subject_schema SET version = " + std::to_string(latest - 1) +
+                   " WHERE subject = '" + column.subject + "'");
+        ASSERT_EQ(Integer(DatabaseFile(), columnSql), 1);
+        Reconnect();
+        EXPECT_EQ(ExportHost(), before);
+        EXPECT_EQ(Integer(DatabaseFile(), columnSql), 0);
+        EXPECT_EQ(Integer(DatabaseFile(), versionSql), latest);
+    }
+}
+
+// The schema block of the README is the schema of a fresh store, statement by statement, with
+// each subject's version.
+TEST_F(StoreTest, TheReadmeShowsTheWholeSchema) {
+    InitHost({});
+    const std::string readme = FileBytes(HOSTSIM_README);
+    const std::string fence = "```sql\n";
+    const auto begin = readme.find(fence, readme.find("### The schema"));
+    ASSERT_NE(begin, std::string::npos);
+    const auto end = readme.find("```", begin + fence.size());
+    ASSERT_NE(end, std::string::npos);
+    std::istringstream block(readme.substr(begin + fence.size(), end - begin - fence.size()));
+    const std::regex versionLine("-- (\\w+), version (\\d+)");
+    std::vector<std::string> shown;
+    std::vector<std::string> shownVersions;
+    std::string statement;
+    for (std::string line; std::getline(block, line);) {
+        std::smatch version;
+        if (std::regex_match(line, version, versionLine)) {
+            shownVersions.push_back(version[1].str() + " " + version[2].str());
+        } else if (!line.starts_with("--")) {
+            statement += line + " ";
+            if (line.ends_with(";")) {
+                shown.push_back(NormalSql(statement));
+                statement.clear();
+            }
+        }
+    }
+    std::vector<std::string> stored;
+    for (const std::string& sql : Texts(DatabaseFile(),
+                                        "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL"
+                                        " ORDER BY rowid")) {
+        stored.push_back(NormalSql(sql));
+    }
+    EXPECT_EQ(shown, stored);
+    std::vector<std::string> versions =
+        Texts(DatabaseFile(), "SELECT subject || ' ' || version FROM subject_schema");
+    std::sort(versions.begin(), versions.end());
+    std::sort(shownVersions.begin(), shownVersions.end());
+    EXPECT_EQ(shownVersions, versions);
+    EXPECT_EQ(shownVersions.size(), HostSim::Subjects().size());
 }
 
 // A process killed inside a write leaves the last committed state, and no lock behind.

@@ -95,8 +95,8 @@ std::string ChildProcess::Errors() const {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-std::string RunSql(const std::string& path, const std::string& sql) {
-    ChildProcess sqlite({"sqlite3", "-batch", "-bail", path});
+std::string RunSql(const std::string& path, const std::string& sql, const std::string& mode) {
+    ChildProcess sqlite({"sqlite3", "-batch", "-bail", mode, path});
     sqlite.Write(sql + ";\n");
     sqlite.CloseInput();
     sqlite.ReadAll();

@@ -45,8 +45,9 @@ private:
 };
 
 // Runs SQL on the database at `path` with the sqlite3 program, as another program would, so that
-// no second copy of SQLite is loaded beside the host library's. Returns what it printed; fails
-// the test when the program fails.
-std::string RunSql(const std::string& path, const std::string& sql);
+// no second copy of SQLite is loaded beside the host library's. Returns what it printed, in the
+// program's output `mode` ("-list", "-json", ...); fails the test when the program fails.
+std::string RunSql(const std::string& path, const std::string& sql,
+                   const std::string& mode = "-list");
 
 }  // namespace Testing
