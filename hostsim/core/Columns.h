@@ -107,6 +107,13 @@ std::string ColumnNames(const Table& columns, const char* prefix = "") {
 // "?2, ?3, ?4": one parameter per column, counted from `first`.
 std::string ColumnParameters(int first, std::size_t count);
 
+// "INSERT INTO t (a, b) VALUES (?1, ?2)": a row of every column of the table `table`.
+template <typename Table>
+std::string InsertStatement(const char* table, const Table& columns) {
+    return std::string("INSERT INTO ") + table + " (" + ColumnNames(columns) + ") VALUES (" +
+           ColumnParameters(1, std::size(columns)) + ")";
+}
+
 // "a = ?2, b = ?3": an UPDATE's assignments, the parameters counted from `first`.
 template <typename Table>
 std::string ColumnAssignments(const Table& columns, int first) {

@@ -268,9 +268,7 @@ std::vector<std::string> UplinkNicNames(Database& database) {
 }
 
 void InsertSwitch(Database& database, const DVSwitchRecord& record) {
-    static const std::string sql = "INSERT INTO dvs (" + ColumnNames(kSwitchColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kSwitchColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("dvs", kSwitchColumns);
     auto insert = database.Query(sql.c_str());
     BindColumns(insert, 1, kSwitchColumns, record);
     insert.Run();

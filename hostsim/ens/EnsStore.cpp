@@ -33,9 +33,7 @@ Settings LoadSettings(Database& database) {
 }
 
 void InsertSettings(Database& database, const Settings& settings) {
-    static const std::string sql = "INSERT INTO ens (" + ColumnNames(kSettingsColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kSettingsColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("ens", kSettingsColumns);
     auto insert = database.Query(sql.c_str());
     BindColumns(insert, 1, kSettingsColumns, settings);
     insert.Run();
@@ -65,9 +63,7 @@ std::optional<Lcore> LoadLcore(Database& database, std::uint64_t id) {
 }
 
 void InsertLcore(Database& database, const Lcore& lcore) {
-    static const std::string sql = "INSERT INTO ens_lcore (" + ColumnNames(kLcoreColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kLcoreColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("ens_lcore", kLcoreColumns);
     Lcore stored = lcore;
     if (stored.switchName == kNoSwitch) {
         stored.switchName.clear();

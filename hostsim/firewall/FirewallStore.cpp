@@ -139,9 +139,7 @@ std::vector<ModuleRecord> ReadModules(Database& database) {
 }
 
 void InsertModule(Database& database, const ModuleRecord& module) {
-    static const std::string sql = "INSERT INTO kernel_module (" + ColumnNames(kModuleColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kModuleColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("kernel_module", kModuleColumns);
     auto insert = database.Query(sql.c_str());
     BindColumns(insert, 1, kModuleColumns, module);
     insert.Run();

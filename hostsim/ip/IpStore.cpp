@@ -367,9 +367,7 @@ std::optional<NetstackRecord> LoadNetstack(Database& database, const std::string
 }
 
 void InsertNetstack(Database& database, const NetstackRecord& record) {
-    static const std::string sql = "INSERT INTO netstack (" + ColumnNames(kNetstackColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kNetstackColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("netstack", kNetstackColumns);
     auto statement = database.Query(sql.c_str());
     BindColumns(statement, 1, kNetstackColumns, record);
     statement.Run();
@@ -416,9 +414,7 @@ std::optional<KelmNicRecord> LoadKelmNic(Database& database, const std::string& 
 }
 
 void InsertKelmNic(Database& database, const KelmNicRecord& record) {
-    static const std::string sql = "INSERT INTO kelmnic (" + ColumnNames(kKelmNicColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kKelmNicColumns)) +
-                                   ")";
+    static const std::string sql = InsertStatement("kelmnic", kKelmNicColumns);
     auto statement = database.Query(sql.c_str());
     BindColumns(statement, 1, kKelmNicColumns, record);
     statement.Run();

@@ -93,8 +93,7 @@ std::optional<Record> Load(Database& database, const std::string& name) {
 }
 
 void Insert(Database& database, const Record& record) {
-    static const std::string sql = "INSERT INTO nic (" + ColumnNames(kColumns) + ") VALUES (" +
-                                   ColumnParameters(1, std::size(kColumns)) + ")";
+    static const std::string sql = InsertStatement("nic", kColumns);
     auto insert = database.Query(sql.c_str());
     BindColumns(insert, 1, kColumns, record);
     insert.Run();

@@ -112,9 +112,8 @@ std::optional<Device> Load(Database& database, const std::string& nic) {
 }
 
 void Save(Database& database, const Device& device) {
-    static const std::string sql = "INSERT INTO nic_device (" + ColumnNames(kColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kColumns)) +
-                                   ") ON CONFLICT (nic) DO UPDATE SET " +
+    static const std::string sql = InsertStatement("nic_device", kColumns) +
+                                   " ON CONFLICT (nic) DO UPDATE SET " +
                                    ColumnAssignments(std::span(kColumns).subspan(1), 2);
     auto save = database.Query(sql.c_str());
     BindColumns(save, 1, kColumns, device);

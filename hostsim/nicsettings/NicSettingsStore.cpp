@@ -345,9 +345,8 @@ std::vector<Settings> LoadAll(Database& database) {
 }
 
 void Save(Database& database, const Settings& settings) {
-    static const std::string sql = "INSERT INTO nic_settings (" + ColumnNames(kColumns) +
-                                   ") VALUES (" + ColumnParameters(1, std::size(kColumns)) +
-                                   ") ON CONFLICT (name) DO UPDATE SET " +
+    static const std::string sql = InsertStatement("nic_settings", kColumns) +
+                                   " ON CONFLICT (name) DO UPDATE SET " +
                                    ColumnAssignments(std::span(kColumns).subspan(1), 2);
     SettingsRow row;
     ColumnsFromJson(kColumns, ToJson(settings), row);
