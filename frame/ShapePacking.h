@@ -116,9 +116,14 @@ class ShapeStore {
 public:
     template <class Item>
     constexpr std::span<Item> Allocate(std::size_t count) {
-        auto& lists = ListsOf<Item>();
-        lists.emplace_back(count);
-        return lists.back();
+        // Item by item: clang can't evaluate the vector's own fill of `count` items at compile
+        // time.
+        auto& list = ListsOf<Item>().emplace_back();
+        list.reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            list.emplace_back();
+        }
+        return list;
     }
 
 private:
