@@ -11,6 +11,7 @@
 #include "cpptools/AutoCli.h"
 #include "frame/Declaration.h"
 #include "frame/NamespaceTree.h"
+#include "support/CommandTest.h"
 
 namespace ZanvexCli::NetworkNamespace {
 namespace {
@@ -25,19 +26,8 @@ struct StringSink {
     void Put(char byte) { bytes.push_back(byte); }
 };
 
-std::shared_ptr<NamespaceNode> RegisterTree() {
-    std::shared_ptr<NamespaceNode> root = CppTools::AutoCli::Namespace::New();
-    AutoCli_RegisterNamespaces(root);
-    return root;
-}
-
-void Walk(const std::shared_ptr<NamespaceNode>& node,
-          const std::function<void(const std::shared_ptr<NamespaceNode>&)>& visit) {
-    visit(node);
-    for (const auto& child : node->GetNamespaceNodes()) {
-        Walk(child, visit);
-    }
-}
+using Testing::RegisteredTree;
+using Testing::WalkTree;
 
 std::vector<std::string> FieldNames(const MetaStruct& structure) {
     std::vector<std::string> names;
@@ -83,7 +73,7 @@ TEST(Declaration, EveryCommandsPackedShapeReadsBackAsTheCommandHostSeesIt) {
         commandRows += row.command ? 1 : 0;
     }
     std::size_t commands = 0;
-    Walk(RegisterTree(), [&commands](const std::shared_ptr<NamespaceNode>& node) {
+    WalkTree(RegisteredTree(), [&commands](const std::shared_ptr<NamespaceNode>& node) {
         if (node->GetType() != NodeTypeCommand) {
             return;
         }

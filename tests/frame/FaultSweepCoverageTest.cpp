@@ -57,8 +57,7 @@ const std::vector<const std::vector<Testing::SweepCase>*> kTables{
 };
 
 TEST(FaultSweepCoverage, EveryCommandIsSwept) {
-    std::shared_ptr<NamespaceNode> root = CppTools::AutoCli::Namespace::New();
-    AutoCli_RegisterNamespaces(root);
+    const auto root = Testing::RegisteredTree();
     std::set<std::string> unswept;
     CollectCommands(root, unswept);
     EXPECT_EQ(unswept.size(), 152u);

@@ -7,6 +7,7 @@
 #include "cpptools/AutoCli.h"
 #include "frame/NamespaceTree.h"
 #include "frame/Registration.h"
+#include "support/CommandTest.h"
 
 namespace {
 
@@ -16,22 +17,11 @@ using CppTools::AutoCli::NamespaceNode;
 using CppTools::AutoCli::NodeTypeCommand;
 using CppTools::AutoCli::NodeTypeNamespace;
 
-std::shared_ptr<NamespaceNode> RegisterTree() {
-    std::shared_ptr<NamespaceNode> root = Namespace::New();
-    AutoCli_RegisterNamespaces(root);
-    return root;
-}
-
-void Walk(const std::shared_ptr<NamespaceNode>& node,
-          const std::function<void(const std::shared_ptr<NamespaceNode>&)>& visit) {
-    visit(node);
-    for (const auto& child : node->GetNamespaceNodes()) {
-        Walk(child, visit);
-    }
-}
+using Testing::RegisteredTree;
+using Testing::WalkTree;
 
 TEST(NamespaceTree, RootGetsExactlyNetworkWithItsNineChildrenInOrder) {
-    auto root = RegisterTree();
+    auto root = RegisteredTree();
     EXPECT_EQ(root->GetNamespaceNodeNames(), std::vector<std::string>{"network"});
     auto network = root->GetNamespaceNode("network");
     ASSERT_TRUE(network);
@@ -44,9 +34,9 @@ TEST(NamespaceTree, RootGetsExactlyNetworkWithItsNineChildrenInOrder) {
 // A walk of the registered tree meets the table's rows, namespaces and commands, in the table's
 // order, every one described and only namespaces with entries.
 TEST(NamespaceTree, WalkMeetsEveryRowOfTheTableInItsOrder) {
-    auto network = RegisterTree()->GetNamespaceNode("network");
+    auto network = RegisteredTree()->GetNamespaceNode("network");
     std::vector<ZanvexCli::NetworkNamespace::TreeTableRow> walked;
-    Walk(network, [&walked](const std::shared_ptr<NamespaceNode>& node) {
+    WalkTree(network, [&walked](const std::shared_ptr<NamespaceNode>& node) {
         SCOPED_TRACE(node->GetPathString(' '));
         EXPECT_FALSE(node->GetDescription().empty());
         const bool command = node->GetType() == NodeTypeCommand;
@@ -70,7 +60,7 @@ TEST(NamespaceTree, WalkMeetsEveryRowOfTheTableInItsOrder) {
 }
 
 TEST(NamespaceTree, NicEntriesKeepTheirRegistrationOrderAroundSubNamespaces) {
-    auto nic = RegisterTree()->GetNamespaceNode("network")->GetNamespaceNode("nic");
+    auto nic = RegisteredTree()->GetNamespaceNode("network")->GetNamespaceNode("nic");
     ASSERT_TRUE(nic);
     auto names = nic->GetNamespaceNodeNames();
     ASSERT_GE(names.size(), 6u);
@@ -80,7 +70,7 @@ TEST(NamespaceTree, NicEntriesKeepTheirRegistrationOrderAroundSubNamespaces) {
 }
 
 TEST(NamespaceTree, NodesKnowThemselvesAndTheirPaths) {
-    auto root = RegisterTree();
+    auto root = RegisteredTree();
     std::list<std::string> path{"network", "nic", "list", "extra"};
     auto node = root->ResolveNode(path);
     ASSERT_TRUE(node);
@@ -97,8 +87,8 @@ TEST(NamespaceTree, NodesKnowThemselvesAndTheirPaths) {
 }
 
 TEST(NamespaceTree, EveryCommandDeclaresItsSpecsAndDefaultOutput) {
-    auto network = RegisterTree()->GetNamespaceNode("network");
-    Walk(network, [](const std::shared_ptr<NamespaceNode>& node) {
+    auto network = RegisteredTree()->GetNamespaceNode("network");
+    WalkTree(network, [](const std::shared_ptr<NamespaceNode>& node) {
         auto command = std::dynamic_pointer_cast<CommandSpec>(node);
         if (!command) {
             return;

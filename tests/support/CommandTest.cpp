@@ -204,9 +204,23 @@ std::vector<std::string> FieldNames(const std::shared_ptr<MetaStruct>& row) {
     return names;
 }
 
-std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words) {
+std::shared_ptr<CppTools::AutoCli::NamespaceNode> RegisteredTree() {
     std::shared_ptr<CppTools::AutoCli::NamespaceNode> root = CppTools::AutoCli::Namespace::New();
     AutoCli_RegisterNamespaces(root);
+    return root;
+}
+
+void WalkTree(
+    const std::shared_ptr<CppTools::AutoCli::NamespaceNode>& node,
+    const std::function<void(const std::shared_ptr<CppTools::AutoCli::NamespaceNode>&)>& visit) {
+    visit(node);
+    for (const auto& child : node->GetNamespaceNodes()) {
+        WalkTree(child, visit);
+    }
+}
+
+std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words) {
+    const auto root = RegisteredTree();
     std::list<std::string> path{"network"};
     path.insert(path.end(), words.begin(), words.end());
     auto command =

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -109,6 +110,12 @@ std::shared_ptr<CppTools::MetaObj::MetaStruct> Nested(
     const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
 std::vector<std::shared_ptr<CppTools::MetaObj::MetaStruct>> Rows(
     const std::shared_ptr<CppTools::MetaObj::MetaList>& list);
+// A fresh root with the plug-in's `network` tree registered under it.
+std::shared_ptr<CppTools::AutoCli::NamespaceNode> RegisteredTree();
+// Visits `node` and every node under it, each namespace before its children.
+void WalkTree(
+    const std::shared_ptr<CppTools::AutoCli::NamespaceNode>& node,
+    const std::function<void(const std::shared_ptr<CppTools::AutoCli::NamespaceNode>&)>& visit);
 // The names of the fields of the struct "network <words...>" declares for its result (or each
 // row), in their order.
 std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words);
