@@ -14,6 +14,9 @@
 
 namespace HostSim::Dvs {
 
+// The distributed switches of the built-in default host.
+extern const char* const kDefaultSection;
+
 // The partner's side of one NIC of a running LAG.
 struct LagPartner {
     std::string deviceId;

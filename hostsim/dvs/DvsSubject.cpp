@@ -10,7 +10,6 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
-#include "hostsim/dvs/DvsSubject.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/vswitch/VswitchRules.h"
 #include "hostsim/vswitch/VswitchStore.h"

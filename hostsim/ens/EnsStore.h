@@ -11,6 +11,9 @@
 
 namespace HostSim::Ens {
 
+// Its section of the built-in default host.
+extern const char* const kDefaultSection;
+
 // The most contexts the host can be set to allow, and the highest context id.
 inline constexpr std::uint32_t kMaximumLcores = 256;
 inline constexpr std::uint64_t kMaximumLcoreId = 1023;

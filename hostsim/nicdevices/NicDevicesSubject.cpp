@@ -9,7 +9,7 @@
 #include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 
 namespace HostSim {
 

@@ -10,10 +10,8 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
-#include "hostsim/ports/PortStore.h"
-#include "hostsim/ports/PortsSubject.h"
+#include "hostsim/ports/PortsStore.h"
 #include "hostsim/vswitch/VswitchStore.h"
-#include "hostsim/vswitch/VswitchSubject.h"
 #include "kelmctl/PortImpl.h"
 
 namespace HostSim {

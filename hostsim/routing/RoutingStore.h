@@ -13,6 +13,9 @@
 
 namespace HostSim::Routing {
 
+// Its section of the built-in default host.
+extern const char* const kDefaultSection;
+
 inline constexpr const char kSourceManual[] = "MANUAL";
 inline constexpr const char kSourceDhcp[] = "DHCP";
 inline constexpr const char kSourceNone[] = "N/A";

@@ -1,6 +1,5 @@
 // The switching subject: the vswitch, vswitch_uplink and vswitch_portgroup tables and the
 // "vswitches" section of a profile.
-#include "hostsim/vswitch/VswitchSubject.h"
 
 #include <set>
 

@@ -12,6 +12,9 @@
 
 namespace HostSim::NameService {
 
+// Its section of the built-in default host.
+extern const char* const kDefaultSection;
+
 // An instance without a row has no servers and no domains.
 KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack);
 void WriteDns(Database& database, const std::string& netstack,

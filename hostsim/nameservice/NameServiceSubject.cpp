@@ -8,7 +8,7 @@
 #include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
-#include "hostsim/dns/NameServiceStore.h"
+#include "hostsim/nameservice/NameServiceStore.h"
 #include "hostsim/routing/RoutingStore.h"
 
 namespace HostSim {
@@ -100,27 +100,6 @@ Json ExportSection(Database& database) {
             {"hosts", NameService::ReadHosts(database)}};
 }
 
-// Resolvers on the management network for the default instance, one on the migration network
-// for "glidex", and the hosts the administrators named by hand.
-constexpr const char kDefaultSection[] = R"json({
-  "ipv6Enabled": true,
-  "netDumperEnabled": true,
-  "dns": [
-    {"netstack": "defaultTcpipStack", "servers": ["192.0.2.53", "2001:db8:0:1::53"],
-     "searchDomains": ["mgmt.example.com", "example.com"]},
-    {"netstack": "glidex", "servers": ["198.51.100.53"],
-     "searchDomains": ["migration.example.net"]}
-  ],
-  "hosts": [
-    {"ip": "192.0.2.31", "hostname": "console.mgmt.example.com", "aliases": ["console"],
-     "comment": "management console"},
-    {"ip": "2001:db8:0:1::31", "hostname": "console6.mgmt.example.com", "aliases": [],
-     "comment": ""},
-    {"ip": "198.51.100.42", "hostname": "peer.migration.example.net",
-     "aliases": ["peer", "glidex-peer"], "comment": "migration peer"}
-  ]
-})json";
-
 }  // namespace
 
 extern const Subject nameServiceSubject;
@@ -128,7 +107,7 @@ const Subject nameServiceSubject = {
     .name = "nameService",
     .schemaSteps = kSchemaSteps,
     .tables = kTables,
-    .defaultSection = kDefaultSection,
+    .defaultSection = NameService::kDefaultSection,
     .importSection = ImportSection,
     .exportSection = ExportSection,
 };

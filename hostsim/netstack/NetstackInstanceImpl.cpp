@@ -5,8 +5,9 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/ip/IpStore.h"
+#include "hostsim/kelmnic/KelmNicStore.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/netstack/NetstackStore.h"
 
 namespace KelmCtl::Network {
 

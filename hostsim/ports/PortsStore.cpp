@@ -1,4 +1,4 @@
-#include "hostsim/ports/PortStore.h"
+#include "hostsim/ports/PortsStore.h"
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Columns.h"

@@ -13,8 +13,8 @@
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/dvs/DvsStore.h"
-#include "hostsim/ip/KelmNicImpl.h"
-#include "hostsim/ip/LiveKelmNicImpl.h"
+#include "hostsim/kelmnic/KelmNicImpl.h"
+#include "hostsim/kelmnic/LiveKelmNicImpl.h"
 #include "hostsim/values/LocalMac.h"
 #include "hostsim/vswitch/VswitchStore.h"
 

@@ -1,12 +1,12 @@
 // Host operations of one Kelm interface on the live Linux host.
-#include "hostsim/ip/LiveKelmNicImpl.h"
+#include "hostsim/kelmnic/LiveKelmNicImpl.h"
 
 #include <bit>
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
-#include "hostsim/ip/IpStore.h"
+#include "hostsim/kelmnic/KelmNicStore.h"
 
 namespace KelmCtl::Network {
 

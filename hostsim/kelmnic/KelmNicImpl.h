@@ -6,7 +6,7 @@
 
 #include "hostctl/DVSwitch.h"
 #include "hostctl/KelmNic.h"
-#include "hostsim/ip/IpStore.h"
+#include "hostsim/kelmnic/KelmNicStore.h"
 
 namespace KelmCtl::Network {
 

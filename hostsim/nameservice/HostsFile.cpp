@@ -7,9 +7,9 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/dns/HostsRecord.h"
-#include "hostsim/dns/NameServiceStore.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/nameservice/NameServiceRecord.h"
+#include "hostsim/nameservice/NameServiceStore.h"
 
 namespace KelmCtl::Network {
 

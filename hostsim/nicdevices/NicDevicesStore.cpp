@@ -1,4 +1,4 @@
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 
 #include <algorithm>
 #include <unordered_map>

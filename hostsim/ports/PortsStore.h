@@ -35,6 +35,9 @@ struct PortRecord {
 
 namespace HostSim::Ports {
 
+// The worlds and ports of the built-in default host.
+extern const char* const kDefaultSection;
+
 // Every port with its counters and filters, in the profile's order.
 std::vector<KelmCtl::Network::PortRecord> LoadAllPorts(Database& database);
 void InsertPort(Database& database, const KelmCtl::Network::PortRecord& record);

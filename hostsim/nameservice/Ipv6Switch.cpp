@@ -2,8 +2,8 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/dns/NameServiceStore.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/nameservice/NameServiceStore.h"
 #include "kelmctl/NetworkInfoImpl.h"
 
 namespace KelmCtl::Network {

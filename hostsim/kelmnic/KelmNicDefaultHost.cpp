@@ -1,21 +1,11 @@
-// The netstack instances and Kelm interfaces of the built-in default host. The default instance
-// and the migration instance "glidex" are up; kelm0 is the management interface on
+// The Kelm interfaces of the built-in default host. kelm0 is the management interface on
 // "Management Network" with a static address and the net dumper, kelm1 carries migration
 // traffic on "Migration Network" of storageswitch1 in "glidex" with no gateway of its own,
 // kelm2 takes its address by DHCP on DVPort 8 of distswitch0, and kelm9 is the host's system
 // interface. Their IPv6 addresses show every type and status.
-#include "hostsim/ip/IpSubject.h"
+#include "hostsim/kelmnic/KelmNicStore.h"
 
 namespace HostSim::Ip {
-
-const char* const kDefaultNetstacks = R"json([
-  {"key": "defaultTcpipStack", "name": "defaultTcpipStack", "enabled": true,
-   "maxConnections": 11000, "congestionControl": "newreno", "ipv6": true, "ecn": "enabled",
-   "workers": 2},
-  {"key": "glidex", "name": "glidex", "enabled": true,
-   "maxConnections": 11000, "congestionControl": "cubic", "ipv6": true, "ecn": "echo-only",
-   "workers": 2}
-])json";
 
 const char* const kDefaultKelmNics = R"json([
   {"name": "kelm0", "netstack": "defaultTcpipStack", "mac": "02:04:00:00:00:00", "mtu": 1500,

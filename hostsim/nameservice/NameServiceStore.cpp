@@ -1,4 +1,4 @@
-#include "hostsim/dns/NameServiceStore.h"
+#include "hostsim/nameservice/NameServiceStore.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/dns/NameServiceStore.h"
 #include "hostsim/linux/LiveHost.h"
+#include "hostsim/nameservice/NameServiceStore.h"
 #include "hostsim/routing/RoutingStore.h"
 
 namespace KelmCtl::Network {

@@ -1,5 +1,5 @@
-// The records of Kelm interfaces and netstack instances, the JSON form of IP configurations,
-// and the queries and changes of the store.
+// The Kelm interface subject's store: the JSON form of IP configurations, the host's rules for
+// interfaces, and the queries and changes of the store.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 #include "hostsim/core/Columns.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
-#include "hostsim/ip/NetstackRecord.h"
+#include "hostsim/netstack/NetstackStore.h"
 
 namespace KelmCtl::Network {
 
@@ -48,44 +48,14 @@ struct KelmNicRecord {
 
 namespace HostSim::Ip {
 
-inline constexpr char kDefaultNetstack[] = "defaultTcpipStack";
+// The Kelm interfaces of the built-in default host.
+extern const char* const kDefaultKelmNics;
+
 inline constexpr std::uint32_t kDefaultMtu = 1500;
 inline constexpr std::uint32_t kDefaultTsoMss = 65535;
 inline constexpr std::uint32_t kMaximumRxQueues = 1000;
-inline constexpr unsigned kMaximumConnections = 1'000'000;
 
-// Table netstack, after its position. A profile leaves out the kernel's values of an instance
-// that is down, and an instance without a name of its own is named by its key.
-using KelmCtl::Network::NetstackRecord;
-inline constexpr Column<NetstackRecord> kNetstackColumns[] = {
-    {.sql = "key", .member = &NetstackRecord::key, .json = "key", .required = true},
-    {.sql = "name", .member = &NetstackRecord::name, .json = "name"},
-    {.sql = "up", .member = &NetstackRecord::up, .json = "enabled", .fallback = true},
-    {.sql = "max_connections",
-     .member = &NetstackRecord::maxConnections,
-     .json = "maxConnections",
-     .fallback = 11000},
-    {.sql = "congestion_control",
-     .member = &NetstackRecord::congestionControl,
-     .json = "congestionControl",
-     .fallbackText = "newreno"},
-    {.sql = "ipv6", .member = &NetstackRecord::ipv6, .json = "ipv6", .fallback = true},
-    {.sql = "ecn", .member = &NetstackRecord::ecn, .json = "ecn", .fallbackText = "enabled"},
-    {.sql = "workers", .member = &NetstackRecord::workers, .json = "workers", .fallback = 2},
-    {.sql = "current_max_connections", .member = &NetstackRecord::currentMaxConnections},
-    {.sql = "current_ipv6", .member = &NetstackRecord::currentIpv6},
-};
-
-// The keys of the instances the system defines, the default one first.
-const std::vector<std::string>& PredefinedNetstackKeys();
-const std::vector<std::string>& CongestionControlAlgorithms();
-const std::vector<std::string>& EcnStatuses();
-
-// The host's rules for the settings of an instance; each throws HostCtlException.
-void CheckNetstackKey(const std::string& key);
-void CheckMaxConnections(unsigned long maxConnections);
-void CheckCongestionControl(const std::string& name);
-void CheckEcn(const std::string& status);
+// The host's rule for the MTU of an interface; throws HostCtlException.
 void CheckMtu(long mtu);
 
 // IP configurations as JSON, and the text forms of IPv6 address types and statuses.
@@ -104,13 +74,6 @@ std::optional<HostCtl::Network::Ipv4Address> StaticIpv4Address(
 // The refusal of a static IPv4 address that `user` has in `netstack` already.
 [[noreturn]] void RefuseIpv4AddressInUse(const HostCtl::Network::Ipv4Address& address,
                                          const std::string& user, const std::string& netstack);
-
-// Netstack instances in the order they were made; one by key.
-std::vector<KelmCtl::Network::NetstackRecord> LoadNetstacks(Database& database);
-std::optional<KelmCtl::Network::NetstackRecord> LoadNetstack(Database& database,
-                                                             const std::string& key);
-void InsertNetstack(Database& database, const KelmCtl::Network::NetstackRecord& record);
-void UpdateNetstack(Database& database, const KelmCtl::Network::NetstackRecord& record);
 
 // Which interfaces a query reads.
 struct KelmNicFilter {

@@ -1,5 +1,5 @@
 // Host operations of one Kelm interface.
-#include "hostsim/ip/KelmNicImpl.h"
+#include "hostsim/kelmnic/KelmNicImpl.h"
 
 #include <algorithm>
 
