@@ -232,7 +232,13 @@ Json ExportSwitches(Database& database) {
 }  // namespace
 
 extern const Subject dvsSubject;
-const Subject dvsSubject{"dvswitches",         kSchemaSteps,   kTables,
-                         Dvs::kDefaultSection, ImportSwitches, ExportSwitches};
+const Subject dvsSubject = {
+    .name = "dvswitches",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Dvs::kDefaultSection,
+    .importSection = ImportSwitches,
+    .exportSection = ExportSwitches,
+};
 
 }  // namespace HostSim

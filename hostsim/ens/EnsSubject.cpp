@@ -98,6 +98,13 @@ Json ExportEns(Database& database) {
 }  // namespace
 
 extern const Subject ensSubject;
-const Subject ensSubject{"ens", kSchemaSteps, kTables, Ens::kDefaultSection, ImportEns, ExportEns};
+const Subject ensSubject = {
+    .name = "ens",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Ens::kDefaultSection,
+    .importSection = ImportEns,
+    .exportSection = ExportEns,
+};
 
 }  // namespace HostSim

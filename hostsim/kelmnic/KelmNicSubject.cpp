@@ -259,7 +259,13 @@ Json ExportKelmNics(Database& database) {
 }  // namespace
 
 extern const Subject kelmnicSubject;
-const Subject kelmnicSubject{"kelmnics",           kKelmNicSchemaSteps, kKelmNicTables,
-                             Ip::kDefaultKelmNics, ImportKelmNics,      ExportKelmNics};
+const Subject kelmnicSubject = {
+    .name = "kelmnics",
+    .schemaSteps = kKelmNicSchemaSteps,
+    .tables = kKelmNicTables,
+    .defaultSection = Ip::kDefaultKelmNics,
+    .importSection = ImportKelmNics,
+    .exportSection = ExportKelmNics,
+};
 
 }  // namespace HostSim

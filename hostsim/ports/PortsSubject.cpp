@@ -243,7 +243,13 @@ Json ExportPorts(Database& database) {
 }  // namespace
 
 extern const Subject portsSubject;
-const Subject portsSubject{"ports",     kSchemaSteps, kTables, Ports::kDefaultSection,
-                           ImportPorts, ExportPorts};
+const Subject portsSubject = {
+    .name = "ports",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Ports::kDefaultSection,
+    .importSection = ImportPorts,
+    .exportSection = ExportPorts,
+};
 
 }  // namespace HostSim
