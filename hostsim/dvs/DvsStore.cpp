@@ -60,54 +60,6 @@ LagNic LagNicFromJson(const Json& json) {
     return nic;
 }
 
-// The switch's DVPorts, as JSON text; they take the switch's name and id, read before them.
-std::string DVPortsText(const DVSwitchRecord& record) {
-    Json dvports = Json::array();
-    for (const DVPortRecord& port : record.dvports) {
-        dvports.push_back(DVPortToJson(port));
-    }
-    return dvports.dump();
-}
-
-void SetDVPorts(DVSwitchRecord& record, const std::string& text) {
-    for (const Json& port : Json::parse(text)) {
-        DVPortRecord dvport = DVPortFromJson(port);
-        dvport.dvsName = record.name;
-        dvport.dvsId = record.id;
-        record.dvports.push_back(std::move(dvport));
-    }
-}
-
-std::string LagsText(const DVSwitchRecord& record) {
-    Json lags = Json::array();
-    for (const Lag& lag : record.lags) {
-        lags.push_back(LagToJson(lag));
-    }
-    return lags.dump();
-}
-
-void SetLags(DVSwitchRecord& record, const std::string& text) {
-    for (const Json& lag : Json::parse(text)) {
-        record.lags.push_back(LagFromJson(lag));
-    }
-}
-
-// Table dvs, after its position.
-constexpr Column<DVSwitchRecord> kSwitchColumns[] = {
-    {.sql = "name", .member = &DVSwitchRecord::name},
-    {.sql = "id", .member = &DVSwitchRecord::id},
-    {.sql = "class", .member = &DVSwitchRecord::className},
-    {.sql = "ports", .member = &DVSwitchRecord::ports},
-    {.sql = "mtu", .member = &DVSwitchRecord::mtu},
-    {.sql = "cdp_status", .member = &DVSwitchRecord::cdpStatus},
-    {.sql = "beacon_timeout", .member = &DVSwitchRecord::beaconTimeout},
-    {.sql = "branded", .member = &DVSwitchRecord::zanvexBranded},
-    {.sql = "opaque", .member = &DVSwitchRecord::opaque},
-    {.sql = "lacp_on_dpu", .member = &DVSwitchRecord::lacpOnDpu},
-    {.sql = "dvports", .member = TextAccess<DVSwitchRecord>{DVPortsText, SetDVPorts}},
-    {.sql = "lags", .member = TextAccess<DVSwitchRecord>{LagsText, SetLags}},
-};
-
 std::string SelectSwitches(const char* where) {
     return "SELECT " + ColumnNames(kSwitchColumns) + " FROM dvs " + where;
 }
@@ -147,6 +99,38 @@ std::optional<DVSwitchRecord> LoadOne(Database& database, Statement& query) {
 }
 
 }  // namespace
+
+// The switch's DVPorts, as JSON text; they take the switch's name and id, read before them.
+std::string DVPortsText(const DVSwitchRecord& record) {
+    Json dvports = Json::array();
+    for (const DVPortRecord& port : record.dvports) {
+        dvports.push_back(DVPortToJson(port));
+    }
+    return dvports.dump();
+}
+
+void SetDVPorts(DVSwitchRecord& record, const std::string& text) {
+    for (const Json& port : Json::parse(text)) {
+        DVPortRecord dvport = DVPortFromJson(port);
+        dvport.dvsName = record.name;
+        dvport.dvsId = record.id;
+        record.dvports.push_back(std::move(dvport));
+    }
+}
+
+std::string LagsText(const DVSwitchRecord& record) {
+    Json lags = Json::array();
+    for (const Lag& lag : record.lags) {
+        lags.push_back(LagToJson(lag));
+    }
+    return lags.dump();
+}
+
+void SetLags(DVSwitchRecord& record, const std::string& text) {
+    for (const Json& lag : Json::parse(text)) {
+        record.lags.push_back(LagFromJson(lag));
+    }
+}
 
 Json LagToJson(const Lag& lag) {
     Json json = {{"id", lag.id},

@@ -1,5 +1,7 @@
-// The IPsec subject: the security association and policy databases, the "ipsec" section of a
-// profile, and its default data.
+// The IPsec subject: the security association and policy databases and the "ipsec" section of a
+// profile. It has no record file of its own: its records are the platform's IpSecSadParam and
+// IpSecSpdParam, kept whole as JSON in the detail column of one table, so there is no record
+// type and no column table to describe (IpsecStore.h has their JSON form).
 #include <set>
 
 #include "hostctl/HostCtlException.h"

@@ -76,6 +76,25 @@ constexpr int kNetDumper = 1;
 constexpr int kIpv6ReadyPrimary = 2;
 constexpr int kIpv6ReadySecondary = 4;
 
+std::vector<std::string> PortGroupUsers(Database& database, const std::string& portGroup) {
+    auto query = database.Query("SELECT users FROM vswitch_portgroup WHERE name = ?1");
+    query.Bind(1, portGroup);
+    if (!query.Step()) {
+        return {};
+    }
+    return Json::parse(query.Text(0)).get<std::vector<std::string>>();
+}
+
+void WritePortGroupUsers(Database& database, const std::string& portGroup,
+                         const std::vector<std::string>& users) {
+    database.Query("UPDATE vswitch_portgroup SET users = ?1 WHERE name = ?2")
+        .Bind(1, Json(users).dump())
+        .Bind(2, portGroup)
+        .Run();
+}
+
+}  // namespace
+
 // The opaque network of a connection to one, as JSON text; empty for other connections.
 std::string OpaqueText(const KelmNicRecord& record) {
     if (record.connectionType != HostCtl::Network::ConnectionPoint::kOpaqueNetwork) {
@@ -122,51 +141,6 @@ void SetNetDumpFlags(KelmNicRecord& record, std::int64_t flags) {
     record.ipv6ReadyPrimary = (flags & kIpv6ReadyPrimary) != 0;
     record.ipv6ReadySecondary = (flags & kIpv6ReadySecondary) != 0;
 }
-
-// Table kelmnic, after its position. The profile's form of an interface is its subject's.
-constexpr Column<KelmNicRecord> kKelmNicColumns[] = {
-    {.sql = "name", .member = &KelmNicRecord::name},
-    {.sql = "netstack", .member = &KelmNicRecord::netstack},
-    {.sql = "system", .member = &KelmNicRecord::system},
-    {.sql = "mac", .member = &KelmNicRecord::mac},
-    {.sql = "mtu", .member = &KelmNicRecord::mtu},
-    {.sql = "tso_mss", .member = &KelmNicRecord::tsoMss},
-    {.sql = "rx_queues", .member = &KelmNicRecord::rxQueues},
-    {.sql = "enabled", .member = &KelmNicRecord::enabled},
-    {.sql = "port_id", .member = &KelmNicRecord::portId},
-    {.sql = "cp_type", .member = &KelmNicRecord::connectionType},
-    {.sql = "portset", .member = &KelmNicRecord::portset},
-    {.sql = "portgroup", .member = &KelmNicRecord::portGroup},
-    {.sql = "dvs_id", .member = &KelmNicRecord::dvsId},
-    {.sql = "dvport", .member = &KelmNicRecord::dvPort},
-    {.sql = "connection_id", .member = &KelmNicRecord::connectionId},
-    {.sql = "opaque",
-     .member = TextAccess<KelmNicRecord>{OpaqueText, SetOpaque},
-     .nullWhenEmpty = true},
-    {.sql = "tags", .member = TextAccess<KelmNicRecord>{TagsText, SetTags}},
-    {.sql = "net_dump", .member = NumberAccess<KelmNicRecord>{NetDumpFlags, SetNetDumpFlags}},
-    {.sql = "ip_config", .member = &KelmNicRecord::ipConfig},
-    {.sql = "configured_ip_config", .member = &KelmNicRecord::configuredIpConfig},
-};
-
-std::vector<std::string> PortGroupUsers(Database& database, const std::string& portGroup) {
-    auto query = database.Query("SELECT users FROM vswitch_portgroup WHERE name = ?1");
-    query.Bind(1, portGroup);
-    if (!query.Step()) {
-        return {};
-    }
-    return Json::parse(query.Text(0)).get<std::vector<std::string>>();
-}
-
-void WritePortGroupUsers(Database& database, const std::string& portGroup,
-                         const std::vector<std::string>& users) {
-    database.Query("UPDATE vswitch_portgroup SET users = ?1 WHERE name = ?2")
-        .Bind(1, Json(users).dump())
-        .Bind(2, portGroup)
-        .Run();
-}
-
-}  // namespace
 
 void CheckMtu(long mtu) {
     CheckRange(mtu, HostCtl::Network::KelmNic::MIN_MTU, HostCtl::Network::KelmNic::MAX_MTU, "MTU");

@@ -13,38 +13,8 @@
 #include "hostsim/core/Columns.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/kelmnic/KelmNicRecord.h"
 #include "hostsim/netstack/NetstackStore.h"
-
-namespace KelmCtl::Network {
-
-struct KelmNicRecord {
-    std::string name;
-    std::string netstack;
-    bool system = false;
-    std::string mac;
-    std::uint32_t mtu = 1500;
-    std::uint32_t tsoMss = 65535;
-    std::uint32_t rxQueues = 1;
-    bool enabled = true;
-    std::uint32_t portId = 0;  // 0: no port
-    // The connection point: its kind and the fields of that kind.
-    int connectionType = HostCtl::Network::ConnectionPoint::kNone;
-    std::string portset;
-    std::string portGroup;
-    std::string dvsId;
-    std::string dvPort;
-    std::uint32_t connectionId = 0;
-    HostCtl::Network::OpaqueNetworkParam opaque;
-    std::vector<HostCtl::Network::KelmNicTagType> tags;
-    bool netDumper = false;
-    bool ipv6ReadyPrimary = false;
-    bool ipv6ReadySecondary = false;
-    // The configurations in force and stored, as JSON text, parsed when asked for.
-    std::string ipConfig;
-    std::string configuredIpConfig;
-};
-
-}  // namespace KelmCtl::Network
 
 namespace HostSim::Ip {
 

@@ -30,21 +30,23 @@ void EnsureRow(Database& database) {
         .Run();
 }
 
-using DnsConfig = KelmCtl::Network::DnsConfigImpl::Config;
-
-// Table dns, after the instance: its lists as JSON arrays of text.
-constexpr Column<DnsConfig> kDnsColumns[] = {
-    {.sql = "servers",
-     .member = TextAccess<DnsConfig>{
-         [](const DnsConfig& config) { return Json(config.servers).dump(); },
-         [](DnsConfig& config, const std::string& text) { config.servers = Strings(text); }}},
-    {.sql = "domains",
-     .member = TextAccess<DnsConfig>{
-         [](const DnsConfig& config) { return Json(config.domains).dump(); },
-         [](DnsConfig& config, const std::string& text) { config.domains = Strings(text); }}},
-};
-
 }  // namespace
+
+std::string ServersText(const DnsConfig& config) {
+    return Json(config.servers).dump();
+}
+
+void SetServers(DnsConfig& config, const std::string& text) {
+    config.servers = Strings(text);
+}
+
+std::string DomainsText(const DnsConfig& config) {
+    return Json(config.domains).dump();
+}
+
+void SetDomains(DnsConfig& config, const std::string& text) {
+    config.domains = Strings(text);
+}
 
 KelmCtl::Network::DnsConfigImpl::Config ReadDns(Database& database, const std::string& netstack) {
     static const std::string sql =

@@ -8,6 +8,7 @@
 
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/nameservice/NameServiceRecord.h"
 #include "kelmctl/DnsConfigImpl.h"
 
 namespace HostSim::NameService {

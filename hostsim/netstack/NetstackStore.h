@@ -18,28 +18,6 @@ extern const char* const kDefaultNetstacks;
 inline constexpr char kDefaultNetstack[] = "defaultTcpipStack";
 inline constexpr unsigned kMaximumConnections = 1'000'000;
 
-// Table netstack, after its position. A profile leaves out the kernel's values of an instance
-// that is down, and an instance without a name of its own is named by its key.
-using KelmCtl::Network::NetstackRecord;
-inline constexpr Column<NetstackRecord> kNetstackColumns[] = {
-    {.sql = "key", .member = &NetstackRecord::key, .json = "key", .required = true},
-    {.sql = "name", .member = &NetstackRecord::name, .json = "name"},
-    {.sql = "up", .member = &NetstackRecord::up, .json = "enabled", .fallback = true},
-    {.sql = "max_connections",
-     .member = &NetstackRecord::maxConnections,
-     .json = "maxConnections",
-     .fallback = 11000},
-    {.sql = "congestion_control",
-     .member = &NetstackRecord::congestionControl,
-     .json = "congestionControl",
-     .fallbackText = "newreno"},
-    {.sql = "ipv6", .member = &NetstackRecord::ipv6, .json = "ipv6", .fallback = true},
-    {.sql = "ecn", .member = &NetstackRecord::ecn, .json = "ecn", .fallbackText = "enabled"},
-    {.sql = "workers", .member = &NetstackRecord::workers, .json = "workers", .fallback = 2},
-    {.sql = "current_max_connections", .member = &NetstackRecord::currentMaxConnections},
-    {.sql = "current_ipv6", .member = &NetstackRecord::currentIpv6},
-};
-
 // The keys of the instances the system defines, the default one first.
 const std::vector<std::string>& PredefinedNetstackKeys();
 const std::vector<std::string>& CongestionControlAlgorithms();

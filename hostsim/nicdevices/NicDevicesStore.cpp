@@ -17,28 +17,6 @@ const char* const kFilterClassNames[] = {"MacOnly", "VlanOnly", "VlanMac",
 
 namespace {
 
-// Table nic_device, after its position. The NIC is the first column.
-constexpr Column<Device> kColumns[] = {
-    {.sql = "nic", .member = &Device::nic},
-    {.sql = "sriov", .member = &Device::sriov, .nullWhenEmpty = true},
-    {.sql = "netqueue", .member = &Device::netqueue},
-    {.sql = "tx_queues", .member = &Device::txQueues},
-    {.sql = "rx_queues", .member = &Device::rxQueues},
-    {.sql = "max_tx_queues", .member = &Device::maxTxQueues},
-    {.sql = "max_rx_queues", .member = &Device::maxRxQueues},
-    {.sql = "balancer", .member = &Device::balancerEnabled},
-    {.sql = "allowed", .member = &Device::allowed},
-    {.sql = "supported", .member = &Device::supported},
-    {.sql = "filter_classes", .member = &Device::filterClasses},
-    {.sql = "plugins", .member = &Device::plugins},
-    {.sql = "hw_capabilities", .member = &Device::hwCapabilities},
-    {.sql = "hw_supported", .member = &Device::hwSupported},
-    {.sql = "hw_activated", .member = &Device::hwActivated},
-    {.sql = "dcb", .member = &Device::dcb, .nullWhenEmpty = true},
-    {.sql = "diagnostics", .member = &Device::diagnostics, .nullWhenEmpty = true},
-    {.sql = "attachments", .member = &Device::attachments},
-};
-
 std::string SelectDevices(const char* where) {
     return "SELECT " + ColumnNames(kColumns) + " FROM nic_device " + where;
 }

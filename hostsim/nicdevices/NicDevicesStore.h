@@ -11,30 +11,9 @@
 
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/nicdevices/NicDevicesRecord.h"
 
 namespace HostSim::NicDevices {
-
-struct Device {
-    std::string nic;
-    std::string sriov;  // JSON {"enabled", "virtualFunctions"}; empty: no SR-IOV
-    bool netqueue = false;
-    std::uint32_t txQueues = 0;
-    std::uint32_t rxQueues = 0;
-    std::uint32_t maxTxQueues = 0;
-    std::uint32_t maxRxQueues = 0;
-    bool balancerEnabled = false;
-    std::uint32_t allowed = 0;  // bit n: balancer feature n
-    std::uint32_t supported = 0;
-    std::uint32_t filterClasses = 0;  // bit n: filter class n
-    std::string plugins;              // the balancer plug-ins, in the form of PluginsToText
-    bool hwCapabilities = false;
-    std::uint64_t hwSupported = 0;
-    std::uint64_t hwActivated = 0;
-    std::string dcb;  // JSON; empty: no DCB
-    std::string
-        diagnostics;  // JSON {"eepromMagic", "eeprom", "registers", "selfTest"}; empty: none
-    std::string attachments = "[]";  // JSON array of {"branch", "vlanId"}
-};
 
 // A netqueue balancer plug-in of a NIC. Listings read the plug-ins of every NIC, so the store
 // keeps them as plain text, one line each: module, plug-in, 1 or 0 for active, description,

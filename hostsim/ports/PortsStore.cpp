@@ -12,28 +12,6 @@ using KelmCtl::Network::PortRecord;
 
 namespace {
 
-// Table port, after its position: what a listing reads.
-constexpr Column<PortRecord> kPortColumns[] = {
-    {.sql = "id", .member = &PortRecord::id},
-    {.sql = "switch", .member = &PortRecord::switchName},
-    {.sql = "type", .member = &PortRecord::type},
-    {.sql = "world", .member = &PortRecord::world},
-    {.sql = "portgroup", .member = &PortRecord::portGroup},
-    {.sql = "dvport", .member = &PortRecord::dvport},
-    {.sql = "macs",
-     .member = TextAccess<PortRecord>{
-         [](const PortRecord& record) { return JoinMacs(record.macs); },
-         [](PortRecord& record, const std::string& text) { record.macs = SplitMacs(text); }}},
-    {.sql = "ip", .member = &PortRecord::ip},
-    {.sql = "team_uplink", .member = &PortRecord::teamUplink},
-};
-
-// Then its counters and filters, read on first use.
-constexpr Column<PortRecord> kPortDetailColumns[] = {
-    {.sql = "stats", .member = &PortRecord::stats},
-    {.sql = "filters", .member = &PortRecord::filters},
-};
-
 std::string SelectPorts(const char* where) {
     return "SELECT " + ColumnNames(kPortColumns) + " FROM port " + where;
 }

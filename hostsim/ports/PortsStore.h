@@ -1,4 +1,4 @@
-// The ports subject's records and the queries of the store. A port's counters and filters are
+// The ports subject's store: the queries of its tables. A port's counters and filters are
 // JSON columns, parsed only when an operation asks for them, so that listings of many ports
 // stay cheap.
 #pragma once
@@ -12,26 +12,7 @@
 #include "hostctl/Port.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
-
-namespace KelmCtl::Network {
-
-struct PortRecord {
-    std::uint32_t id = 0;
-    std::string switchName;
-    int type = 0;
-    std::uint32_t world = 0;
-    std::string portGroup;
-    std::string dvport;
-    std::vector<std::string> macs;
-    std::string ip;
-    std::string teamUplink;
-    // {"packets": {...}, "bytes": {...}} and [filter, ...], as stored; read on first use.
-    bool detailLoaded = false;
-    std::string stats;
-    std::string filters;
-};
-
-}  // namespace KelmCtl::Network
+#include "hostsim/ports/PortsRecord.h"
 
 namespace HostSim::Ports {
 
@@ -52,10 +33,6 @@ std::optional<KelmCtl::Network::PortRecord> LoadUplinkPort(Database& database,
                                                            const std::string& nicName);
 std::optional<std::string> LoadWorldName(Database& database, std::uint32_t worldId);
 std::vector<std::uint32_t> LoadWorldIds(Database& database);
-
-// A port's MAC addresses are stored as one text, joined by ",".
-std::vector<std::string> SplitMacs(const std::string& text);
-std::string JoinMacs(const std::vector<std::string>& macs);
 
 Json PacketStatsToJson(const HostCtl::Network::PacketStats& stats);
 HostCtl::Network::PacketStats PacketStatsFromJson(const Json& json);

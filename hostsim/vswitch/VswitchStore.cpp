@@ -41,86 +41,6 @@ void BindType(Statement& query, int index, std::optional<PortsetGetType> type) {
     }
 }
 
-std::vector<std::string> StringsFromJson(const std::string& text) {
-    return Json::parse(text).get<std::vector<std::string>>();
-}
-
-// The JSON of a policy column. A switch's policies come again with each of its port groups, and
-// most columns hold the same few texts, so each text is parsed once and kept (a bounded few).
-const Json& ParsedPolicy(const std::string& text) {
-    constexpr std::size_t kKeptTexts = 64;
-    thread_local std::map<std::string, Json, std::less<>> parsed;
-    if (auto found = parsed.find(text); found != parsed.end()) {
-        return found->second;
-    }
-    if (parsed.size() == kKeptTexts) {
-        parsed.clear();
-    }
-    return parsed.emplace(text, Json::parse(text)).first->second;
-}
-
-// The policy columns of a switch or a port group, its own policies as JSON text.
-template <typename Record>
-constexpr Column<Record> kPolicyColumns[] = {
-    {.sql = "teaming",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return TeamingToJson(record.own.teaming).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.teaming = TeamingFromJson(ParsedPolicy(text));
-         }}},
-    {.sql = "security",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return SecurityToJson(record.own.security).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.security = SecurityFromJson(ParsedPolicy(text));
-         }}},
-    {.sql = "shaping",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return ShapingToJson(record.own.shaping).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.shaping = ShapingFromJson(ParsedPolicy(text));
-         }}},
-};
-
-// Table vswitch, after its position: then its policy columns.
-constexpr Column<SwitchRecord> kSwitchColumns[] = {
-    {.sql = "name", .member = &SwitchRecord::name},
-    {.sql = "system", .member = &SwitchRecord::system},
-    {.sql = "class", .member = &SwitchRecord::className},
-    {.sql = "ports", .member = &SwitchRecord::ports},
-    {.sql = "mtu", .member = &SwitchRecord::mtu},
-    {.sql = "cdp_status", .member = &SwitchRecord::cdpStatus},
-    {.sql = "beacon_enabled", .member = &SwitchRecord::beaconEnabled},
-    {.sql = "beacon_interval", .member = &SwitchRecord::beaconInterval},
-    {.sql = "beacon_threshold", .member = &SwitchRecord::beaconThreshold},
-};
-
-// Table vswitch_portgroup, after its position: then its policy columns.
-constexpr Column<PortGroupRecord> kPortGroupColumns[] = {
-    {.sql = "name", .member = &PortGroupRecord::name},
-    {.sql = "vswitch", .member = &PortGroupRecord::switchName},
-    {.sql = "vlan_id", .member = NumberMember<&PortGroupRecord::vlanId>},
-    {.sql = "users",
-     .member = TextAccess<PortGroupRecord>{
-         [](const PortGroupRecord& record) { return Json(record.users).dump(); },
-         [](PortGroupRecord& record, const std::string& text) {
-             record.users = StringsFromJson(text);
-         }}},
-};
-
-// The three policy texts of a row, as they are stored.
-struct PolicyTexts {
-    std::string teaming;
-    std::string security;
-    std::string shaping;
-    bool operator==(const PolicyTexts&) const = default;
-};
-constexpr Column<PolicyTexts> kPolicyTextColumns[] = {
-    {.sql = "teaming", .member = &PolicyTexts::teaming},
-    {.sql = "security", .member = &PolicyTexts::security},
-    {.sql = "shaping", .member = &PolicyTexts::shaping},
-};
-
 const std::string& SwitchColumnNames() {
     static const std::string names =
         ColumnNames(kSwitchColumns) + ", " + ColumnNames(kPolicyColumns<SwitchRecord>);
@@ -224,6 +144,24 @@ void Complete(Database& database, std::vector<SwitchRecord>& switches) {
 }
 
 }  // namespace
+
+std::vector<std::string> StringsFromJson(const std::string& text) {
+    return Json::parse(text).get<std::vector<std::string>>();
+}
+
+// The JSON of a policy column. A switch's policies come again with each of its port groups, and
+// most columns hold the same few texts, so each text is parsed once and kept (a bounded few).
+const Json& ParsedPolicy(const std::string& text) {
+    constexpr std::size_t kKeptTexts = 64;
+    thread_local std::map<std::string, Json, std::less<>> parsed;
+    if (auto found = parsed.find(text); found != parsed.end()) {
+        return found->second;
+    }
+    if (parsed.size() == kKeptTexts) {
+        parsed.clear();
+    }
+    return parsed.emplace(text, Json::parse(text)).first->second;
+}
 
 const Policies& DefaultPolicies() {
     static const Policies defaults = [] {
