@@ -76,10 +76,11 @@ void AttachUplinks(Database& database, std::vector<DVSwitchRecord>& records) {
     for (DVSwitchRecord& record : records) {
         byName[record.name] = &record;
     }
+    enum Column { kSwitch, kNic, kDVPort };
     auto query = database.Query("SELECT dvs, nic, dvport FROM dvs_uplink ORDER BY position");
     while (query.Step()) {
-        if (auto found = byName.find(query.Text(0)); found != byName.end()) {
-            found->second->uplinks.emplace_back(query.Text(1), query.Text(2));
+        if (auto found = byName.find(query.Text(kSwitch)); found != byName.end()) {
+            found->second->uplinks.emplace_back(query.Text(kNic), query.Text(kDVPort));
         }
     }
 }
@@ -89,11 +90,12 @@ std::optional<DVSwitchRecord> LoadOne(Database& database, Statement& query) {
         return std::nullopt;
     }
     DVSwitchRecord record = ReadSwitch(query);
+    enum Column { kNic, kDVPort };
     auto uplinks =
         database.Query("SELECT nic, dvport FROM dvs_uplink WHERE dvs = ?1 ORDER BY position");
     uplinks.Bind(1, record.name);
     while (uplinks.Step()) {
-        record.uplinks.emplace_back(uplinks.Text(0), uplinks.Text(1));
+        record.uplinks.emplace_back(uplinks.Text(kNic), uplinks.Text(kDVPort));
     }
     return record;
 }

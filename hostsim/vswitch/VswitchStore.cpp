@@ -111,13 +111,18 @@ private:
     Policies inherited_;
 };
 
-// Adds a port group row (name, users, teaming from column 1 on) to the summary of its switch.
+// The columns of the port group rows a switch's summary reads, in the order selected.
+enum SummaryColumn { kSummarySwitch, kSummaryName, kSummaryUsers, kSummaryTeaming };
+constexpr char kSummarySelect[] = "SELECT vswitch, name, users, teaming FROM vswitch_portgroup";
+
+// Adds a port group row of kSummarySelect to the summary of its switch.
 void Summarize(const Statement& row, const SwitchRecord& record, PortGroupSummary& summary) {
-    summary.activeClients += static_cast<std::uint32_t>(StringsFromJson(row.Text(2)).size());
+    summary.activeClients +=
+        static_cast<std::uint32_t>(StringsFromJson(row.Text(kSummaryUsers)).size());
     Policies own;
-    own.teaming = TeamingFromJson(Json::parse(row.Text(3)));
+    own.teaming = TeamingFromJson(Json::parse(row.Text(kSummaryTeaming)));
     if (IsBeaconDetection(Merge(own, record.Effective()).teaming)) {
-        summary.beaconRequiredBy.push_back(row.Text(1));
+        summary.beaconRequiredBy.push_back(row.Text(kSummaryName));
     }
 }
 
@@ -128,16 +133,17 @@ void Complete(Database& database, std::vector<SwitchRecord>& switches) {
         byName[record.name] = &record;
         record.portGroups.emplace();
     }
+    enum UplinkColumn { kUplinkSwitch, kUplinkNic };
     auto uplinks = database.Query("SELECT vswitch, nic FROM vswitch_uplink ORDER BY position");
     while (uplinks.Step()) {
-        if (auto found = byName.find(uplinks.Text(0)); found != byName.end()) {
-            found->second->uplinks.push_back(uplinks.Text(1));
+        if (auto found = byName.find(uplinks.Text(kUplinkSwitch)); found != byName.end()) {
+            found->second->uplinks.push_back(uplinks.Text(kUplinkNic));
         }
     }
-    auto portGroups = database.Query(
-        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ORDER BY position");
+    static const std::string portGroupSql = std::string(kSummarySelect) + " ORDER BY position";
+    auto portGroups = database.Query(portGroupSql.c_str());
     while (portGroups.Step()) {
-        if (auto found = byName.find(portGroups.Text(0)); found != byName.end()) {
+        if (auto found = byName.find(portGroups.Text(kSummarySwitch)); found != byName.end()) {
             Summarize(portGroups, *found->second, *found->second->portGroups);
         }
     }
@@ -367,9 +373,9 @@ std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& na
 
 PortGroupSummary SummarizePortGroups(Database& database, const SwitchRecord& record) {
     PortGroupSummary summary;
-    auto portGroups = database.Query(
-        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup WHERE vswitch = ?1"
-        " ORDER BY position");
+    static const std::string sql =
+        std::string(kSummarySelect) + " WHERE vswitch = ?1 ORDER BY position";
+    auto portGroups = database.Query(sql.c_str());
     portGroups.Bind(1, record.name);
     while (portGroups.Step()) {
         Summarize(portGroups, record, summary);
