@@ -1,4 +1,4 @@
-// The NIC subject's records and the queries that read and change them.
+// The NIC subject's store: the queries that read and change its records (NicRecord.h).
 #pragma once
 
 #include <memory>

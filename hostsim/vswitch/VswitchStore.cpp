@@ -111,11 +111,11 @@ private:
     Policies inherited_;
 };
 
-// The columns of the port group rows a switch's summary reads, in the order selected.
+// The columns of the port group rows a switch's summary reads, in the order its queries select
+// them: "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ...".
 enum SummaryColumn { kSummarySwitch, kSummaryName, kSummaryUsers, kSummaryTeaming };
-constexpr char kSummarySelect[] = "SELECT vswitch, name, users, teaming FROM vswitch_portgroup";
 
-// Adds a port group row of kSummarySelect to the summary of its switch.
+// Adds a port group row (SummaryColumn) to the summary of its switch.
 void Summarize(const Statement& row, const SwitchRecord& record, PortGroupSummary& summary) {
     summary.activeClients +=
         static_cast<std::uint32_t>(StringsFromJson(row.Text(kSummaryUsers)).size());
@@ -140,8 +140,8 @@ void Complete(Database& database, std::vector<SwitchRecord>& switches) {
             found->second->uplinks.push_back(uplinks.Text(kUplinkNic));
         }
     }
-    static const std::string portGroupSql = std::string(kSummarySelect) + " ORDER BY position";
-    auto portGroups = database.Query(portGroupSql.c_str());
+    auto portGroups = database.Query(
+        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ORDER BY position");
     while (portGroups.Step()) {
         if (auto found = byName.find(portGroups.Text(kSummarySwitch)); found != byName.end()) {
             Summarize(portGroups, *found->second, *found->second->portGroups);
@@ -373,9 +373,9 @@ std::optional<SwitchRecord> LoadSwitch(Database& database, const std::string& na
 
 PortGroupSummary SummarizePortGroups(Database& database, const SwitchRecord& record) {
     PortGroupSummary summary;
-    static const std::string sql =
-        std::string(kSummarySelect) + " WHERE vswitch = ?1 ORDER BY position";
-    auto portGroups = database.Query(sql.c_str());
+    auto portGroups = database.Query(
+        "SELECT vswitch, name, users, teaming FROM vswitch_portgroup WHERE vswitch = ?1"
+        " ORDER BY position");
     portGroups.Bind(1, record.name);
     while (portGroups.Step()) {
         Summarize(portGroups, record, summary);
