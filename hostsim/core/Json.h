@@ -11,9 +11,11 @@
 #include <type_traits>
 #include <utility>
 
+#include "hostsim/core/JsonFwd.h"
+
 namespace HostSim {
 
-template <typename ValueType, typename = void>
+template <typename ValueType, typename>
 struct ExactNumberSerializer : nlohmann::adl_serializer<ValueType> {
     using nlohmann::adl_serializer<ValueType>::from_json;
 
@@ -53,9 +55,5 @@ private:
         }
     }
 };
-
-using Json =
-    nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t,
-                         std::uint64_t, double, std::allocator, ExactNumberSerializer>;
 
 }  // namespace HostSim

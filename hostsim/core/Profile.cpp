@@ -209,11 +209,13 @@ struct Origin {
 };
 
 std::optional<Origin> ReadOrigin(Database& database) {
+    enum Column { kProfile, kScale, kDocument };
     auto query = database.Query("SELECT profile, scale, document FROM host_origin");
     if (!query.Step()) {
         return std::nullopt;
     }
-    return Origin{query.Text(0), static_cast<unsigned>(query.Int(1)), query.Text(2)};
+    return Origin{query.Text(kProfile), static_cast<unsigned>(query.Int(kScale)),
+                  query.Text(kDocument)};
 }
 
 }  // namespace

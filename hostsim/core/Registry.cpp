@@ -2,7 +2,7 @@
 
 // The subjects of the host, one line each, in import order: a subject may refer to names of
 // the subjects above it. SUBJECT(x) names the `const Subject xSubject` defined in the
-// subject's folder.
+// subject's folder, hostsim/x in lower case (SubjectLayoutTest.cpp holds the tree to this).
 // clang-format off
 #define HOSTSIM_SUBJECTS(SUBJECT) \
     SUBJECT(nic) \

@@ -120,9 +120,10 @@ void CheckHeader(const Database& database, const StoreHeader& header) {
 
 std::map<std::string, std::int64_t> ReadSubjectVersions(Database& database) {
     std::map<std::string, std::int64_t> versions;
+    enum Column { kSubject, kVersion };
     auto query = database.Query("SELECT subject, version FROM subject_schema");
     while (query.Step()) {
-        versions[query.Text(0)] = query.Int(1);
+        versions[query.Text(kSubject)] = query.Int(kVersion);
     }
     return versions;
 }

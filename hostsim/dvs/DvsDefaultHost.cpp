@@ -1,7 +1,7 @@
 // The distributed switch of the built-in default host: distswitch0 with hwnic9 and hwnic10 as
 // uplinks, both in the running LAG lag1, a second LAG lag2 configured but without NICs, VM ports
 // on "distpg-web", and DVPort 8 on "distpg-infra" left free for a kernel interface.
-#include "hostsim/dvs/DvsSubject.h"
+#include "hostsim/dvs/DvsStore.h"
 
 namespace HostSim::Dvs {
 

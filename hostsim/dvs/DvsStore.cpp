@@ -60,6 +60,48 @@ LagNic LagNicFromJson(const Json& json) {
     return nic;
 }
 
+std::string SelectSwitches(const char* where) {
+    return "SELECT " + ColumnNames(kSwitchColumns) + " FROM dvs " + where;
+}
+
+DVSwitchRecord ReadSwitch(const Statement& row) {
+    DVSwitchRecord record;
+    ReadColumns(row, 0, kSwitchColumns, record);
+    return record;
+}
+
+// Gives each switch its uplinks, with one query for all of them.
+void AttachUplinks(Database& database, std::vector<DVSwitchRecord>& records) {
+    std::map<std::string, DVSwitchRecord*> byName;
+    for (DVSwitchRecord& record : records) {
+        byName[record.name] = &record;
+    }
+    enum Column { kSwitch, kNic, kDVPort };
+    auto query = database.Query("SELECT dvs, nic, dvport FROM dvs_uplink ORDER BY position");
+    while (query.Step()) {
+        if (auto found = byName.find(query.Text(kSwitch)); found != byName.end()) {
+            found->second->uplinks.emplace_back(query.Text(kNic), query.Text(kDVPort));
+        }
+    }
+}
+
+std::optional<DVSwitchRecord> LoadOne(Database& database, Statement& query) {
+    if (!query.Step()) {
+        return std::nullopt;
+    }
+    DVSwitchRecord record = ReadSwitch(query);
+    enum Column { kNic, kDVPort };
+    auto uplinks =
+        database.Query("SELECT nic, dvport FROM dvs_uplink WHERE dvs = ?1 ORDER BY position");
+    uplinks.Bind(1, record.name);
+    while (uplinks.Step()) {
+        record.uplinks.emplace_back(uplinks.Text(kNic), uplinks.Text(kDVPort));
+    }
+    return record;
+}
+
+}  // namespace
+
 // The switch's DVPorts, as JSON text; they take the switch's name and id, read before them.
 std::string DVPortsText(const DVSwitchRecord& record) {
     Json dvports = Json::array();
@@ -91,62 +133,6 @@ void SetLags(DVSwitchRecord& record, const std::string& text) {
         record.lags.push_back(LagFromJson(lag));
     }
 }
-
-// Table dvs, after its position.
-constexpr Column<DVSwitchRecord> kSwitchColumns[] = {
-    {.sql = "name", .member = &DVSwitchRecord::name},
-    {.sql = "id", .member = &DVSwitchRecord::id},
-    {.sql = "class", .member = &DVSwitchRecord::className},
-    {.sql = "ports", .member = &DVSwitchRecord::ports},
-    {.sql = "mtu", .member = &DVSwitchRecord::mtu},
-    {.sql = "cdp_status", .member = &DVSwitchRecord::cdpStatus},
-    {.sql = "beacon_timeout", .member = &DVSwitchRecord::beaconTimeout},
-    {.sql = "branded", .member = &DVSwitchRecord::zanvexBranded},
-    {.sql = "opaque", .member = &DVSwitchRecord::opaque},
-    {.sql = "lacp_on_dpu", .member = &DVSwitchRecord::lacpOnDpu},
-    {.sql = "dvports", .member = TextAccess<DVSwitchRecord>{DVPortsText, SetDVPorts}},
-    {.sql = "lags", .member = TextAccess<DVSwitchRecord>{LagsText, SetLags}},
-};
-
-std::string SelectSwitches(const char* where) {
-    return "SELECT " + ColumnNames(kSwitchColumns) + " FROM dvs " + where;
-}
-
-DVSwitchRecord ReadSwitch(const Statement& row) {
-    DVSwitchRecord record;
-    ReadColumns(row, 0, kSwitchColumns, record);
-    return record;
-}
-
-// Gives each switch its uplinks, with one query for all of them.
-void AttachUplinks(Database& database, std::vector<DVSwitchRecord>& records) {
-    std::map<std::string, DVSwitchRecord*> byName;
-    for (DVSwitchRecord& record : records) {
-        byName[record.name] = &record;
-    }
-    auto query = database.Query("SELECT dvs, nic, dvport FROM dvs_uplink ORDER BY position");
-    while (query.Step()) {
-        if (auto found = byName.find(query.Text(0)); found != byName.end()) {
-            found->second->uplinks.emplace_back(query.Text(1), query.Text(2));
-        }
-    }
-}
-
-std::optional<DVSwitchRecord> LoadOne(Database& database, Statement& query) {
-    if (!query.Step()) {
-        return std::nullopt;
-    }
-    DVSwitchRecord record = ReadSwitch(query);
-    auto uplinks =
-        database.Query("SELECT nic, dvport FROM dvs_uplink WHERE dvs = ?1 ORDER BY position");
-    uplinks.Bind(1, record.name);
-    while (uplinks.Step()) {
-        record.uplinks.emplace_back(uplinks.Text(0), uplinks.Text(1));
-    }
-    return record;
-}
-
-}  // namespace
 
 Json LagToJson(const Lag& lag) {
     Json json = {{"id", lag.id},

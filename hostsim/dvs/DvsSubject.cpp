@@ -10,7 +10,6 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
-#include "hostsim/dvs/DvsSubject.h"
 #include "hostsim/nic/NicStore.h"
 #include "hostsim/vswitch/VswitchRules.h"
 #include "hostsim/vswitch/VswitchStore.h"
@@ -233,7 +232,13 @@ Json ExportSwitches(Database& database) {
 }  // namespace
 
 extern const Subject dvsSubject;
-const Subject dvsSubject{"dvswitches",         kSchemaSteps,   kTables,
-                         Dvs::kDefaultSection, ImportSwitches, ExportSwitches};
+const Subject dvsSubject = {
+    .name = "dvswitches",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Dvs::kDefaultSection,
+    .importSection = ImportSwitches,
+    .exportSection = ExportSwitches,
+};
 
 }  // namespace HostSim

@@ -23,18 +23,6 @@ constexpr const char* kSchemaSteps[] = {
 
 constexpr const char* kTables[] = {"ens_lcore", "ens"};
 
-// Contexts 0 and 1 serve distswitch0, one on each NUMA node; context 2 serves lanswitch0;
-// context 3 is idle.
-constexpr const char* kDefaultSection = R"json({
-  "maxLcores": 8, "numaNodes": 2,
-  "lcores": [
-    {"id": 0, "switch": "distswitch0", "affinity": 0},
-    {"id": 1, "switch": "distswitch0", "affinity": 1},
-    {"id": 2, "switch": "lanswitch0", "affinity": 0},
-    {"id": 3, "switch": "null", "affinity": -1}
-  ]
-})json";
-
 void ImportEns(Database& database, const Json& section, const Scale& scale) {
     Ens::Settings settings;
     const std::uint64_t maxLcores = section.value("maxLcores", 0u);
@@ -110,6 +98,13 @@ Json ExportEns(Database& database) {
 }  // namespace
 
 extern const Subject ensSubject;
-const Subject ensSubject{"ens", kSchemaSteps, kTables, kDefaultSection, ImportEns, ExportEns};
+const Subject ensSubject = {
+    .name = "ens",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Ens::kDefaultSection,
+    .importSection = ImportEns,
+    .exportSection = ExportEns,
+};
 
 }  // namespace HostSim

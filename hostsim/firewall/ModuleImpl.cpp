@@ -56,14 +56,14 @@ void ModuleImpl::Load(const std::string& options, bool persistent) {
     HostSim::CheckStoredText(options, "module options");
     HostSim::Database& database = HostSim::Store();
     HostSim::WriteTransaction transaction(database);
-    database
-        .Query(
-            "INSERT INTO kernel_module (name, options, persistent, users)"
-            " VALUES (?1, ?2, ?3, 0) ON CONFLICT DO NOTHING")
-        .Bind(1, name_)
-        .Bind(2, options)
-        .Bind(3, persistent)
-        .Run();
+    static const std::string sql =
+        HostSim::InsertStatement("kernel_module", HostSim::Firewall::kModuleColumns) +
+        " ON CONFLICT DO NOTHING";
+    auto statement = database.Query(sql.c_str());
+    const HostSim::Firewall::ModuleRecord module = {
+        .name = name_, .options = options, .persistent = persistent};
+    HostSim::BindColumns(statement, 1, HostSim::Firewall::kModuleColumns, module);
+    statement.Run();
     transaction.Commit();
     stale_ = true;
 }

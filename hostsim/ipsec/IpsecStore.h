@@ -10,6 +10,9 @@
 
 namespace HostSim::Ipsec {
 
+// Its section of the built-in default host.
+extern const char* const kDefaultSection;
+
 inline constexpr const char kAutoName[] = "auto";
 inline constexpr const char kUnknownSa[] = "UNKNOWN";
 

@@ -10,7 +10,7 @@
 
 #include "hostctl/KelmNic.h"
 #include "hostctl/Routing.h"
-#include "hostsim/dns/HostsRecord.h"
+#include "hostsim/nameservice/NameServiceRecord.h"
 #include "kelmctl/DnsConfigImpl.h"
 
 namespace HostSim::Live {

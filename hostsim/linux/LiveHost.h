@@ -16,8 +16,8 @@
 #include "hostctl/Pnic.h"
 #include "hostctl/Sriov.h"
 #include "hostsim/firewall/FirewallRecord.h"
-#include "hostsim/ip/NetstackRecord.h"
 #include "hostsim/linux/IpServices.h"
+#include "hostsim/netstack/NetstackRecord.h"
 #include "hostsim/nic/NicRecord.h"
 
 namespace HostSim::Live {

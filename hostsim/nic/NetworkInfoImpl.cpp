@@ -8,7 +8,7 @@
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/ListedDpus.h"
 #include "hostsim/nic/NicStore.h"
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 #include "hostsim/vswitch/VswitchStore.h"
 #include "kelmctl/PnicImpl.h"
 

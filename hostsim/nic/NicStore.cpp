@@ -108,14 +108,19 @@ bool SetAdminState(Database& database, const std::string& name, bool up) {
 }
 
 void UpdateLinkSettings(Database& database, const Record& record) {
-    database
-        .Query("UPDATE nic SET speed = ?1, duplex = ?2, link_info = ?3, pause = ?4 WHERE name = ?5")
-        .Bind(1, record.speed)
-        .Bind(2, record.duplex)
-        .Bind(3, record.linkInfo)
-        .Bind(4, record.pause)
-        .Bind(5, record.name)
-        .Run();
+    // The columns a change of link settings writes, after the NIC's name.
+    static constexpr Column<Record> kLinkSettingsColumns[] = {
+        {.sql = "speed", .member = &Record::speed},
+        {.sql = "duplex", .member = &Record::duplex},
+        {.sql = "link_info", .member = &Record::linkInfo},
+        {.sql = "pause", .member = &Record::pause},
+    };
+    static const std::string sql =
+        "UPDATE nic SET " + ColumnAssignments(kLinkSettingsColumns, 2) + " WHERE name = ?1";
+    auto statement = database.Query(sql.c_str());
+    statement.Bind(1, record.name);
+    BindColumns(statement, 2, kLinkSettingsColumns, record);
+    statement.Run();
 }
 
 std::string DpuId(Database& database, const std::string& name) {

@@ -102,7 +102,13 @@ Json ExportNics(Database& database) {
 }  // namespace
 
 extern const Subject nicSubject;
-const Subject nicSubject{"nics",     kSchemaSteps, kTables, Nic::kDefaultSection,
-                         ImportNics, ExportNics};
+const Subject nicSubject = {
+    .name = "nics",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Nic::kDefaultSection,
+    .importSection = ImportNics,
+    .exportSection = ExportNics,
+};
 
 }  // namespace HostSim

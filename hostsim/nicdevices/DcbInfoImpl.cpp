@@ -4,7 +4,7 @@
 #include "hostctl/HostCtlException.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 
 namespace KelmCtl::Network {
 

@@ -3,7 +3,7 @@
 // hwnic2, hwnic3 and hwnic4, hardware capabilities on all NICs but hwnic7, DCB on hwnic4 (IEEE,
 // on) and hwnic5 (CEE, off), diagnostics on hwnic0, hwnic1 (whose self test fails) and hwnic2,
 // and hwnic3 attached as a branch of the trunk hwnic2.
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 
 namespace HostSim::NicDevices {
 

@@ -9,7 +9,7 @@
 #include "hostsim/core/JsonMember.h"
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 
 namespace HostSim {
 
@@ -404,7 +404,13 @@ Json ExportDevices(Database& database) {
 }  // namespace
 
 extern const Subject nicdevicesSubject;
-const Subject nicdevicesSubject{"nicDevices",  kSchemaSteps, kTables, NicDevices::kDefaultSection,
-                                ImportDevices, ExportDevices};
+const Subject nicdevicesSubject = {
+    .name = "nicDevices",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = NicDevices::kDefaultSection,
+    .importSection = ImportDevices,
+    .exportSection = ExportDevices,
+};
 
 }  // namespace HostSim

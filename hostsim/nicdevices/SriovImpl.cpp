@@ -9,7 +9,7 @@
 #include "hostsim/core/Store.h"
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/nic/NicStore.h"
-#include "hostsim/nicdevices/DeviceStore.h"
+#include "hostsim/nicdevices/NicDevicesStore.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/PnicImpl.h"
 

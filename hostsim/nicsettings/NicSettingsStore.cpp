@@ -14,6 +14,11 @@ using HostCtl::Network::PnicSoftwareSimulation;
 using HostCtl::Network::PnicStats;
 using HostCtl::Network::PnicVlanStats;
 
+const ColumnDocument kMemberDocument = {
+    [](const std::string& text) { return text.empty() ? Json() : Json::parse(text); },
+    [](const Json* value) { return value != nullptr ? value->dump() : std::string(); },
+};
+
 namespace {
 
 template <class Record, class Member>
@@ -203,42 +208,6 @@ VlanCounters VlanStatsFromJson(const Json& json) {
     }
     return counters;
 }
-
-// A row of nic_settings: the settings' JSON, one member of it per column, as text; empty for
-// a member the settings lack, which the column holds as NULL.
-struct SettingsRow {
-    std::string name;
-    std::string stats;
-    std::string vlanStats;
-    std::string coalesce;
-    std::string offload;
-    std::string software;
-    std::string rings;
-};
-
-constexpr ColumnDocument kMember = {
-    [](const std::string& text) { return text.empty() ? Json() : Json::parse(text); },
-    [](const Json* value) { return value != nullptr ? value->dump() : std::string(); },
-};
-
-// Table nic_settings, after its position. The name is the first column.
-constexpr Column<SettingsRow> kColumns[] = {
-    {.sql = "name", .member = &SettingsRow::name, .json = "name"},
-    {.sql = "stats", .member = &SettingsRow::stats, .json = "stats", .document = &kMember},
-    {.sql = "vlan_stats",
-     .member = &SettingsRow::vlanStats,
-     .json = "vlanStats",
-     .nullWhenEmpty = true,
-     .document = &kMember},
-    {.sql = "coalesce",
-     .member = &SettingsRow::coalesce,
-     .json = "coalesce",
-     .nullWhenEmpty = true,
-     .document = &kMember},
-    {.sql = "offload", .member = &SettingsRow::offload, .json = "offload", .document = &kMember},
-    {.sql = "software", .member = &SettingsRow::software, .json = "software", .document = &kMember},
-    {.sql = "rings", .member = &SettingsRow::rings, .json = "rings", .document = &kMember},
-};
 
 std::string SelectSettings(const char* where) {
     return "SELECT " + ColumnNames(kColumns) + " FROM nic_settings " + where;

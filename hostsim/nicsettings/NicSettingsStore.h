@@ -1,5 +1,5 @@
-// The NIC settings subject's record of one NIC (counters, VLAN counters, coalescing, offload,
-// software simulation, rings), its JSON form, and the queries that read and write it.
+// The NIC settings subject's store: the JSON form of a NIC's settings, and the queries that
+// read and write them.
 #pragma once
 
 #include <optional>
@@ -9,28 +9,9 @@
 #include "hostctl/PnicSettings.h"
 #include "hostsim/core/Database.h"
 #include "hostsim/core/Json.h"
+#include "hostsim/nicsettings/NicSettingsRecord.h"
 
 namespace HostSim::NicSettings {
-
-// VLAN counters of an uplink while collection is on; they count for the switch named only.
-struct VlanCounters {
-    std::string switchName;
-    std::vector<HostCtl::Network::PnicVlanStats> vlans;
-};
-
-struct Settings {
-    std::string name;
-    HostCtl::Network::PnicStats stats;
-    std::optional<VlanCounters> vlanStats;  // none: collection is off
-    // None: the driver has no interrupt coalescing.
-    std::optional<HostCtl::Network::PnicCoalesceParams> coalesce;
-    HostCtl::Network::PnicOffloadParams offload;
-    // The offload flags (PnicOffloadParams::kRxChecksum...) the hardware can switch on.
-    std::uint8_t offloadCapabilities = 0;
-    HostCtl::Network::PnicSoftwareSimulation software;
-    HostCtl::Network::PnicRingParams ringMaximum;
-    HostCtl::Network::PnicRingParams ringCurrent;
-};
 
 // The settings of a NIC; a NIC the table has no row for has the settings of a driver that
 // reports nothing: zero counters, no coalescing, no offload, no rings.

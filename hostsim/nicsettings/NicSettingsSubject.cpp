@@ -67,8 +67,13 @@ Json ExportSettings(Database& database) {
 }  // namespace
 
 extern const Subject nicsettingsSubject;
-const Subject nicsettingsSubject{"nicSettings",  kSchemaSteps,
-                                 kTables,        NicSettings::kDefaultSection,
-                                 ImportSettings, ExportSettings};
+const Subject nicsettingsSubject = {
+    .name = "nicSettings",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = NicSettings::kDefaultSection,
+    .importSection = ImportSettings,
+    .exportSection = ExportSettings,
+};
 
 }  // namespace HostSim

@@ -5,7 +5,7 @@
 #include "hostctl/VirtualSwitch.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/core/Store.h"
-#include "hostsim/ports/PortStore.h"
+#include "hostsim/ports/PortsStore.h"
 #include "kelmctl/PnicImpl.h"
 #include "kelmctl/WorldImpl.h"
 

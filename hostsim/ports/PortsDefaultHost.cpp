@@ -3,7 +3,7 @@
 // "VM Network" and one on DVPort 6; vm-web02 one on DVPort 5 whose counters passed 2^32;
 // vm-backup01 one on "Backup Network" of storageswitch1; vm-idle01 has none. Each uplink has
 // its port (type 4), and kelm0 its port on "Management Network".
-#include "hostsim/ports/PortsSubject.h"
+#include "hostsim/ports/PortsStore.h"
 
 namespace HostSim::Ports {
 

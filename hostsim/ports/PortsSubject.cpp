@@ -10,10 +10,8 @@
 #include "hostsim/core/Names.h"
 #include "hostsim/core/Subject.h"
 #include "hostsim/dvs/DvsStore.h"
-#include "hostsim/ports/PortStore.h"
-#include "hostsim/ports/PortsSubject.h"
+#include "hostsim/ports/PortsStore.h"
 #include "hostsim/vswitch/VswitchStore.h"
-#include "hostsim/vswitch/VswitchSubject.h"
 #include "kelmctl/PortImpl.h"
 
 namespace HostSim {
@@ -209,21 +207,24 @@ void ImportPorts(Database& database, const Json& section, const Scale& scale) {
             Ports::InsertPort(database, record);
         }
     }
+    enum CrowdedColumn { kCrowdedSwitch, kCrowdedPorts };
     auto crowded = database.Query(
         "SELECT p.switch, count(*) FROM port p LEFT JOIN vswitch s ON s.name = p.switch"
         " LEFT JOIN dvs d ON d.name = p.switch GROUP BY p.switch"
         " HAVING count(*) > coalesce(s.ports, d.ports)");
     if (crowded.Step()) {
-        throw HostCtlException("The profile gives " + crowded.Text(0) + " " +
-                               std::to_string(crowded.Int(1)) + " ports, more than it has");
+        throw HostCtlException("The profile gives " + crowded.Text(kCrowdedSwitch) + " " +
+                               std::to_string(crowded.Int(kCrowdedPorts)) +
+                               " ports, more than it has");
     }
 }
 
 Json ExportPorts(Database& database) {
     Json worlds = Json::array();
+    enum WorldColumn { kWorldId, kWorldName };
     auto worldQuery = database.Query("SELECT id, name FROM port_world ORDER BY position");
     while (worldQuery.Step()) {
-        worlds.push_back({{"id", worldQuery.Int(0)}, {"name", worldQuery.Text(1)}});
+        worlds.push_back({{"id", worldQuery.Int(kWorldId)}, {"name", worldQuery.Text(kWorldName)}});
     }
     Json ports = Json::array();
     for (const PortRecord& record : Ports::LoadAllPorts(database)) {
@@ -245,7 +246,13 @@ Json ExportPorts(Database& database) {
 }  // namespace
 
 extern const Subject portsSubject;
-const Subject portsSubject{"ports",     kSchemaSteps, kTables, Ports::kDefaultSection,
-                           ImportPorts, ExportPorts};
+const Subject portsSubject = {
+    .name = "ports",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Ports::kDefaultSection,
+    .importSection = ImportPorts,
+    .exportSection = ExportPorts,
+};
 
 }  // namespace HostSim

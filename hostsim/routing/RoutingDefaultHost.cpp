@@ -2,9 +2,10 @@
 // network of kelm0 with a static route beyond its gateway, the system network of kelm9, and the
 // sockets of the host's daemons; on "glidex" the migration network of kelm1, whose gateway is
 // learnt by DHCP, and the migration worlds' sockets.
+#include "hostsim/routing/RoutingStore.h"
+
 namespace HostSim::Routing {
 
-extern const char* const kDefaultSection;
 const char* const kDefaultSection = R"json({
   "netstacks": [
     {

@@ -266,10 +266,6 @@ Json ExportSection(Database& database) {
 
 }  // namespace
 
-namespace Routing {
-extern const char* const kDefaultSection;
-}
-
 extern const Subject routingSubject;
 const Subject routingSubject = {
     .name = "routing",

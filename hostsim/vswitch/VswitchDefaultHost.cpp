@@ -3,7 +3,7 @@
 // hwnic4 and hwnic5 are left free for new uplinks. "Management Network" overrides the teaming
 // of its switch, "Backup Network" its security and shaping. "Management Network" is in use by
 // the kernel interface kelm0, so neither it nor lanswitch0 can be removed.
-#include "hostsim/vswitch/VswitchSubject.h"
+#include "hostsim/vswitch/VswitchStore.h"
 
 namespace HostSim::Vswitch {
 

@@ -41,86 +41,6 @@ void BindType(Statement& query, int index, std::optional<PortsetGetType> type) {
     }
 }
 
-std::vector<std::string> StringsFromJson(const std::string& text) {
-    return Json::parse(text).get<std::vector<std::string>>();
-}
-
-// The JSON of a policy column. A switch's policies come again with each of its port groups, and
-// most columns hold the same few texts, so each text is parsed once and kept (a bounded few).
-const Json& ParsedPolicy(const std::string& text) {
-    constexpr std::size_t kKeptTexts = 64;
-    thread_local std::map<std::string, Json, std::less<>> parsed;
-    if (auto found = parsed.find(text); found != parsed.end()) {
-        return found->second;
-    }
-    if (parsed.size() == kKeptTexts) {
-        parsed.clear();
-    }
-    return parsed.emplace(text, Json::parse(text)).first->second;
-}
-
-// The policy columns of a switch or a port group, its own policies as JSON text.
-template <typename Record>
-constexpr Column<Record> kPolicyColumns[] = {
-    {.sql = "teaming",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return TeamingToJson(record.own.teaming).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.teaming = TeamingFromJson(ParsedPolicy(text));
-         }}},
-    {.sql = "security",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return SecurityToJson(record.own.security).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.security = SecurityFromJson(ParsedPolicy(text));
-         }}},
-    {.sql = "shaping",
-     .member = TextAccess<Record>{
-         [](const Record& record) { return ShapingToJson(record.own.shaping).dump(); },
-         [](Record& record, const std::string& text) {
-             record.own.shaping = ShapingFromJson(ParsedPolicy(text));
-         }}},
-};
-
-// Table vswitch, after its position: then its policy columns.
-constexpr Column<SwitchRecord> kSwitchColumns[] = {
-    {.sql = "name", .member = &SwitchRecord::name},
-    {.sql = "system", .member = &SwitchRecord::system},
-    {.sql = "class", .member = &SwitchRecord::className},
-    {.sql = "ports", .member = &SwitchRecord::ports},
-    {.sql = "mtu", .member = &SwitchRecord::mtu},
-    {.sql = "cdp_status", .member = &SwitchRecord::cdpStatus},
-    {.sql = "beacon_enabled", .member = &SwitchRecord::beaconEnabled},
-    {.sql = "beacon_interval", .member = &SwitchRecord::beaconInterval},
-    {.sql = "beacon_threshold", .member = &SwitchRecord::beaconThreshold},
-};
-
-// Table vswitch_portgroup, after its position: then its policy columns.
-constexpr Column<PortGroupRecord> kPortGroupColumns[] = {
-    {.sql = "name", .member = &PortGroupRecord::name},
-    {.sql = "vswitch", .member = &PortGroupRecord::switchName},
-    {.sql = "vlan_id", .member = NumberMember<&PortGroupRecord::vlanId>},
-    {.sql = "users",
-     .member = TextAccess<PortGroupRecord>{
-         [](const PortGroupRecord& record) { return Json(record.users).dump(); },
-         [](PortGroupRecord& record, const std::string& text) {
-             record.users = StringsFromJson(text);
-         }}},
-};
-
-// The three policy texts of a row, as they are stored.
-struct PolicyTexts {
-    std::string teaming;
-    std::string security;
-    std::string shaping;
-    bool operator==(const PolicyTexts&) const = default;
-};
-constexpr Column<PolicyTexts> kPolicyTextColumns[] = {
-    {.sql = "teaming", .member = &PolicyTexts::teaming},
-    {.sql = "security", .member = &PolicyTexts::security},
-    {.sql = "shaping", .member = &PolicyTexts::shaping},
-};
-
 const std::string& SwitchColumnNames() {
     static const std::string names =
         ColumnNames(kSwitchColumns) + ", " + ColumnNames(kPolicyColumns<SwitchRecord>);
@@ -191,13 +111,18 @@ private:
     Policies inherited_;
 };
 
-// Adds a port group row (name, users, teaming from column 1 on) to the summary of its switch.
+// The columns of the port group rows a switch's summary reads, in the order its queries select
+// them: "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ...".
+enum SummaryColumn { kSummarySwitch, kSummaryName, kSummaryUsers, kSummaryTeaming };
+
+// Adds a port group row (SummaryColumn) to the summary of its switch.
 void Summarize(const Statement& row, const SwitchRecord& record, PortGroupSummary& summary) {
-    summary.activeClients += static_cast<std::uint32_t>(StringsFromJson(row.Text(2)).size());
+    summary.activeClients +=
+        static_cast<std::uint32_t>(StringsFromJson(row.Text(kSummaryUsers)).size());
     Policies own;
-    own.teaming = TeamingFromJson(Json::parse(row.Text(3)));
+    own.teaming = TeamingFromJson(Json::parse(row.Text(kSummaryTeaming)));
     if (IsBeaconDetection(Merge(own, record.Effective()).teaming)) {
-        summary.beaconRequiredBy.push_back(row.Text(1));
+        summary.beaconRequiredBy.push_back(row.Text(kSummaryName));
     }
 }
 
@@ -208,22 +133,41 @@ void Complete(Database& database, std::vector<SwitchRecord>& switches) {
         byName[record.name] = &record;
         record.portGroups.emplace();
     }
+    enum UplinkColumn { kUplinkSwitch, kUplinkNic };
     auto uplinks = database.Query("SELECT vswitch, nic FROM vswitch_uplink ORDER BY position");
     while (uplinks.Step()) {
-        if (auto found = byName.find(uplinks.Text(0)); found != byName.end()) {
-            found->second->uplinks.push_back(uplinks.Text(1));
+        if (auto found = byName.find(uplinks.Text(kUplinkSwitch)); found != byName.end()) {
+            found->second->uplinks.push_back(uplinks.Text(kUplinkNic));
         }
     }
     auto portGroups = database.Query(
         "SELECT vswitch, name, users, teaming FROM vswitch_portgroup ORDER BY position");
     while (portGroups.Step()) {
-        if (auto found = byName.find(portGroups.Text(0)); found != byName.end()) {
+        if (auto found = byName.find(portGroups.Text(kSummarySwitch)); found != byName.end()) {
             Summarize(portGroups, *found->second, *found->second->portGroups);
         }
     }
 }
 
 }  // namespace
+
+std::vector<std::string> StringsFromJson(const std::string& text) {
+    return Json::parse(text).get<std::vector<std::string>>();
+}
+
+// The JSON of a policy column. A switch's policies come again with each of its port groups, and
+// most columns hold the same few texts, so each text is parsed once and kept (a bounded few).
+const Json& ParsedPolicy(const std::string& text) {
+    constexpr std::size_t kKeptTexts = 64;
+    thread_local std::map<std::string, Json, std::less<>> parsed;
+    if (auto found = parsed.find(text); found != parsed.end()) {
+        return found->second;
+    }
+    if (parsed.size() == kKeptTexts) {
+        parsed.clear();
+    }
+    return parsed.emplace(text, Json::parse(text)).first->second;
+}
 
 const Policies& DefaultPolicies() {
     static const Policies defaults = [] {

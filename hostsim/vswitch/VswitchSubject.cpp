@@ -1,6 +1,5 @@
 // The switching subject: the vswitch, vswitch_uplink and vswitch_portgroup tables and the
 // "vswitches" section of a profile.
-#include "hostsim/vswitch/VswitchSubject.h"
 
 #include <set>
 
@@ -194,7 +193,13 @@ std::string PortGroupCopyName(const Scale& scale, const std::string& name, unsig
 }  // namespace Vswitch
 
 extern const Subject vswitchSubject;
-const Subject vswitchSubject{"vswitches",    kSchemaSteps,  kTables, Vswitch::kDefaultSection,
-                             ImportSwitches, ExportSwitches};
+const Subject vswitchSubject = {
+    .name = "vswitches",
+    .schemaSteps = kSchemaSteps,
+    .tables = kTables,
+    .defaultSection = Vswitch::kDefaultSection,
+    .importSection = ImportSwitches,
+    .exportSection = ExportSwitches,
+};
 
 }  // namespace HostSim

@@ -18,10 +18,22 @@ struct BadName {
 };
 
 const std::vector<BadName> kBadNames{
-    {"newline", "lab\nswitch", "must not hold control characters", "holds control characters"},
-    {"tab", "lab\tswitch", "must not hold control characters", "holds control characters"},
-    {"only blanks", "   ", "must not be only blanks", "is only blanks"},
-    {"empty", "", "must not be empty", nullptr},
+    {.label = "newline",
+     .name = "lab\nswitch",
+     .commandProblem = "must not hold control characters",
+     .profileProblem = "holds control characters"},
+    {.label = "tab",
+     .name = "lab\tswitch",
+     .commandProblem = "must not hold control characters",
+     .profileProblem = "holds control characters"},
+    {.label = "only blanks",
+     .name = "   ",
+     .commandProblem = "must not be only blanks",
+     .profileProblem = "is only blanks"},
+    {.label = "empty",
+     .name = "",
+     .commandProblem = "must not be empty",
+     .profileProblem = nullptr},
 };
 
 class Names : public Testing::CommandTest {

@@ -180,10 +180,36 @@ TEST_F(ProfileTest, EveryScaleGivesAHostOfUniqueNamesThatExportsAndImportsAlike)
     };
     // The host allows at most 256 ENS contexts: copies past that limit bring none. Security
     // associations named "auto" share their name; their SPIs tell them apart.
-    const Case cases[] = {{1, 11, 6, 4, 10, 8, 4},
-                          {2, 22, 12, 8, 20, 16, 8},
-                          {10, 110, 60, 40, 100, 80, 40},
-                          {112, 1232, 672, 448, 1120, 256, 256}};
+    const Case cases[] = {
+        {.scale = 1,
+         .nics = 11,
+         .portGroups = 6,
+         .kelmNics = 4,
+         .routes = 10,
+         .ensMaximum = 8,
+         .ensContexts = 4},
+        {.scale = 2,
+         .nics = 22,
+         .portGroups = 12,
+         .kelmNics = 8,
+         .routes = 20,
+         .ensMaximum = 16,
+         .ensContexts = 8},
+        {.scale = 10,
+         .nics = 110,
+         .portGroups = 60,
+         .kelmNics = 40,
+         .routes = 100,
+         .ensMaximum = 80,
+         .ensContexts = 40},
+        {.scale = 112,
+         .nics = 1232,
+         .portGroups = 672,
+         .kelmNics = 448,
+         .routes = 1120,
+         .ensMaximum = 256,
+         .ensContexts = 256},
+    };
     struct Unique {
         std::vector<const char*> path;
         const char* key;

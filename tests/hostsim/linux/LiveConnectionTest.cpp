@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "hostsim/ip/KelmNicImpl.h"
+#include "hostsim/kelmnic/KelmNicImpl.h"
 #include "support/LiveHostTest.h"
 
 namespace {
