@@ -400,8 +400,8 @@ std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
     }
     if (auto* live = HostSim::LiveHost(); live != nullptr && cache.listed.empty()) {
         for (const auto& route : live->Routes().LoadAll(netstackKey_, 4)) {
-            cache.listed.emplace_back(
-                SourceKey(Ipv4Address(route.network).GetValue(), route.prefixLength), route.source);
+            cache.listed.emplace_back(SourceKey(route.ipv4Network, route.prefixLength),
+                                      route.source);
         }
         cache.next = cache.listed.size();
     }
@@ -497,8 +497,7 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
             }
             cache.listed.emplace_back(
                 SourceKey(network.GetNetwork().GetValue(), route.prefixLength), route.source);
-            result.push_back({std::move(network),
-                              route.gateway.empty() ? Ipv4Address() : Ipv4Address(route.gateway),
+            result.push_back({std::move(network), Ipv4Address::FromValue(route.ipv4Gateway),
                               route.interfaceName});
         }
         return result;
