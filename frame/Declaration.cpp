@@ -144,9 +144,9 @@ UnpackedShape Unpack(const PackedShape& shape) {
 // its shape: a row starts with one allocation for the struct and one for its fields, and shares
 // the prototype's empty values until the command sets them (a shared value is replaced, never
 // changed). A struct holding a struct or a list is built anew, for the command fills those in
-// place.
+// place. Commands run one at a time, as everywhere in the plug-in.
 std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape) {
-    thread_local std::vector<std::pair<const char*, std::shared_ptr<const MetaStruct>>> prototypes;
+    static std::vector<std::pair<const char*, std::shared_ptr<const MetaStruct>>> prototypes;
     for (const auto& [bytes, prototype] : prototypes) {
         if (bytes == shape.bytes) {
             return std::make_shared<MetaStruct>(*prototype);
