@@ -489,7 +489,7 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
         std::vector<HostCtl::Network::Ipv4Route> result;
         result.reserve(routes.size());
         for (const auto& route : routes) {
-            Ipv4Network network(PrefixText(route.network, route.prefixLength));
+            auto network = Ipv4Network::FromValue(route.ipv4Network, route.prefixLength);
             if (route.prefixLength == 0 && cache.gateways.ipv4 == "0.0.0.0" &&
                 !route.gateway.empty()) {
                 cache.gateways.ipv4 = cache.gateways.ipv4Config = route.gateway;
