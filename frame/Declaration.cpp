@@ -140,12 +140,33 @@ UnpackedShape Unpack(const PackedShape& shape) {
     return unpacked;
 }
 
+// A struct of scalar fields, the row of most listings, is copied from a prototype made once for
+// its shape: a row starts with one allocation for the struct and one for its fields, and shares
+// the prototype's empty values until the command sets them (a shared value is replaced, never
+// changed). A struct holding a struct or a list is built anew, for the command fills those in
+// place. Commands run one at a time, as everywhere in the plug-in.
 std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape) {
+    static std::vector<std::pair<const char*, std::shared_ptr<const MetaStruct>>> prototypes;
+    for (const auto& [bytes, prototype] : prototypes) {
+        if (bytes == shape.bytes) {
+            return std::make_shared<MetaStruct>(*prototype);
+        }
+    }
     ShapeStore store;
     StructShape structure{};
     ShapeReader reader(shape.bytes, store);
     LayStruct(reader, structure);
-    return BuildStruct(structure);
+    auto built = BuildStruct(structure);
+    const bool scalar =
+        std::all_of(structure.fields.begin(), structure.fields.end(), [](const Field& field) {
+            return field.type == FieldType::String || field.type == FieldType::Int ||
+                   field.type == FieldType::Bool;
+        });
+    if (!scalar) {
+        return built;
+    }
+    prototypes.emplace_back(shape.bytes, built);
+    return std::make_shared<MetaStruct>(*built);
 }
 
 std::shared_ptr<InputSpec> MakeInputSpec(std::span<const Parameter> parameters) {

@@ -105,6 +105,11 @@ public:
     // The width that help text and wrapped tables fit in; 80 unless set.
     void SetTerminalWidth(size_t width) { terminalWidth_ = width; }
 
+    // For a process that ends with its command and never takes the host apart: Main keeps each
+    // command's result until the next one, so that the rows of a long listing go with the
+    // process instead of being freed one by one after they were written.
+    void KeepResultsUntilExit() { keepResults_ = true; }
+
 private:
     struct Resolution {
         std::shared_ptr<CppTools::AutoCli::NamespaceNode> node;
@@ -120,6 +125,8 @@ private:
     std::shared_ptr<CppTools::AutoCli::NamespaceNode> root_;
     size_t terminalWidth_ = 80;
     bool inBatch_ = false;
+    bool keepResults_ = false;
+    RunResult keptResult_;
 };
 
 }  // namespace CommandHost

@@ -2,6 +2,7 @@
 // A byte that is no UTF-8 becomes U+FFFD, so that the document is valid JSON whatever a host
 // returned.
 #include <array>
+#include <vector>
 
 #include "commandhost/cli/Formatters.h"
 #include "commandhost/cli/Text.h"
@@ -80,9 +81,10 @@ public:
                 const auto& fields = static_cast<const MetaStruct*>(value)->GetFields();
                 out_.push_back('{');
                 for (size_t i = 0; i < fields.size(); ++i) {
-                    Separate(i, depth + 1);
-                    AppendString(fields[i].first, out_);
-                    out_.append(indent_ > 0 ? ": " : ":");
+                    const std::string& lead = Lead(depth + 1);
+                    out_.append(lead, i > 0 ? 0 : 1);
+                    AppendEscaped(fields[i].first, kJsonEscaping, out_);
+                    out_.append(indent_ > 0 ? "\": " : "\":");
                     Value(fields[i].second.get(), depth + 1);
                 }
                 Close('}', fields.empty(), depth);
@@ -92,8 +94,14 @@ public:
                 const auto& elements = static_cast<const MetaList*>(value)->GetElements();
                 out_.push_back('[');
                 for (size_t i = 0; i < elements.size(); ++i) {
-                    Separate(i, depth + 1);
+                    const std::string& lead = Lead(depth + 1);
+                    const size_t skip = i > 0 ? 0 : 1;
+                    out_.append(lead, skip, lead.size() - skip - 1);
+                    const size_t start = out_.size();
                     Value(elements[i].get(), depth + 1);
+                    if (i == 0) {
+                        ReserveLike(out_.size() - start, elements.size() - 1);
+                    }
                 }
                 Close(']', elements.empty(), depth);
                 break;
@@ -104,27 +112,37 @@ public:
     }
 
 private:
-    void Separate(size_t index, size_t depth) {
-        if (index > 0) {
-            out_.push_back(',');
+    // What comes before a member's key at `depth`: the comma after the member before (left out
+    // for the first), the new line, the indentation and the key's opening quote. An element
+    // takes the same without the quote. Made once for each depth.
+    const std::string& Lead(size_t depth) {
+        while (leads_.size() <= depth) {
+            std::string lead(indent_ > 0 ? ",\n" : ",");
+            lead.append(leads_.size() * indent_, ' ').push_back('"');
+            leads_.push_back(std::move(lead));
         }
-        NewLine(depth);
+        return leads_[depth];
     }
     void Close(char bracket, bool empty, size_t depth) {
-        if (!empty) {
-            NewLine(depth);
+        if (!empty && indent_ > 0) {
+            const std::string& lead = Lead(depth);
+            out_.append(lead, 1, lead.size() - 2);
         }
         out_.push_back(bracket);
     }
-    void NewLine(size_t depth) {
-        if (indent_ > 0) {
-            out_.push_back('\n');
-            out_.append(depth * indent_, ' ');
+    // A long list's text is reserved from the length of its first element, so that the text is
+    // not copied again and again as it grows; the reserved pages are touched only as they are
+    // written, so a reservation beyond what the other elements take costs nothing.
+    void ReserveLike(size_t elementBytes, size_t elementsLeft) {
+        const size_t wanted = out_.size() + (elementBytes + 2 * indent_ + 2) * elementsLeft * 2;
+        if (wanted > out_.capacity()) {
+            out_.reserve(wanted);
         }
     }
 
     size_t indent_;
     std::string& out_;
+    std::vector<std::string> leads_;
 };
 
 }  // namespace

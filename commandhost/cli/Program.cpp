@@ -222,7 +222,11 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     for (const std::string& message : result.hostMessages) {
         messages.append(message).push_back('\n');
     }
-    return Finish(out, err, text, messages, result.status);
+    const int status = Finish(out, err, text, messages, result.status);
+    if (keepResults_) {
+        keptResult_ = std::move(result);
+    }
+    return status;
 }
 
 }  // namespace CommandHost

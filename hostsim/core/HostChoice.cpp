@@ -20,6 +20,7 @@ constexpr const char kSimulatedHost[] = "sim";
 constexpr const char kLinuxHost[] = "linux";
 // Beside the host library, wherever the build or the install put it.
 constexpr const char kLiveModule[] = "liblinuxhost.so";
+constexpr const char kLiveModuleBeside[] = "$ORIGIN/liblinuxhost.so";
 
 std::optional<std::string>& ChosenHost() {
     static std::optional<std::string> host;
@@ -44,15 +45,21 @@ std::string ModulePath() {
     return slash == std::string::npos ? kLiveModule : path.substr(0, slash + 1) + kLiveModule;
 }
 
+// The module is first named by its place beside this library, which the loader knows without a
+// look-up; only when that fails is the path asked for, so that the loader's message names it.
+// Its functions are bound as they are first called: a command calls few of them.
 Live::Host* LoadLiveHost() {
-    const std::string path = ModulePath();
-    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* module = dlopen(kLiveModuleBeside, RTLD_LAZY | RTLD_LOCAL);
     if (module == nullptr) {
-        throw HostCtlException("The Linux host driver can't be loaded: " + std::string(dlerror()));
+        module = dlopen(ModulePath().c_str(), RTLD_LAZY | RTLD_LOCAL);
+        if (module == nullptr) {
+            throw HostCtlException("The Linux host driver can't be loaded: " +
+                                   std::string(dlerror()));
+        }
     }
     auto* entry = reinterpret_cast<Live::Host* (*)()>(dlsym(module, "HostSim_LiveHost"));
     if (entry == nullptr) {
-        throw HostCtlException("The Linux host driver " + path + " has no entry");
+        throw HostCtlException("The Linux host driver " + ModulePath() + " has no entry");
     }
     return entry();
 }

@@ -173,6 +173,10 @@ struct RouteRecord {
     std::string gateway;  // empty for a network reached directly
     std::string interfaceName;
     std::string source;  // who made it: "MANUAL", "DHCP", or a routing protocol's name
+    // Of an IPv4 route, the network and the gateway (0 for none) in host byte order, as the
+    // kernel gave them: a listing need not read its own texts back.
+    std::uint32_t ipv4Network = 0;
+    std::uint32_t ipv4Gateway = 0;
 };
 
 class RouteDriver {

@@ -202,8 +202,7 @@ namespace {
 
 // The NICs among the links of one dump, with what `keep` lets through.
 template <class Keep>
-std::vector<std::unique_ptr<NicRecord>> NicsOfDump(NetlinkSocket& route, Ethtool* ethtool,
-                                                   Keep keep) {
+std::vector<std::unique_ptr<NicRecord>> NicsOfDump(NetlinkSocket& route, Keep keep) {
     Message request(RTM_GETLINK, NLM_F_DUMP);
     PutLinkRequest(request, false);
     std::vector<Link> links;
@@ -213,30 +212,43 @@ std::vector<std::unique_ptr<NicRecord>> NicsOfDump(NetlinkSocket& route, Ethtool
         byIndex[link.index] = &link;
     }
     std::vector<std::unique_ptr<NicRecord>> records;
-    std::map<std::string, NicRecord*> byName;
     for (const Link& link : links) {
         const auto master = byIndex.find(link.master);
         if (IsNic(link) && keep(link, master == byIndex.end() ? nullptr : master->second)) {
             records.push_back(MakeRecord(link));
-            byName[link.name] = records.back().get();
         }
-    }
-    if (!records.empty() && ethtool != nullptr) {
-        ReadLinkModes(*ethtool, {}, byName);
     }
     return records;
 }
 
 }  // namespace
 
+// Speed and duplex are what a link negotiated, and a NIC shows them only while its link is up:
+// the others are not asked, and without one up the ethtool family is not opened at all.
+std::vector<std::unique_ptr<NicRecord>> Nics::WithLinkModes(
+    std::vector<std::unique_ptr<NicRecord>> records) {
+    std::map<std::string, NicRecord*> linkedByName;
+    for (const auto& record : records) {
+        if (record->LinkUp()) {
+            linkedByName[record->name] = record.get();
+        }
+    }
+    if (linkedByName.size() == 1) {
+        ReadLinkModes(EthtoolFamily(), linkedByName.begin()->first, linkedByName);
+    } else if (!linkedByName.empty()) {
+        ReadLinkModes(EthtoolFamily(), {}, linkedByName);
+    }
+    return records;
+}
+
 std::vector<std::unique_ptr<NicRecord>> Nics::LoadAll() {
-    return NicsOfDump(Route(), &EthtoolFamily(), [](const Link&, const Link*) { return true; });
+    return WithLinkModes(NicsOfDump(Route(), [](const Link&, const Link*) { return true; }));
 }
 
 std::vector<std::unique_ptr<NicRecord>> Nics::LoadUplinks() {
-    return NicsOfDump(Route(), &EthtoolFamily(), [](const Link&, const Link* master) {
+    return WithLinkModes(NicsOfDump(Route(), [](const Link&, const Link* master) {
         return master != nullptr && master->kind == "bridge";
-    });
+    }));
 }
 
 std::optional<NicRecord> Nics::Load(const std::string& name) {
@@ -258,9 +270,9 @@ std::optional<NicRecord> Nics::Load(const std::string& name) {
     if (!link || !IsNic(*link)) {
         return std::nullopt;
     }
-    auto record = MakeRecord(*link);
-    ReadLinkModes(EthtoolFamily(), name, {{name, record.get()}});
-    return std::move(*record);
+    std::vector<std::unique_ptr<NicRecord>> records;
+    records.push_back(MakeRecord(*link));
+    return std::move(*WithLinkModes(std::move(records)).front());
 }
 
 void Nics::SetAdminState(const std::string& name, bool up) {

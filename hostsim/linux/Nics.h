@@ -62,6 +62,10 @@ public:
                                  HostCtl::Network::SriovNicVFStats& stats) override;
 
 private:
+    // The records with the speed and duplex of those whose link is up.
+    std::vector<std::unique_ptr<NicRecord>> WithLinkModes(
+        std::vector<std::unique_ptr<NicRecord>> records);
+
     // The sockets, opened on first use and kept for the process.
     NetlinkSocket& Route();
     Ethtool& EthtoolFamily();

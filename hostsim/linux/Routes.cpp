@@ -58,8 +58,13 @@ std::vector<RouteRecord> Routes::LoadAll(const std::string& netstack, int family
     std::vector<int> links;
     DumpMainRoutes(socket, AddressFamily(family), [&](const DumpedRoute& route) {
         for (const DumpedRoute::Hop& hop : route.hops) {
-            routes.push_back(
-                {route.network, route.prefixLength, hop.gateway, {}, SourceWord(route.protocol)});
+            routes.push_back({route.network,
+                              route.prefixLength,
+                              hop.gateway,
+                              {},
+                              SourceWord(route.protocol),
+                              route.ipv4Network,
+                              hop.ipv4Gateway});
             links.push_back(hop.interfaceIndex);
         }
     });
@@ -84,8 +89,13 @@ std::optional<RouteRecord> Routes::LoadDefault(const std::string& netstack, int 
     }
     LinkNames names(socket);
     const DumpedRoute::Hop& hop = found->hops.front();
-    return RouteRecord{found->network, 0, hop.gateway, names.Name(hop.interfaceIndex),
-                       SourceWord(found->protocol)};
+    return RouteRecord{found->network,
+                       0,
+                       hop.gateway,
+                       names.Name(hop.interfaceIndex),
+                       SourceWord(found->protocol),
+                       found->ipv4Network,
+                       hop.ipv4Gateway};
 }
 
 void Routes::Add(const std::string& netstack, int family, const RouteRecord& route) {

@@ -58,6 +58,14 @@ void PutAddress(Message& message, std::uint16_t type, int addressFamily, const s
     mnl_attr_put(message.Header(), type, addressFamily == AF_INET6 ? 16 : 4, bytes);
 }
 
+std::uint32_t Ipv4Value(const nlattr* attribute) {
+    if (attribute == nullptr || mnl_attr_get_payload_len(attribute) < 4) {
+        return 0;
+    }
+    const auto* bytes = static_cast<const unsigned char*>(mnl_attr_get_payload(attribute));
+    return static_cast<std::uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+}
+
 std::string HardwareAddressText(const nlattr* attribute) {
     if (attribute == nullptr) {
         return {};
@@ -175,6 +183,7 @@ void ReadHops(int addressFamily, const nlattr* multipath, std::vector<DumpedRout
                          attribute = mnl_attr_next(attribute)) {
             if (mnl_attr_get_type(attribute) == RTA_GATEWAY) {
                 read.gateway = AddressText(addressFamily, attribute);
+                read.ipv4Gateway = addressFamily == AF_INET ? Ipv4Value(attribute) : 0;
             }
         }
         hops.push_back(std::move(read));
@@ -201,14 +210,17 @@ void DumpMainRoutes(NetlinkSocket& socket, int addressFamily,
         if (route.network.empty()) {
             route.network = route.addressFamily == AF_INET6 ? "::" : "0.0.0.0";
         }
+        route.ipv4Network = route.addressFamily == AF_INET ? Ipv4Value(attributes[RTA_DST]) : 0;
         route.prefixLength = header->rtm_dst_len;
         route.protocol = header->rtm_protocol;
         route.hops.clear();
         if (attributes[RTA_MULTIPATH] != nullptr) {
             ReadHops(route.addressFamily, attributes[RTA_MULTIPATH], route.hops);
         } else if (attributes[RTA_VIA] == nullptr) {
-            route.hops.push_back({AddressText(route.addressFamily, attributes[RTA_GATEWAY]),
-                                  static_cast<int>(U32Or(attributes[RTA_OIF], 0))});
+            const nlattr* gateway = attributes[RTA_GATEWAY];
+            route.hops.push_back({AddressText(route.addressFamily, gateway),
+                                  static_cast<int>(U32Or(attributes[RTA_OIF], 0)),
+                                  route.addressFamily == AF_INET ? Ipv4Value(gateway) : 0});
         }
         // A route through a gateway of the other family (RTA_VIA) has no hop of its own family.
         if (!route.hops.empty()) {

@@ -31,6 +31,8 @@ private:
 int AddressFamily(int family);
 // The text of an address attribute of the family; empty for a null one.
 std::string AddressText(int addressFamily, const nlattr* attribute);
+// An IPv4 address attribute in host byte order; 0 for none or a short one, whose text is empty.
+std::uint32_t Ipv4Value(const nlattr* attribute);
 // Puts an address attribute from its text; throws HostCtlException for text that is no
 // address of the family.
 void PutAddress(Message& message, std::uint16_t type, int addressFamily, const std::string& text);
@@ -60,9 +62,11 @@ struct DumpedRoute {
     struct Hop {
         std::string gateway;
         int interfaceIndex = 0;
+        std::uint32_t ipv4Gateway = 0;  // of an IPv4 route, in host byte order; 0 for none
     };
     int addressFamily = 0;
     std::string network;
+    std::uint32_t ipv4Network = 0;  // of an IPv4 route, in host byte order
     unsigned prefixLength = 0;
     unsigned protocol = 0;  // the kernel's RTPROT_ number of who made it
     std::vector<Hop> hops;  // one, or each of a multipath route's

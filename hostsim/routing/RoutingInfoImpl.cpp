@@ -400,8 +400,8 @@ std::string RoutingInfoImpl::GetDefaultGatewaySource(Ipv4Network network) {
     }
     if (auto* live = HostSim::LiveHost(); live != nullptr && cache.listed.empty()) {
         for (const auto& route : live->Routes().LoadAll(netstackKey_, 4)) {
-            cache.listed.emplace_back(
-                SourceKey(Ipv4Address(route.network).GetValue(), route.prefixLength), route.source);
+            cache.listed.emplace_back(SourceKey(route.ipv4Network, route.prefixLength),
+                                      route.source);
         }
         cache.next = cache.listed.size();
     }
@@ -489,7 +489,7 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
         std::vector<HostCtl::Network::Ipv4Route> result;
         result.reserve(routes.size());
         for (const auto& route : routes) {
-            Ipv4Network network(PrefixText(route.network, route.prefixLength));
+            auto network = Ipv4Network::FromValue(route.ipv4Network, route.prefixLength);
             if (route.prefixLength == 0 && cache.gateways.ipv4 == "0.0.0.0" &&
                 !route.gateway.empty()) {
                 cache.gateways.ipv4 = cache.gateways.ipv4Config = route.gateway;
@@ -497,8 +497,7 @@ std::vector<HostCtl::Network::Ipv4Route> RoutingInfoImpl::GetCurrentKelmRoutes(
             }
             cache.listed.emplace_back(
                 SourceKey(network.GetNetwork().GetValue(), route.prefixLength), route.source);
-            result.push_back({std::move(network),
-                              route.gateway.empty() ? Ipv4Address() : Ipv4Address(route.gateway),
+            result.push_back({std::move(network), Ipv4Address::FromValue(route.ipv4Gateway),
                               route.interfaceName});
         }
         return result;

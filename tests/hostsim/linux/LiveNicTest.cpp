@@ -114,6 +114,31 @@ TEST_F(LiveNic, TheJsonListingAgreesWithIp) {
     }
 }
 
+// Speed and duplex are what ethtool reports of a link that is up with its carrier (both ends of
+// a veth pair up), and none of one without (a single end up, or neither).
+TEST_F(LiveNic, SpeedAndDuplexAreEthtoolsWhileTheLinkIsUp) {
+    AddVethPair("v2", "v3");
+    Witness("ip link set v0 up && ip link set v2 up && ip link set v3 up");
+    const auto rows = Rows(RunList({"nic", "list"}));
+    ASSERT_EQ(rows.size(), 4u);
+    for (const auto& row : rows) {
+        const std::string name = Str(row, "Name");
+        SCOPED_TRACE(name);
+        if (name == "v2" || name == "v3") {
+            const std::string ethtool = Witness("ethtool " + name);
+            EXPECT_NE(ethtool.find("Speed: " + std::to_string(Int(row, "Speed")) + "Mb/s\n"),
+                      std::string::npos)
+                << ethtool;
+            EXPECT_NE(ethtool.find("Duplex: " + Str(row, "Duplex") + "\n"), std::string::npos)
+                << ethtool;
+            EXPECT_GT(Int(row, "Speed"), 0);
+        } else {
+            EXPECT_EQ(Int(row, "Speed"), 0);
+            EXPECT_EQ(Str(row, "Duplex"), "Half");
+        }
+    }
+}
+
 TEST_F(LiveNic, DownAndUpChangeTheLinkAsIpSeesIt) {
     Witness("ip link set v0 up");
     auto result = LiveAutocli({"network", "nic", "down", "-n", "v0"});
