@@ -108,7 +108,7 @@ std::string LagsText(const KelmCtl::Network::DVSwitchRecord& record);
 void SetLags(KelmCtl::Network::DVSwitchRecord& record, const std::string& text);
 
 // Table dvs, after its position.
-constexpr Column<KelmCtl::Network::DVSwitchRecord> kSwitchColumns[] = {
+inline constexpr Column<KelmCtl::Network::DVSwitchRecord> kSwitchColumns[] = {
     {.sql = "name", .member = &KelmCtl::Network::DVSwitchRecord::name},
     {.sql = "id", .member = &KelmCtl::Network::DVSwitchRecord::id},
     {.sql = "class", .member = &KelmCtl::Network::DVSwitchRecord::className},

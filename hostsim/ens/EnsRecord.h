@@ -26,13 +26,13 @@ struct Lcore {
 };
 
 // Table ens, its one row. A profile's maximum is read apart: the host caps it.
-constexpr Column<Settings> kSettingsColumns[] = {
+inline constexpr Column<Settings> kSettingsColumns[] = {
     {.sql = "max_lcores", .member = &Settings::maxLcores},
     {.sql = "numa_nodes", .member = &Settings::numaNodes, .json = "numaNodes", .fallback = 2},
 };
 
 // Table ens_lcore, after its position. A context that serves no switch has NULL there.
-constexpr Column<Lcore> kLcoreColumns[] = {
+inline constexpr Column<Lcore> kLcoreColumns[] = {
     {.sql = "id", .member = &Lcore::id, .json = "id", .required = true},
     {.sql = "switch",
      .member = &Lcore::switchName,

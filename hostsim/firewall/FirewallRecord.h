@@ -62,13 +62,13 @@ struct Configuration {
 // Words of a number in a profile: its values 0 and 1, and how a word it does not know is refused.
 Json DefaultActionToJson(std::int64_t pass);
 std::int64_t DefaultActionFromJson(const Json& word);
-constexpr ColumnWords kDefaultActionWords = {DefaultActionToJson, DefaultActionFromJson};
+inline constexpr ColumnWords kDefaultActionWords = {DefaultActionToJson, DefaultActionFromJson};
 extern const ColumnWords kPortTypeWords;
 extern const ColumnWords kDirectionWords;
 extern const ColumnWords kProtocolWords;
 
 // Table kernel_module.
-constexpr Column<ModuleRecord> kModuleColumns[] = {
+inline constexpr Column<ModuleRecord> kModuleColumns[] = {
     {.sql = "name", .member = &ModuleRecord::name, .json = "name", .required = true},
     {.sql = "options", .member = &ModuleRecord::options, .json = "options"},
     {.sql = "persistent", .member = &ModuleRecord::persistent, .json = "persistent"},
@@ -76,7 +76,7 @@ constexpr Column<ModuleRecord> kModuleColumns[] = {
 };
 
 // Table firewall_state, its one row.
-constexpr Column<StateRecord> kStateColumns[] = {
+inline constexpr Column<StateRecord> kStateColumns[] = {
     {.sql = "enabled", .member = &StateRecord::enabled, .json = "enabled", .fallback = true},
     {.sql = "default_pass",
      .member = &StateRecord::pass,
@@ -85,7 +85,7 @@ constexpr Column<StateRecord> kStateColumns[] = {
 };
 
 // Table firewall_ruleset, after its position and id.
-constexpr Column<RulesetRecord> kRulesetColumns[] = {
+inline constexpr Column<RulesetRecord> kRulesetColumns[] = {
     {.sql = "enabled", .member = &RulesetRecord::enabled, .json = "enabled"},
     {.sql = "allowed_all",
      .member = &RulesetRecord::allowedAll,
@@ -98,7 +98,7 @@ constexpr Column<RulesetRecord> kRulesetColumns[] = {
 
 // Table firewall_rule, after its ruleset and position.
 using PortRule = HostCtl::System::FirewallPortRule;
-constexpr Column<PortRule> kRuleColumns[] = {
+inline constexpr Column<PortRule> kRuleColumns[] = {
     {.sql = "label", .member = &PortRule::label, .json = "label"},
     {.sql = "direction",
      .member = &PortRule::direction,
@@ -120,7 +120,7 @@ constexpr Column<PortRule> kRuleColumns[] = {
 };
 
 // Table firewall_allowed_ip, after its ruleset. A profile lists the addresses' texts.
-constexpr Column<AllowedAddress> kAllowedAddressColumns[] = {
+inline constexpr Column<AllowedAddress> kAllowedAddressColumns[] = {
     {.sql = "kind", .member = NumberMember<&AllowedAddress::kind>},
     {.sql = "address", .member = &AllowedAddress::text},
 };

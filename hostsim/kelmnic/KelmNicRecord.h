@@ -55,7 +55,7 @@ std::int64_t NetDumpFlags(const KelmNicRecord& record);
 void SetNetDumpFlags(KelmNicRecord& record, std::int64_t flags);
 
 // Table kelmnic, after its position. The profile's form of an interface is its subject's.
-constexpr Column<KelmNicRecord> kKelmNicColumns[] = {
+inline constexpr Column<KelmNicRecord> kKelmNicColumns[] = {
     {.sql = "name", .member = &KelmNicRecord::name},
     {.sql = "netstack", .member = &KelmNicRecord::netstack},
     {.sql = "system", .member = &KelmNicRecord::system},

@@ -21,8 +21,8 @@ namespace HostSim::Ip {
 // The Kelm interfaces of the built-in default host.
 extern const char* const kDefaultKelmNics;
 
-constexpr std::uint32_t kDefaultMtu = 1500;
-constexpr std::uint32_t kDefaultTsoMss = 65535;
+inline constexpr std::uint32_t kDefaultMtu = 1500;
+inline constexpr std::uint32_t kDefaultTsoMss = 65535;
 inline constexpr std::uint32_t kMaximumRxQueues = 1000;
 
 // The host's rule for the MTU of an interface; throws HostCtlException.

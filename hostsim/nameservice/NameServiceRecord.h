@@ -28,7 +28,7 @@ std::string DomainsText(const DnsConfig& config);
 void SetDomains(DnsConfig& config, const std::string& text);
 
 // Table dns, after the instance.
-constexpr Column<DnsConfig> kDnsColumns[] = {
+inline constexpr Column<DnsConfig> kDnsColumns[] = {
     {.sql = "servers", .member = TextAccess<DnsConfig>{ServersText, SetServers}},
     {.sql = "domains", .member = TextAccess<DnsConfig>{DomainsText, SetDomains}},
 };

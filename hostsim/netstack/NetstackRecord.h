@@ -36,7 +36,7 @@ namespace HostSim::Ip {
 // Table netstack, after its position. A profile leaves out the kernel's values of an instance
 // that is down, and an instance without a name of its own is named by its key.
 using KelmCtl::Network::NetstackRecord;
-constexpr Column<NetstackRecord> kNetstackColumns[] = {
+inline constexpr Column<NetstackRecord> kNetstackColumns[] = {
     {.sql = "key", .member = &NetstackRecord::key, .json = "key", .required = true},
     {.sql = "name", .member = &NetstackRecord::name, .json = "name"},
     {.sql = "up", .member = &NetstackRecord::up, .json = "enabled", .fallback = true},

@@ -55,7 +55,7 @@ extern const ColumnDocument kPauseDocument;
 
 // Table nic, after its position. A pseudo NIC has no "pci" object; a NIC without "driverInfo"
 // has its PCI address as bus info.
-constexpr Column<Record> kColumns[] = {
+inline constexpr Column<Record> kColumns[] = {
     {.sql = "name", .member = &Record::name, .json = "name", .required = true},
     {.sql = "pci_address",
      .member = &Record::pciAddress,

@@ -31,7 +31,7 @@ struct Device {
 };
 
 // Table nic_device, after its position. The NIC is the first column.
-constexpr Column<Device> kColumns[] = {
+inline constexpr Column<Device> kColumns[] = {
     {.sql = "nic", .member = &Device::nic},
     {.sql = "sriov", .member = &Device::sriov, .nullWhenEmpty = true},
     {.sql = "netqueue", .member = &Device::netqueue},

@@ -48,7 +48,7 @@ struct SettingsRow {
 };
 
 // Table nic_settings, after its position. The name is the first column.
-constexpr Column<SettingsRow> kColumns[] = {
+inline constexpr Column<SettingsRow> kColumns[] = {
     {.sql = "name", .member = &SettingsRow::name, .json = "name"},
     {.sql = "stats", .member = &SettingsRow::stats, .json = "stats", .document = &kMemberDocument},
     {.sql = "vlan_stats",

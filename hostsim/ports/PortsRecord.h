@@ -37,7 +37,7 @@ std::vector<std::string> SplitMacs(const std::string& text);
 std::string JoinMacs(const std::vector<std::string>& macs);
 
 // Table port, after its position: what a listing reads.
-constexpr Column<PortRecord> kPortColumns[] = {
+inline constexpr Column<PortRecord> kPortColumns[] = {
     {.sql = "id", .member = &PortRecord::id},
     {.sql = "switch", .member = &PortRecord::switchName},
     {.sql = "type", .member = &PortRecord::type},
@@ -53,7 +53,7 @@ constexpr Column<PortRecord> kPortColumns[] = {
 };
 
 // Then its counters and filters, read on first use.
-constexpr Column<PortRecord> kPortDetailColumns[] = {
+inline constexpr Column<PortRecord> kPortDetailColumns[] = {
     {.sql = "stats", .member = &PortRecord::stats},
     {.sql = "filters", .member = &PortRecord::filters},
 };

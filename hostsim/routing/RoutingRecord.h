@@ -32,7 +32,7 @@ struct Gateways {
 };
 
 // Table routing_route, after its position and netstack instance.
-constexpr Column<Route> kRouteColumns[] = {
+inline constexpr Column<Route> kRouteColumns[] = {
     {.sql = "family", .member = &Route::family},
     {.sql = "system", .member = &Route::system},
     {.sql = "network", .member = &Route::network},
@@ -44,7 +44,7 @@ constexpr Column<Route> kRouteColumns[] = {
 
 // The gateways of table routing_netstack, after the instance. A profile's gateways are checked
 // as they are read.
-constexpr Column<Gateways> kGatewayColumns[] = {
+inline constexpr Column<Gateways> kGatewayColumns[] = {
     {.sql = "ipv4_gateway", .member = &Gateways::ipv4, .json = "ipv4Gateway"},
     {.sql = "ipv4_config_gateway",
      .member = &Gateways::ipv4Config,
@@ -71,11 +71,11 @@ struct NeighborRecord {
 // Table routing_neighbor, after its position and instance: the family and kind, which a listing
 // selects by, then the entry. A profile tells the family by the address, and has "system" only
 // where it is true.
-constexpr Column<NeighborRecord> kNeighborKindColumns[] = {
+inline constexpr Column<NeighborRecord> kNeighborKindColumns[] = {
     {.sql = "family", .member = &NeighborRecord::family},
     {.sql = "system", .member = &NeighborRecord::system},
 };
-constexpr Column<NeighborRecord> kNeighborColumns[] = {
+inline constexpr Column<NeighborRecord> kNeighborColumns[] = {
     {.sql = "address", .member = &NeighborRecord::address, .json = "address", .required = true},
     {.sql = "mac", .member = &NeighborRecord::mac, .json = "mac", .required = true},
     {.sql = "interface",

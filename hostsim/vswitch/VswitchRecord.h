@@ -97,7 +97,7 @@ const Json& ParsedPolicy(const std::string& text);
 
 // The policy columns of a switch or a port group, its own policies as JSON text.
 template <typename Record>
-static constexpr Column<Record> kPolicyColumns[] = {
+inline constexpr Column<Record> kPolicyColumns[] = {
     {.sql = "teaming",
      .member = TextAccess<Record>{
          [](const Record& record) { return TeamingToJson(record.own.teaming).dump(); },
@@ -119,7 +119,7 @@ static constexpr Column<Record> kPolicyColumns[] = {
 };
 
 // Table vswitch, after its position: then its policy columns.
-constexpr Column<SwitchRecord> kSwitchColumns[] = {
+inline constexpr Column<SwitchRecord> kSwitchColumns[] = {
     {.sql = "name", .member = &SwitchRecord::name},
     {.sql = "system", .member = &SwitchRecord::system},
     {.sql = "class", .member = &SwitchRecord::className},
@@ -132,7 +132,7 @@ constexpr Column<SwitchRecord> kSwitchColumns[] = {
 };
 
 // Table vswitch_portgroup, after its position: then its policy columns.
-constexpr Column<PortGroupRecord> kPortGroupColumns[] = {
+inline constexpr Column<PortGroupRecord> kPortGroupColumns[] = {
     {.sql = "name", .member = &PortGroupRecord::name},
     {.sql = "vswitch", .member = &PortGroupRecord::switchName},
     {.sql = "vlan_id", .member = NumberMember<&PortGroupRecord::vlanId>},
@@ -151,7 +151,7 @@ struct PolicyTexts {
     std::string shaping;
     bool operator==(const PolicyTexts&) const = default;
 };
-constexpr Column<PolicyTexts> kPolicyTextColumns[] = {
+inline constexpr Column<PolicyTexts> kPolicyTextColumns[] = {
     {.sql = "teaming", .member = &PolicyTexts::teaming},
     {.sql = "security", .member = &PolicyTexts::security},
     {.sql = "shaping", .member = &PolicyTexts::shaping},
