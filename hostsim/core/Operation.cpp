@@ -44,8 +44,21 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 }
 
 bool IsOperation(std::string_view name) {
-    auto names = OperationNames();
-    return std::binary_search(names.begin(), names.end(), name);
+    std::size_t first = 0;
+    std::size_t last = OperationCount();
+    while (first < last) {
+        const std::size_t middle = first + (last - first) / 2;
+        const std::string_view known = OperationName(middle);
+        if (known == name) {
+            return true;
+        }
+        if (known < name) {
+            first = middle + 1;
+        } else {
+            last = middle;
+        }
+    }
+    return false;
 }
 
 // Why `name` is no operation, with the one meant when one is close: "there is no host operation
@@ -54,7 +67,8 @@ std::string UnknownOperation(std::string_view name) {
     std::string text = "there is no host operation " + std::string(name);
     std::string_view closest;
     std::size_t best = std::max<std::size_t>(2, name.size() / 4) + 1;
-    for (std::string_view known : OperationNames()) {
+    for (std::size_t i = 0; i < OperationCount(); ++i) {
+        const std::string_view known = OperationName(i);
         if (std::size_t distance = EditDistance(name, known); distance < best) {
             closest = known;
             best = distance;

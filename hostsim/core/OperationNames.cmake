@@ -17,22 +17,39 @@ foreach(source IN LISTS sources)
 endforeach()
 list(REMOVE_DUPLICATES names)
 list(SORT names)
+# Each name is kept in a row of fixed width, so that the table holds no pointer: a pointer would
+# be relocated, and its page written, in every process that loads the library.
+set(width 0)
+foreach(name IN LISTS names)
+    # The quoted name's length, less its two quotes, and its closing NUL.
+    string(LENGTH "${name}" length)
+    math(EXPR length "${length} - 1")
+    if(length GREATER width)
+        set(width ${length})
+    endif()
+endforeach()
 list(JOIN names ",\n    " body)
 file(WRITE ${OUTPUT}
 "// Made by hostsim/core/OperationNames.cmake from the sources of hostsim/ at build time.
 #include \"hostsim/core/OperationNames.h\"
 
+#include <iterator>
+
 namespace HostSim {
 
 namespace {
 
-constexpr std::string_view kNames[] = {
+constexpr char kNames[][${width}] = {
     ${body}};
 
 }  // namespace
 
-std::span<const std::string_view> OperationNames() {
-    return kNames;
+std::size_t OperationCount() {
+    return std::size(kNames);
+}
+
+std::string_view OperationName(std::size_t index) {
+    return kNames[index];
 }
 
 }  // namespace HostSim

@@ -4,12 +4,13 @@
 // to edit.
 #pragma once
 
-#include <span>
+#include <cstddef>
 #include <string_view>
 
 namespace HostSim {
 
-// Sorted, each name once.
-std::span<const std::string_view> OperationNames();
+// The names, sorted, each once: name `index` of OperationCount().
+std::size_t OperationCount();
+std::string_view OperationName(std::size_t index);
 
 }  // namespace HostSim

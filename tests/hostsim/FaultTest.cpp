@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <vector>
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
@@ -210,7 +211,10 @@ TEST_F(FaultTest, InjectingAFaultOfNoOperationIsRefused) {
 // The table of operations comes from the sources, so it holds every operation of every
 // subject: here those the NIC, switch and firewall operations pass.
 TEST_F(FaultTest, TheOperationTableHoldsTheOperationsOfEverySubject) {
-    auto names = HostSim::OperationNames();
+    std::vector<std::string_view> names;
+    for (std::size_t i = 0; i < HostSim::OperationCount(); ++i) {
+        names.push_back(HostSim::OperationName(i));
+    }
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
     EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
     for (const char* name :
