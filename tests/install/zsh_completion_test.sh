@@ -20,10 +20,11 @@ trap '"${tmux[@]}" kill-server 2>/dev/null; rm -rf "$work"' EXIT
 # The screen, with the blanks at the ends of its lines.
 screen() { "${tmux[@]}" capture-pane -p -N -t completion; }
 
-# Waits up to five seconds for the screen to show every one of the words given.
+# Waits up to twenty seconds (a loaded machine draws slowly) for the screen to show every one
+# of the words given.
 shows() {
     local word tries text
-    for ((tries = 0; tries < 50; tries++)); do
+    for ((tries = 0; tries < 200; tries++)); do
         sleep 0.1
         text=$(screen)
         for word in "$@"; do
@@ -34,11 +35,11 @@ shows() {
     return 1
 }
 
-# Waits up to five seconds for the screen to hold nothing but the prompt with TEXT after it.
+# Waits up to twenty seconds for the screen to hold nothing but the prompt with TEXT after it.
 shows_only() {
     local tries text expected="> $1"
     expected=${expected%%+([[:space:]])}
-    for ((tries = 0; tries < 50; tries++)); do
+    for ((tries = 0; tries < 200; tries++)); do
         sleep 0.1
         text=$(screen)
         [[ ${text%%+([[:space:]])} == "$expected" ]] && return 0
