@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <ranges>
 #include <string_view>
 #include <vector>
 
@@ -44,21 +45,9 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 }
 
 bool IsOperation(std::string_view name) {
-    std::size_t first = 0;
-    std::size_t last = OperationCount();
-    while (first < last) {
-        const std::size_t middle = first + (last - first) / 2;
-        const std::string_view known = OperationName(middle);
-        if (known == name) {
-            return true;
-        }
-        if (known < name) {
-            first = middle + 1;
-        } else {
-            last = middle;
-        }
-    }
-    return false;
+    const auto indices = std::views::iota(std::size_t{0}, OperationCount());
+    const auto found = std::ranges::lower_bound(indices, name, {}, OperationName);
+    return found != indices.end() && OperationName(*found) == name;
 }
 
 // Why `name` is no operation, with the one meant when one is close: "there is no host operation

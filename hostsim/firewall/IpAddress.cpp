@@ -102,8 +102,15 @@ Ipv4Network::Ipv4Network(const std::string& text) {
     }
     network_ = Ipv4Address(parts->first);
     prefixLength_ = parts->second;
-    netmask_ = Ipv4Address::FromValue(
-        prefixLength_ == 0 ? 0 : ~std::uint32_t{0} << (kIpv4Bits - prefixLength_));
+    netmask_ = Ipv4Address::FromValue(HostSim::Ipv4Netmask(prefixLength_));
+}
+
+Ipv4Network Ipv4Network::FromValue(std::uint32_t network, unsigned int prefixLength) {
+    Ipv4Network result;
+    result.network_ = Ipv4Address::FromValue(network);
+    result.netmask_ = Ipv4Address::FromValue(HostSim::Ipv4Netmask(prefixLength));
+    result.prefixLength_ = prefixLength;
+    return result;
 }
 
 std::string Ipv4Network::GetStringAddress() const {

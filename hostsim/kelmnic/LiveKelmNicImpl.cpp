@@ -7,6 +7,7 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/kelmnic/KelmNicStore.h"
+#include "hostsim/values/Ipv4Text.h"
 
 namespace KelmCtl::Network {
 
@@ -55,10 +56,6 @@ HostSim::Live::Host& Live() {
     throw HostCtlException(HostSim::Live::kNotAvailable);
 }
 
-std::uint32_t Netmask(unsigned prefixLength) {
-    return prefixLength == 0 ? 0 : ~std::uint32_t{0} << (32 - std::min(prefixLength, 32u));
-}
-
 // The configuration the kernel's objects amount to. Without an IPv4 address there is no IPv4
 // setting, and a default route through the link is not part of it.
 IpConfig ConfigOf(const InterfaceIp& ip) {
@@ -67,7 +64,7 @@ IpConfig ConfigOf(const InterfaceIp& ip) {
         config.SetIpv4UseNone();
     } else {
         config.SetIpv4Address(Ipv4Address(ip.ipv4Address));
-        config.SetIpv4Netmask(Ipv4Address::FromValue(Netmask(ip.ipv4PrefixLength)));
+        config.SetIpv4Netmask(Ipv4Address::FromValue(HostSim::Ipv4Netmask(ip.ipv4PrefixLength)));
         if (!ip.ipv4Broadcast.empty()) {
             config.SetIpv4Broadcast(Ipv4Address(ip.ipv4Broadcast));
         }

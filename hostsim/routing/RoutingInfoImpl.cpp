@@ -10,6 +10,7 @@
 #include "hostsim/core/Store.h"
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
+#include "hostsim/values/Ipv4Text.h"
 
 namespace KelmCtl::Network {
 
@@ -29,10 +30,6 @@ std::string PrefixText(const std::string& network, unsigned int prefixLength) {
     return network + "/" + std::to_string(prefixLength);
 }
 
-std::uint32_t Ipv4Mask(unsigned int prefixLength) {
-    return prefixLength == 0 ? 0 : ~std::uint32_t{0} << (32 - prefixLength);
-}
-
 bool Ipv6PrefixMatches(const Ipv6Address& address, const Ipv6Address& network,
                        unsigned int prefixLength) {
     const auto& a = address.GetBytes();
@@ -49,8 +46,9 @@ bool Ipv6PrefixMatches(const Ipv6Address& address, const Ipv6Address& network,
 // The interface of the directly reached network that holds `gateway`; empty when none does.
 std::string ReachingInterface(const std::vector<Route>& routes, const Ipv4Address& gateway) {
     for (const Route& route : routes) {
-        if (route.gateway == "0.0.0.0" && (gateway.GetValue() & Ipv4Mask(route.prefixLength)) ==
-                                              Ipv4Address(route.network).GetValue()) {
+        if (route.gateway == "0.0.0.0" &&
+            (gateway.GetValue() & HostSim::Ipv4Netmask(route.prefixLength)) ==
+                Ipv4Address(route.network).GetValue()) {
             return route.interfaceName;
         }
     }

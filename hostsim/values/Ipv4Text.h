@@ -1,6 +1,6 @@
-// An IPv4 address in dotted-quad text, formatted by hand: inet_ntop goes through sprintf, which
-// a listing of many routes or addresses feels. Header-only, for the host library and the live
-// host's module alike.
+// An IPv4 address in dotted-quad text, formatted by hand (and a prefix length's netmask): inet_ntop
+// goes through sprintf, which a listing of many routes or addresses feels. Header-only, for the
+// host library and the live host's module alike.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +24,12 @@ inline std::string Ipv4Text(std::uint32_t value) {
         *end++ = '.';
     }
     return std::string(text, end - 1);
+}
+
+// The netmask of a prefix length in host byte order: 24 is 0xffffff00; a length over 32 is 32.
+constexpr std::uint32_t Ipv4Netmask(unsigned prefixLength) {
+    return prefixLength == 0 ? 0
+                             : ~std::uint32_t{0} << (32 - (prefixLength < 32 ? prefixLength : 32));
 }
 
 }  // namespace HostSim

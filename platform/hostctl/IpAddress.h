@@ -59,14 +59,7 @@ public:
     Ipv4Network& operator=(const Ipv4Network&) = default;
 
     // A network in host byte order and its prefix length, 0 to 32.
-    static Ipv4Network FromValue(std::uint32_t network, unsigned int prefixLength) {
-        Ipv4Network result;
-        result.network_ = Ipv4Address::FromValue(network);
-        result.netmask_ = Ipv4Address::FromValue(
-            prefixLength == 0 ? 0 : ~std::uint32_t{0} << (32 - prefixLength));
-        result.prefixLength_ = prefixLength;
-        return result;
-    }
+    static Ipv4Network FromValue(std::uint32_t network, unsigned int prefixLength);
 
     const Ipv4Address& GetNetwork() const { return network_; }
     const Ipv4Address& GetNetmask() const { return netmask_; }
