@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
-#include <ranges>
 #include <string_view>
 #include <vector>
 
@@ -45,9 +44,18 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 }
 
 bool IsOperation(std::string_view name) {
-    const auto indices = std::views::iota(std::size_t{0}, OperationCount());
-    const auto found = std::ranges::lower_bound(indices, name, {}, OperationName);
-    return found != indices.end() && OperationName(*found) == name;
+    // A binary search over the indices of the sorted names.
+    std::size_t first = 0;
+    std::size_t last = OperationCount();
+    while (first < last) {
+        const std::size_t middle = first + (last - first) / 2;
+        if (OperationName(middle) < name) {
+            first = middle + 1;
+        } else {
+            last = middle;
+        }
+    }
+    return first < OperationCount() && OperationName(first) == name;
 }
 
 // Why `name` is no operation, with the one meant when one is close: "there is no host operation
