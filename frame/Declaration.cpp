@@ -214,6 +214,25 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape) {
 
 namespace ZanvexCli::NetworkNamespace {
 
+CommandNode::CommandNode(const Declare::PackedShape& shape, CommandBody body)
+    : shape_(&shape), body_(body) {
+    const Declare::UnpackedShape unpacked = Declare::Unpack(shape);
+    if (shape.describe != nullptr) {
+        SetDescription(shape.describe());
+    } else {
+        SetDescription(unpacked.shape.description);
+    }
+    if (unpacked.shape.formatter != nullptr) {
+        SetDefaultOutputFormatter(unpacked.shape.formatter);
+    }
+    if (unpacked.shape.structure != nullptr) {
+        Declare::AddColumns(*this, *unpacked.shape.structure);
+    }
+    for (const Declare::OutputParameter& parameter : unpacked.shape.outputParameters) {
+        SetDefaultOutputParameter(parameter.key, parameter.value);
+    }
+}
+
 std::shared_ptr<NamespaceNode> CommandNode::GetThis() {
     return Command::GetThis();
 }
@@ -287,23 +306,9 @@ void CommandNode::Execute(const std::shared_ptr<Input>& input,
     Command::Execute(input, output);
 }
 
-void CommandNode::TakeShape(const Declare::PackedShape& shape) {
-    shape_ = &shape;
-    const Declare::UnpackedShape unpacked = Declare::Unpack(shape);
-    if (shape.describe != nullptr) {
-        SetDescription(shape.describe());
-    } else {
-        SetDescription(unpacked.shape.description);
-    }
-    if (unpacked.shape.formatter != nullptr) {
-        SetDefaultOutputFormatter(unpacked.shape.formatter);
-    }
-    if (unpacked.shape.structure != nullptr) {
-        Declare::AddColumns(*this, *unpacked.shape.structure);
-    }
-    for (const Declare::OutputParameter& parameter : unpacked.shape.outputParameters) {
-        SetDefaultOutputParameter(parameter.key, parameter.value);
-    }
+void CommandNode::ExecuteInternal(const std::shared_ptr<Input>& input,
+                                  const std::shared_ptr<Output>& output) {
+    body_(input, output);
 }
 
 std::shared_ptr<InputSpec> CommandNode::GetInputSpecInternal() {

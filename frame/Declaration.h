@@ -46,12 +46,20 @@ std::shared_ptr<OutputSpec> MakeOutputSpec(const PackedShape& shape);
 
 }  // namespace Declare
 
-// The tree and spec operations of a command, each passed on to the command host's own. Every
-// command class's table of virtual functions then points into this library instead of into the
-// host's, so that loading the plug-in binds a few symbols rather than a few dozen per command.
-// It also gives every command its specs from the packed shape its constructor takes.
-class CommandNode : public Command {
+// The body of a command: what it does with its input and output.
+using CommandBody = void (*)(const std::shared_ptr<Input>& input,
+                             const std::shared_ptr<Output>& output);
+
+// Every command of the tree: one class, made with a command's packed shape and body. One class,
+// not a class per command, so that the loader relocates one table of virtual functions in every
+// process rather than one per command. Each tree and spec operation is passed on to the command
+// host's own, so that the table points into this library instead of into the host's, and loading
+// the plug-in binds a few symbols rather than a few dozen per command. It gives the command its
+// specs from the packed shape.
+class CommandNode final : public Command {
 public:
+    CommandNode(const Declare::PackedShape& shape, CommandBody body);
+
     std::shared_ptr<NamespaceNode> GetThis() override;
     CppTools::AutoCli::NodeType GetType() const override;
     std::vector<std::string> GetPath() const override;
@@ -76,52 +84,43 @@ public:
     const Declare::PackedShape& Shape() const { return *shape_; }
 
 protected:
-    // Sets the description and default output of `shape`, and keeps it for the specs.
-    void TakeShape(const Declare::PackedShape& shape);
+    void ExecuteInternal(const std::shared_ptr<Input>& input,
+                         const std::shared_ptr<Output>& output) override;
     std::shared_ptr<InputSpec> GetInputSpecInternal() override;
     std::shared_ptr<OutputSpec> GetOutputSpecInternal() override;
 
 private:
-    const Declare::PackedShape* shape_ = nullptr;
+    const Declare::PackedShape* shape_;
+    CommandBody body_;
 };
 
-// A new command of class `Self`, ready for the tree. Every command is owned through CommandNode,
-// so that all of them share one kind of reference count block: one per class would be a table
-// of virtual functions and a type description more for the loader to relocate in every process.
+// A new command of class `Self`, ready for the tree.
 template <class Self>
 std::shared_ptr<NamespaceNode> MakeCommandNode() {
-    Self* command = new Self;
-    CommandNode* node = command;
-    std::shared_ptr<Self> owned(std::shared_ptr<CommandNode>(node), command);
-    owned->PrimeThis(owned);
-    return owned;
+    std::shared_ptr<CommandNode> node(new CommandNode(Self::kShape, &Self::Execute));
+    node->PrimeThis(node);
+    return node;
 }
 
 // Declares a command in its source file, after its `constexpr Declare::CommandShape` table, and
-// opens the body of its ExecuteInternal:
+// opens its body:
 //     NETWORK_COMMAND(NicList, kNicListShape) { ...input, output... }
-// The class derives from CommandNode itself, not through a template, and reaches `Command` as a
-// plain base: either way would bring more tables for the loader to relocate in every process.
-// GetOutputStructure gives the struct of one result (or row). The build stops when the packed
-// shape does not read back as its table.
+// The class holds the command's packed shape and body; GetOutputStructure gives the struct of one
+// result (or row). The build stops when the packed shape does not read back as its table.
 #define NETWORK_COMMAND(ClassName, kTable)                                                        \
-    class ClassName final : public CommandNode {                                                  \
-    public:                                                                                       \
+    struct ClassName {                                                                            \
         static const Declare::PackedShape kShape;                                                 \
-        ClassName() { TakeShape(kShape); }                                                        \
         static std::shared_ptr<MetaStruct> GetOutputStructure() {                                 \
             return Declare::MakeStruct(kShape.structure);                                         \
         }                                                                                         \
-                                                                                                  \
-    protected:                                                                                    \
-        void ExecuteInternal(const std::shared_ptr<Input>& input,                                 \
-                             const std::shared_ptr<Output>& output) override;                     \
+        static void Execute(const std::shared_ptr<Input>& input,                                  \
+                            const std::shared_ptr<Output>& output);                               \
     };                                                                                            \
     static_assert(Declare::UnpacksToItsTable<kTable>());                                          \
     static_assert(kTable.structure == nullptr || Declare::ColumnsAreNumbered(*kTable.structure)); \
     const Declare::PackedShape ClassName::kShape = Declare::Pack<kTable>();                       \
     template std::shared_ptr<NamespaceNode> MakeCommandNode<ClassName>();                         \
-    void ClassName::ExecuteInternal([[maybe_unused]] const std::shared_ptr<Input>& input,         \
-                                    [[maybe_unused]] const std::shared_ptr<Output>& output)
+    void ClassName::Execute([[maybe_unused]] const std::shared_ptr<Input>& input,                 \
+                            [[maybe_unused]] const std::shared_ptr<Output>& output)
 
 }  // namespace ZanvexCli::NetworkNamespace
