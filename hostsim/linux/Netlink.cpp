@@ -66,7 +66,8 @@ void ThrowKernelError(int error, const std::string& detail) {
 }
 
 Message::Message(std::uint16_t type, std::uint16_t flags)
-    : buffer_(MNL_SOCKET_BUFFER_SIZE), header_(mnl_nlmsg_put_header(buffer_.data())) {
+    : buffer_(std::make_unique_for_overwrite<char[]>(MNL_SOCKET_BUFFER_SIZE)),
+      header_(mnl_nlmsg_put_header(buffer_.get())) {
     header_->nlmsg_type = type;
     header_->nlmsg_flags = NLM_F_REQUEST | flags;
 }
@@ -75,7 +76,7 @@ NetlinkSocket::NetlinkSocket(int protocol)
     : socket_(mnl_socket_open2(protocol, SOCK_CLOEXEC)),
       port_(0),
       sequence_(static_cast<unsigned>(std::time(nullptr))),
-      buffer_(kReceiveBufferSize) {
+      buffer_(std::make_unique_for_overwrite<char[]>(kReceiveBufferSize)) {
     if (socket_ == nullptr) {
         ThrowKernelError(errno);
     }
@@ -106,7 +107,7 @@ void NetlinkSocket::Exchange(Message& request,
         ThrowKernelError(errno);
     }
     for (;;) {
-        const ssize_t received = mnl_socket_recvfrom(socket_, buffer_.data(), buffer_.size());
+        const ssize_t received = mnl_socket_recvfrom(socket_, buffer_.get(), kReceiveBufferSize);
         if (received < 0) {
             if (errno == EINTR) {
                 continue;
@@ -114,7 +115,7 @@ void NetlinkSocket::Exchange(Message& request,
             ThrowKernelError(errno);
         }
         int left = static_cast<int>(received);
-        for (auto* message = reinterpret_cast<const nlmsghdr*>(buffer_.data());
+        for (auto* message = reinterpret_cast<const nlmsghdr*>(buffer_.get());
              mnl_nlmsg_ok(message, left); message = mnl_nlmsg_next(message, &left)) {
             if (!mnl_nlmsg_portid_ok(message, port_) || !mnl_nlmsg_seq_ok(message, sequence_)) {
                 continue;

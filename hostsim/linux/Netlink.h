@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -43,7 +44,7 @@ public:
     }
 
 private:
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;
     nlmsghdr* header_;
 };
 
@@ -65,7 +66,7 @@ private:
     mnl_socket* socket_;
     unsigned port_;
     unsigned sequence_;
-    std::vector<char> buffer_;
+    std::unique_ptr<char[]> buffer_;
 };
 
 // The attributes of a message or of a nested attribute, by type; an absent one, or one of a
