@@ -40,6 +40,16 @@ size_t BytesOfCharacters(std::string_view text, size_t count) {
     return bytes;
 }
 
+// Bytes at the start of `text` from `lowest` to 0x7E: ASCII, without DEL.
+size_t AsciiRun(std::string_view text, unsigned char lowest) {
+    size_t bytes = 0;
+    while (bytes < text.size() && static_cast<unsigned char>(text[bytes]) >= lowest &&
+           static_cast<unsigned char>(text[bytes]) < 0x7F) {
+        ++bytes;
+    }
+    return bytes;
+}
+
 void AppendHexByte(unsigned char byte, std::string& out) {
     out.append("\\x").push_back(kHex[byte >> 4]);
     out.push_back(kHex[byte & 0xf]);
@@ -163,6 +173,13 @@ void AppendUtf8(char32_t code, std::string& out) {
 size_t DisplayWidth(std::string_view text) {
     size_t width = 0;
     while (!text.empty()) {
+        // A run of ASCII, what most values are, is one column a byte.
+        const size_t ascii = AsciiRun(text, 0x00);
+        width += ascii;
+        text.remove_prefix(ascii);
+        if (text.empty()) {
+            break;
+        }
         const Utf8Character character = DecodeCharacter(text);
         width += character.valid ? CharacterWidth(character.code) : 1;
         text.remove_prefix(character.bytes);
@@ -174,6 +191,13 @@ std::string VisibleText(std::string_view text) {
     std::string visible;
     visible.reserve(text.size());
     while (!text.empty()) {
+        // A run of printable ASCII, what most values are, is shown as it is.
+        const size_t printable = AsciiRun(text, 0x20);
+        visible.append(text.data(), printable);
+        text.remove_prefix(printable);
+        if (text.empty()) {
+            break;
+        }
         const Utf8Character character = DecodeCharacter(text);
         const char32_t code = character.code;
         if (!character.valid) {
