@@ -89,7 +89,7 @@ void Collect(MetaList& list, std::string_view protocol, const std::string& key) 
         networkInfo.GetCurrentIpKelmConnections(connections, key);
     }
     for (const auto& connection : connections) {
-        auto row = MetaStruct::New(kStructName);
+        auto row = std::make_shared<MetaStruct>(*list.GetPrototype());
         row->SetField(kProto, std::string(protocol));
         row->SetField(kRecvQ, static_cast<long>(connection.recvQueue));
         row->SetField(kSendQ, static_cast<long>(connection.sendQueue));

@@ -139,7 +139,7 @@ NETWORK_COMMAND(IpNeighborList, kIpNeighborListShape) {
         std::vector<HostCtl::Network::Ipv4Neighbor> neighbors;
         routing.GetCurrentIpv4KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = MetaStruct::New(kNetworkNeighbor.name);
+            auto row = std::make_shared<MetaStruct>(*list->GetPrototype());
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);
@@ -153,7 +153,7 @@ NETWORK_COMMAND(IpNeighborList, kIpNeighborListShape) {
         std::vector<HostCtl::Network::Ipv6Neighbor> neighbors;
         routing.GetCurrentIpv6KelmNeighbors(neighbors, interfaceName, type);
         for (const auto& neighbor : neighbors) {
-            auto row = MetaStruct::New(kNetworkNeighbor.name);
+            auto row = std::make_shared<MetaStruct>(*list->GetPrototype());
             row->SetField(kNeighbor, neighbor.address.GetStringAddress());
             row->SetField(kMacAddress, neighbor.macAddress);
             row->SetField(kKelmnic, neighbor.interfaceName);

@@ -155,7 +155,7 @@ NETWORK_COMMAND(IpRouteIpv4List, kIpRouteIpv4ListShape) {
                 gateway->second = route.gateway.GetStringAddress();
             }
             // Fields in the order of kFields, as the row prototype has them.
-            auto row = MetaStruct::New(kRoute.name);
+            auto row = std::make_shared<MetaStruct>(*list->GetPrototype());
             row->SetField(kNetwork, route.network == RoutingInfoImpl::DEFAULT_IPV4_ROUTE
                                         ? std::string(kDefaultNetwork)
                                         : route.network.GetNetwork().GetStringAddress());
