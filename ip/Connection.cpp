@@ -1,10 +1,10 @@
 // `network ip connection list`: the TCP, UDP and raw IP sockets of a netstack instance, with
 // the world that owns each.
+#include <string>
 #include <string_view>
 
 #include "frame/Declaration.h"
 #include "hostctl/HostCtlException.h"
-#include "hostctl/Misc.h"
 #include "kelmctl/NetworkInfoImpl.h"
 #include "kelmctl/ResourceInfoImpl.h"
 
@@ -21,8 +21,6 @@ constexpr char kAll[] = "all";
 constexpr char kTcp[] = "tcp";
 constexpr char kUdp[] = "udp";
 constexpr char kIp[] = "ip";
-constexpr char kIpv6Format[] = "[%s]:%u";
-constexpr char kIpv4Format[] = "%s:%u";
 constexpr char kFailed[] = "Unable to get connection list: ";
 
 constexpr char kProto[] = "Proto";
@@ -71,10 +69,17 @@ constexpr Field kFields[] = {
 };
 constexpr Declare::StructShape kConnection = {kStructName, kFields};
 
+// "address:port", an IPv6 address in brackets: put together directly, as a listing of
+// thousands of sockets makes two for each.
 std::string Endpoint(const std::string& address, std::uint16_t port) {
-    return HostCtl::Misc::StrPrintf(
-        address.find(':') != std::string::npos ? kIpv6Format : kIpv4Format, address.c_str(),
-        static_cast<unsigned>(port));
+    const bool ipv6 = address.find(':') != std::string::npos;
+    std::string endpoint;
+    endpoint.reserve(address.size() + 8);
+    if (ipv6) {
+        endpoint.push_back('[');
+    }
+    endpoint.append(address).append(ipv6 ? "]:" : ":").append(std::to_string(port));
+    return endpoint;
 }
 
 void Collect(MetaList& list, std::string_view protocol, const std::string& key) {
