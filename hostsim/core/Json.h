@@ -56,4 +56,14 @@ private:
     }
 };
 
+// A profile section of records: each record's object, in order.
+template <typename Records, typename ToJson>
+Json JsonArrayOf(const Records& records, ToJson toJson) {
+    Json section = Json::array();
+    for (const auto& record : records) {
+        section.push_back(toJson(record));
+    }
+    return section;
+}
+
 }  // namespace HostSim

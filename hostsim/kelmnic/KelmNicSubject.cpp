@@ -249,11 +249,7 @@ void ImportKelmNics(Database& database, const Json& section, const Scale& scale)
 }
 
 Json ExportKelmNics(Database& database) {
-    Json section = Json::array();
-    for (const KelmNicRecord& record : Ip::LoadKelmNics(database, {})) {
-        section.push_back(KelmNicToJson(record));
-    }
-    return section;
+    return JsonArrayOf(Ip::LoadKelmNics(database, {}), KelmNicToJson);
 }
 
 }  // namespace

@@ -77,11 +77,7 @@ void ImportNetstacks(Database& database, const Json& section, const Scale& scale
 }
 
 Json ExportNetstacks(Database& database) {
-    Json section = Json::array();
-    for (const NetstackRecord& record : Ip::LoadNetstacks(database)) {
-        section.push_back(NetstackToJson(record));
-    }
-    return section;
+    return JsonArrayOf(Ip::LoadNetstacks(database), NetstackToJson);
 }
 
 }  // namespace

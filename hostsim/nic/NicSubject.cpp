@@ -92,11 +92,8 @@ void ImportNics(Database& database, const Json& section, const Scale& scale) {
 }
 
 Json ExportNics(Database& database) {
-    Json section = Json::array();
-    for (const auto& record : Nic::LoadAll(database)) {
-        section.push_back(RecordToJson(*record));
-    }
-    return section;
+    return JsonArrayOf(Nic::LoadAll(database),
+                       [](const auto& record) { return RecordToJson(*record); });
 }
 
 }  // namespace

@@ -394,11 +394,7 @@ void ImportDevices(Database& database, const Json& section, const Scale& scale) 
 }
 
 Json ExportDevices(Database& database) {
-    Json section = Json::array();
-    for (const Device& device : NicDevices::LoadAll(database)) {
-        section.push_back(DeviceToJson(device));
-    }
-    return section;
+    return JsonArrayOf(NicDevices::LoadAll(database), DeviceToJson);
 }
 
 }  // namespace

@@ -57,11 +57,7 @@ void ImportSettings(Database& database, const Json& section, const Scale& scale)
 }
 
 Json ExportSettings(Database& database) {
-    Json section = Json::array();
-    for (const auto& settings : NicSettings::LoadAll(database)) {
-        section.push_back(NicSettings::ToJson(settings));
-    }
-    return section;
+    return JsonArrayOf(NicSettings::LoadAll(database), NicSettings::ToJson);
 }
 
 }  // namespace
