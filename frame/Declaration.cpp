@@ -141,10 +141,9 @@ UnpackedShape Unpack(const PackedShape& shape) {
 }
 
 // A struct of scalar fields, the row of most listings, is copied from a prototype made once for
-// its shape: a row starts with one allocation for the struct and one for its fields, and shares
-// the prototype's empty values until the command sets them (a shared value is replaced, never
-// changed). A struct holding a struct or a list is built anew, for the command fills those in
-// place. Commands run one at a time, as everywhere in the plug-in.
+// its shape: a row starts with one allocation for the struct and one for its fields, with no
+// re-reading of the shape. A struct holding a struct or a list is built anew, for the command
+// fills those in place. Commands run one at a time, as everywhere in the plug-in.
 std::shared_ptr<MetaStruct> MakeStruct(PackedStruct shape) {
     static std::vector<std::pair<const char*, std::shared_ptr<const MetaStruct>>> prototypes;
     for (const auto& [bytes, prototype] : prototypes) {

@@ -52,7 +52,7 @@ std::vector<std::string> SplitWords(std::string_view text) {
 const std::string* NameOf(const MetaValue& row, std::string_view field) {
     const MetaValue* value = &row;
     if (row.GetType() == CppTools::MetaObj::MetaTypeStruct) {
-        value = static_cast<const MetaStruct&>(row).GetField(std::string(field)).get();
+        value = static_cast<const MetaStruct&>(row).GetField(field);
     }
     if (value == nullptr || value->GetType() != CppTools::MetaObj::MetaTypeString) {
         return nullptr;

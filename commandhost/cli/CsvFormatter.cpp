@@ -18,8 +18,9 @@ struct Column {
 
 void AddColumns(const MetaStruct& shape, std::vector<std::string>& path,
                 std::vector<Column>& columns) {
-    for (const auto& [name, value] : shape.GetFields()) {
-        path.push_back(name);
+    for (const auto& field : shape.GetFields()) {
+        const MetaValue* value = field.Value();
+        path.push_back(field.Name());
         if (value && value->GetType() == CppTools::MetaObj::MetaTypeStruct) {
             AddColumns(static_cast<const MetaStruct&>(*value), path, columns);
         } else {
@@ -74,17 +75,17 @@ void AppendCell(std::string_view text, std::string& out) {
 
 const MetaValue* Lookup(const MetaStruct& row, const std::vector<std::string>& path) {
     const MetaStruct* structure = &row;
-    std::shared_ptr<MetaValue> value;
+    const MetaValue* value = nullptr;
     for (const std::string& name : path) {
         if (structure == nullptr) {
             return nullptr;
         }
         value = structure->GetField(name);
         structure = value && value->GetType() == CppTools::MetaObj::MetaTypeStruct
-                        ? static_cast<const MetaStruct*>(value.get())
+                        ? static_cast<const MetaStruct*>(value)
                         : nullptr;
     }
-    return value.get();
+    return value;
 }
 
 }  // namespace

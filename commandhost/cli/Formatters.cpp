@@ -139,9 +139,9 @@ std::string InlineText(const MetaValue* value, const OutputLayout& layout) {
             if (!text.empty()) {
                 text.append(", ");
             }
-            text.append(field->first)
+            text.append(field->Name())
                 .append(": ")
-                .append(FieldText(structure, field->first, layout));
+                .append(FieldText(structure, field->Name(), layout));
         }
         return text;
     }
@@ -162,8 +162,7 @@ std::string InlineText(const MetaValue* value, const OutputLayout& layout) {
 
 std::string FieldText(const MetaStruct& structure, const std::string& name,
                       const OutputLayout& layout) {
-    auto value = structure.GetField(name);
-    std::string text = InlineText(value.get(), layout);
+    std::string text = InlineText(structure.GetField(name), layout);
     std::string_view unit = layout.Unit(structure, name);
     if (!unit.empty()) {
         text.append(" ").append(unit);

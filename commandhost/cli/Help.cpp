@@ -152,7 +152,7 @@ std::string Qualities(const ParameterSpec& parameter) {
 std::string FieldNames(const CppTools::MetaObj::MetaStruct& structure) {
     std::string text;
     for (const auto& field : structure.GetFields()) {
-        text.append(text.empty() ? "" : ", ").append(field.first);
+        text.append(text.empty() ? "" : ", ").append(field.Name());
     }
     return text;
 }

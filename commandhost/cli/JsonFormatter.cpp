@@ -83,9 +83,9 @@ public:
                 for (size_t i = 0; i < fields.size(); ++i) {
                     const std::string& lead = Lead(depth + 1);
                     out_.append(lead, i > 0 ? 0 : 1);
-                    AppendEscaped(fields[i].first, kJsonEscaping, out_);
+                    AppendEscaped(fields[i].Name(), kJsonEscaping, out_);
                     out_.append(indent_ > 0 ? "\": " : "\":");
-                    Value(fields[i].second.get(), depth + 1);
+                    Value(fields[i].Value(), depth + 1);
                 }
                 Close('}', fields.empty(), depth);
                 break;

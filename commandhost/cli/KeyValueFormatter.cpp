@@ -36,9 +36,9 @@ void Emit(const MetaValue* value, std::string& key, std::string& out) {
         AppendEscaped(ScalarText(value), out);
         out.push_back('\n');
     } else if (value->GetType() == CppTools::MetaObj::MetaTypeStruct) {
-        for (const auto& [name, field] : static_cast<const MetaStruct*>(value)->GetFields()) {
-            key.append(".").append(name);
-            Emit(field.get(), key, out);
+        for (const auto& field : static_cast<const MetaStruct*>(value)->GetFields()) {
+            key.append(".").append(field.Name());
+            Emit(field.Value(), key, out);
             key.resize(keyLength);
         }
     } else {

@@ -36,7 +36,7 @@ std::vector<std::string> SplitNames(std::string_view text) {
 
 const MetaStruct::Field* FindField(const MetaStruct& structure, std::string_view name) {
     for (const auto& field : structure.GetFields()) {
-        if (field.first == name) {
+        if (field.Name() == name) {
             return &field;
         }
     }
@@ -127,7 +127,7 @@ std::string OutputLayout::Header(const MetaStruct& structure) const {
         line.append(text.substr(0, open));
         std::string_view name = text.substr(open + 1, close - open - 1);
         if (const auto* field = FindField(structure, name)) {
-            line.append(InlineText(field->second.get(), *this));
+            line.append(InlineText(field->Value(), *this));
             text.remove_prefix(close + 1);
         } else {
             // Not a field: the first '%' is text, and the second may open a name.

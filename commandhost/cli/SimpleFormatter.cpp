@@ -18,15 +18,15 @@ public:
             ++depth;
         }
         for (const auto* field : context_.layout.Fields(structure)) {
-            const MetaValue* value = field->second.get();
+            const MetaValue* value = field->Value();
+            const std::string& name = field->Name();
             if (IsScalar(value)) {
-                Line(depth,
-                     field->first + ": " + FieldText(structure, field->first, context_.layout));
+                Line(depth, name + ": " + FieldText(structure, name, context_.layout));
             } else if (value->GetType() == CppTools::MetaObj::MetaTypeStruct) {
-                Line(depth, field->first + ":");
+                Line(depth, name + ":");
                 Struct(static_cast<const MetaStruct&>(*value), depth + 1);
             } else {
-                Line(depth, field->first + ":");
+                Line(depth, name + ":");
                 List(static_cast<const MetaList&>(*value), depth + 1, true);
             }
         }

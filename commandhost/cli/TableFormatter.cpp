@@ -101,7 +101,7 @@ void RenderStructTable(const std::vector<const MetaStruct*>& structures,
     std::vector<std::string> headings;
     headings.reserve(columns.size());
     for (const auto* column : columns) {
-        headings.push_back(column->first);
+        headings.push_back(column->Name());
     }
     std::vector<std::vector<std::string>> rows;
     rows.reserve(structures.size());

@@ -102,9 +102,9 @@ void AppendValue(const MetaValue* value, size_t depth, std::string& out) {
         for (const auto& field : structure.GetFields()) {
             Indent(depth + 1, out);
             out.append("<field name=\"");
-            AppendEscaped(field.first, kXmlEscaping, out);
+            AppendEscaped(field.Name(), kXmlEscaping, out);
             out.append("\">\n");
-            AppendValue(field.second.get(), depth + 2, out);
+            AppendValue(field.Value(), depth + 2, out);
             Indent(depth + 1, out);
             out.append("</field>\n");
         }

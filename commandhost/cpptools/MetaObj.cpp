@@ -1,7 +1,9 @@
 // Result values: scalars, lists and ordered structs.
 #include "cpptools/MetaObj.h"
 
-#include <algorithm>
+#include <functional>
+#include <mutex>
+#include <unordered_set>
 
 namespace CppTools::MetaObj {
 
@@ -70,14 +72,26 @@ void MetaList::AddAll(std::vector<std::string>&& values) {
     values.clear();
 }
 
-std::shared_ptr<MetaStruct> MetaStruct::New(const char* name) {
-    return std::make_shared<MetaStruct>(std::string(name != nullptr ? name : ""));
-}
-std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& name) {
-    return std::make_shared<MetaStruct>(name);
-}
-
 namespace {
+
+// The names of structs and fields, one copy of each for the process. The set's nodes never
+// move, so a pointer to a name stays valid.
+const std::string* Intern(std::string_view name) {
+    static std::mutex lock;
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    static std::unordered_set<std::string, Hash, std::equal_to<>> names;
+    const std::lock_guard<std::mutex> hold(lock);
+    auto found = names.find(name);
+    if (found == names.end()) {
+        found = names.emplace(name).first;
+    }
+    return &*found;
+}
 
 std::shared_ptr<MetaList> StringList(const std::vector<std::string>& values) {
     auto list = MetaList::New(MetaTypeString);
@@ -90,68 +104,86 @@ std::shared_ptr<MetaList> StringList(const std::vector<std::string>& values) {
 
 }  // namespace
 
+const MetaValue* MetaStruct::Field::Value() const {
+    switch (value_.index()) {
+        case 0:
+            return &std::get<0>(value_);
+        case 1:
+            return &std::get<1>(value_);
+        case 2:
+            return &std::get<2>(value_);
+        default:
+            return std::get<3>(value_).get();
+    }
+}
+
+MetaStruct::MetaStruct(std::string_view name) : MetaValue(true), name_(Intern(name)) {}
+
+std::shared_ptr<MetaStruct> MetaStruct::New(const char* name) {
+    return std::make_shared<MetaStruct>(name != nullptr ? name : "");
+}
+std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& name) {
+    return std::make_shared<MetaStruct>(name);
+}
+
 MetaStruct::Field* MetaStruct::Find(std::string_view name) {
     for (Field& field : fields_) {
-        if (field.first == name) {
+        if (*field.name_ == name) {
             return &field;
         }
     }
     return nullptr;
 }
 
-void MetaStruct::Put(std::string_view name, std::shared_ptr<MetaValue> value) {
-    if (Field* field = Find(name)) {
-        field->second = std::move(value);
-    } else {
-        Append(name, std::move(value));
-    }
-}
-
-void MetaStruct::Append(std::string_view name, std::shared_ptr<MetaValue> value) {
-    if (fields_.empty()) {
-        // Room for a typical struct at once, rather than growing it field by field.
-        fields_.reserve(8);
-    }
-    fields_.emplace_back(std::string(name), std::move(value));
-}
-
-std::shared_ptr<MetaValue> MetaStruct::GetField(const std::string& name) const {
+const MetaValue* MetaStruct::GetField(std::string_view name) const {
     for (const Field& field : fields_) {
-        if (field.first == name) {
-            return field.second;
+        if (*field.name_ == name) {
+            return field.Value();
         }
     }
     return nullptr;
 }
 
-// A struct made from its shape holds every field with an empty value, which the command then
-// sets: in place, that is no allocation and no free for each field of every row.
-namespace {
-
-template <class Meta>
-constexpr MetaType kKindOf = MetaTypeString;
-template <>
-constexpr MetaType kKindOf<MetaBool> = MetaTypeBool;
-template <>
-constexpr MetaType kKindOf<MetaInt> = MetaTypeInt;
-
-}  // namespace
+template <class... Arguments>
+void MetaStruct::Append(std::string_view name, Arguments&&... arguments) {
+    if (fields_.empty()) {
+        // Room for a typical struct at once, rather than growing it field by field.
+        fields_.reserve(8);
+    }
+    fields_.emplace_back(Intern(name), std::forward<Arguments>(arguments)...);
+}
 
 template <class Meta, class Value>
 void MetaStruct::Set(std::string_view name, Value&& value) {
     Field* field = Find(name);
-    if (field != nullptr && field->second != nullptr && field->second->GetType() == kKindOf<Meta> &&
-        field->second.use_count() == 1) {
-        auto& held = static_cast<Meta&>(*field->second);
-        held.value_ = std::forward<Value>(value);
-        held.hasValue_ = true;
-        return;
-    }
-    auto made = Meta::New(std::forward<Value>(value));
-    if (field != nullptr) {
-        field->second = std::move(made);
+    if (field == nullptr) {
+        Append(name, std::in_place_type<Meta>, true, std::forward<Value>(value));
+    } else if (auto* held = std::get_if<Meta>(&field->value_)) {
+        held->value_ = std::forward<Value>(value);
+        held->hasValue_ = true;
     } else {
-        Append(name, std::move(made));
+        field->value_.template emplace<Meta>(true, std::forward<Value>(value));
+    }
+}
+
+void MetaStruct::Share(std::string_view name, std::shared_ptr<MetaValue> value) {
+    if (Field* field = Find(name)) {
+        field->value_ = std::move(value);
+    } else {
+        Append(name, std::in_place_type<std::shared_ptr<MetaValue>>, std::move(value));
+    }
+}
+
+// A scalar given by pointer is copied into the field: scalars cannot be changed, so no one
+// can tell the copy from the original.
+template <class Meta>
+void MetaStruct::Put(std::string_view name, const std::shared_ptr<Meta>& value) {
+    if (value == nullptr) {
+        Share(name, nullptr);
+    } else if (Field* field = Find(name)) {
+        field->value_ = *value;
+    } else {
+        Append(name, std::in_place_type<Meta>, *value);
     }
 }
 
@@ -165,7 +197,7 @@ void MetaStruct::SetField(const char* name, long value) {
     Set<MetaInt>(name, value);
 }
 void MetaStruct::SetField(const char* name, const char* value) {
-    SetField(name, std::string(value != nullptr ? value : ""));
+    Set<MetaString>(name, std::string(value != nullptr ? value : ""));
 }
 void MetaStruct::SetField(const char* name, const std::string& value) {
     Set<MetaString>(name, value);
@@ -174,7 +206,7 @@ void MetaStruct::SetField(const char* name, std::string&& value) {
     Set<MetaString>(name, std::move(value));
 }
 void MetaStruct::SetField(const char* name, const std::vector<std::string>& value) {
-    Put(name, StringList(value));
+    Share(name, StringList(value));
 }
 void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaBool>& value) {
     Put(name, value);
@@ -186,10 +218,10 @@ void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaString>& v
     Put(name, value);
 }
 void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaList>& value) {
-    Put(name, value);
+    Share(name, value);
 }
 void MetaStruct::SetField(const char* name, const std::shared_ptr<MetaStruct>& value) {
-    Put(name, value);
+    Share(name, value);
 }
 
 void MetaStruct::SetField(const std::string& name, bool value) {
@@ -223,10 +255,10 @@ void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaStr
     Put(name, value);
 }
 void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaList>& value) {
-    Put(name, value);
+    Share(name, value);
 }
 void MetaStruct::SetField(const std::string& name, const std::shared_ptr<MetaStruct>& value) {
-    Put(name, value);
+    Share(name, value);
 }
 
 }  // namespace CppTools::MetaObj

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace CppTools::MetaObj {
@@ -113,10 +114,29 @@ private:
     std::vector<std::shared_ptr<MetaValue>> elements_;
 };
 
-// A named record whose fields keep the order in which they were first set.
+// A named record whose fields keep the order in which they were first set. A field holds a
+// scalar in place (a row of a long listing is then two allocations, not one for each field);
+// a list, a struct, or an empty shared pointer given by the command is held shared.
 class MetaStruct final : public MetaValue {
 public:
-    using Field = std::pair<std::string, std::shared_ptr<MetaValue>>;
+    class Field {
+    public:
+        // `name` is an interned name; the value is made in place from `arguments`.
+        template <class Held, class... Arguments>
+        Field(const std::string* name, std::in_place_type_t<Held> kind, Arguments&&... arguments)
+            : name_(name), value_(kind, std::forward<Arguments>(arguments)...) {}
+
+        const std::string& Name() const { return *name_; }
+        // The field's value; null only where a command set an empty pointer.
+        const MetaValue* Value() const;
+
+    private:
+        friend class MetaStruct;
+
+        // Names are interned for the process: rows of one shape share them.
+        const std::string* name_;
+        std::variant<MetaBool, MetaInt, MetaString, std::shared_ptr<MetaValue>> value_;
+    };
 
     static std::shared_ptr<MetaStruct> New(const char* name);
     static std::shared_ptr<MetaStruct> New(const std::string& name);
@@ -147,23 +167,25 @@ public:
     void SetField(const std::string& name, const std::shared_ptr<MetaList>& value);
     void SetField(const std::string& name, const std::shared_ptr<MetaStruct>& value);
 
-    const std::string& GetName() const { return name_; }
+    const std::string& GetName() const { return *name_; }
     const std::vector<Field>& GetFields() const { return fields_; }
     // The field's value, or null when the struct has no such field.
-    std::shared_ptr<MetaValue> GetField(const std::string& name) const;
+    const MetaValue* GetField(std::string_view name) const;
 
-    explicit MetaStruct(std::string name) : MetaValue(true), name_(std::move(name)) {}
+    explicit MetaStruct(std::string_view name);
 
 private:
     Field* Find(std::string_view name);
-    void Append(std::string_view name, std::shared_ptr<MetaValue> value);
-    void Put(std::string_view name, std::shared_ptr<MetaValue> value);
-    // Sets a scalar field of kind `Meta`; one that holds such a scalar referenced from nowhere
-    // else takes `value` in place.
+    template <class... Arguments>
+    void Append(std::string_view name, Arguments&&... arguments);
+    // Sets a field to a scalar of kind `Meta`, in place.
     template <class Meta, class Value>
     void Set(std::string_view name, Value&& value);
+    void Share(std::string_view name, std::shared_ptr<MetaValue> value);
+    template <class Meta>
+    void Put(std::string_view name, const std::shared_ptr<Meta>& value);
 
-    std::string name_;
+    const std::string* name_;
     std::vector<Field> fields_;
 };
 

@@ -15,7 +15,7 @@ namespace CallSpec = CppTools::CallSpec;
 std::vector<std::string> FieldNames(const MetaStruct& structure) {
     std::vector<std::string> names;
     for (const auto& field : structure.GetFields()) {
-        names.push_back(field.first);
+        names.push_back(field.Name());
     }
     return names;
 }
@@ -27,7 +27,7 @@ TEST(MetaStructTest, KeepsFirstSetOrderAndReplacesInPlace) {
     structure->SetField(std::string("Up"), true);
     structure->SetField("Speed", 1000);
     EXPECT_EQ(FieldNames(*structure), (std::vector<std::string>{"Name", "Speed", "Up"}));
-    auto speed = std::dynamic_pointer_cast<MetaInt>(structure->GetField("Speed"));
+    const auto* speed = dynamic_cast<const MetaInt*>(structure->GetField("Speed"));
     ASSERT_TRUE(speed);
     EXPECT_EQ(speed->GetValue(), 1000);
     EXPECT_EQ(structure->GetField("Missing"), nullptr);
@@ -44,10 +44,8 @@ TEST(MetaStructTest, SettingAFieldLeavesAValueHeldElsewhereAsItWas) {
     second->SetField("Name", shared);
     first->SetField("Name", std::string("hwnic1"));
     EXPECT_EQ(shared->GetValue(), "hwnic0");
-    EXPECT_EQ(std::dynamic_pointer_cast<MetaString>(second->GetField("Name"))->GetValue(),
-              "hwnic0");
-    EXPECT_EQ(std::dynamic_pointer_cast<MetaString>(first->GetField("Name"))->GetValue(),
-              "hwnic1");
+    EXPECT_EQ(dynamic_cast<const MetaString&>(*second->GetField("Name")).GetValue(), "hwnic0");
+    EXPECT_EQ(dynamic_cast<const MetaString&>(*first->GetField("Name")).GetValue(), "hwnic1");
 
     auto row = MetaStruct::New("Nic");
     row->SetField("Speed", MetaString::New());
@@ -62,7 +60,7 @@ TEST(MetaStructTest, SettingAFieldLeavesAValueHeldElsewhereAsItWas) {
 TEST(MetaStructTest, StringVectorBecomesAListOfStrings) {
     auto structure = MetaStruct::New(std::string("Policy"));
     structure->SetField("Active", std::vector<std::string>{"hwnic0", "hwnic1"});
-    auto list = std::dynamic_pointer_cast<MetaList>(structure->GetField("Active"));
+    const auto* list = dynamic_cast<const MetaList*>(structure->GetField("Active"));
     ASSERT_TRUE(list);
     EXPECT_EQ(list->GetElementType(), CppTools::MetaObj::MetaTypeString);
     ASSERT_EQ(list->GetCount(), 2u);

@@ -40,11 +40,8 @@ protected:
 TEST_F(FirewallState, GetShowsTheFieldsInOrderForTheDefaultHost) {
     auto firewall = RunStruct({"firewall", "get"});
     ASSERT_TRUE(firewall);
-    std::vector<std::string> names;
-    for (const auto& [name, value] : firewall->GetFields()) {
-        names.push_back(name);
-    }
-    EXPECT_EQ(names, (std::vector<std::string>{"Loaded", "Enabled", "DefaultAction"}));
+    EXPECT_EQ(Testing::FieldNames(firewall),
+              (std::vector<std::string>{"Loaded", "Enabled", "DefaultAction"}));
     EXPECT_EQ(Firewall(), std::make_tuple(true, true, std::string("DROP")));
 }
 

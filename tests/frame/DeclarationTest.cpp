@@ -31,20 +31,19 @@ using Testing::WalkTree;
 
 std::vector<std::string> FieldNames(const MetaStruct& structure) {
     std::vector<std::string> names;
-    for (const auto& [name, value] : structure.GetFields()) {
-        names.push_back(name);
+    for (const auto& field : structure.GetFields()) {
+        names.push_back(field.Name());
     }
     return names;
 }
 
 // The struct of a command's result, or of each of its elements; null for a scalar result.
-std::shared_ptr<MetaStruct> ResultStruct(
-    const std::shared_ptr<CppTools::MetaObj::MetaValue>& root) {
-    if (auto structure = std::dynamic_pointer_cast<MetaStruct>(root)) {
+const MetaStruct* ResultStruct(const CppTools::MetaObj::MetaValue* root) {
+    if (const auto* structure = dynamic_cast<const MetaStruct*>(root)) {
         return structure;
     }
-    if (auto list = std::dynamic_pointer_cast<MetaList>(root)) {
-        return list->GetPrototype();
+    if (const auto* list = dynamic_cast<const MetaList*>(root)) {
+        return list->GetPrototype().get();
     }
     return nullptr;
 }
@@ -116,7 +115,8 @@ TEST(Declaration, EveryCommandsPackedShapeReadsBackAsTheCommandHostSeesIt) {
             EXPECT_EQ(parameters[i]->GetDescription(), declared.description);
         }
 
-        auto result = ResultStruct(command.GetOutputSpec()->GetRootObject());
+        const auto root = command.GetOutputSpec()->GetRootObject();
+        const auto* result = ResultStruct(root.get());
         ASSERT_EQ(result != nullptr, Declare::HasStruct(shape.root));
         if (result == nullptr) {
             return;
@@ -275,15 +275,15 @@ TEST(Declaration, DefaultColumnsFollowTheColumnNumbersOfEveryStruct) {
 }
 
 TEST(Declaration, ResultStructsNestAsDeclared) {
-    auto result = ResultStruct(Make(MakeCommandNode<SampleList>)->GetOutputSpec()->GetRootObject());
+    const auto root = Make(MakeCommandNode<SampleList>)->GetOutputSpec()->GetRootObject();
+    const auto* result = ResultStruct(root.get());
     ASSERT_TRUE(result);
     EXPECT_EQ(result->GetName(), kSample.name);
     ASSERT_EQ(result->GetFields().size(), std::size(kSampleFields));
     for (std::size_t i = 0; i < std::size(kSampleFields); ++i) {
         SCOPED_TRACE(kSampleFields[i].name);
-        const auto& value = result->GetFields()[i].second;
         const bool nested = kSampleFields[i].nested != nullptr;
-        auto structure = ResultStruct(value);
+        const auto* structure = ResultStruct(result->GetFields()[i].Value());
         ASSERT_EQ(structure != nullptr, nested);
         if (nested) {
             EXPECT_EQ(structure->GetName(), kPort.name);

@@ -9,11 +9,11 @@ namespace {
 
 std::string Cell(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row,
                  const std::string& field) {
-    const auto value = row->GetField(field);
-    if (const auto text = std::dynamic_pointer_cast<CppTools::MetaObj::MetaString>(value)) {
+    const auto* value = row->GetField(field);
+    if (const auto* text = dynamic_cast<const CppTools::MetaObj::MetaString*>(value)) {
         return text->GetValue();
     }
-    if (const auto number = std::dynamic_pointer_cast<CppTools::MetaObj::MetaInt>(value)) {
+    if (const auto* number = dynamic_cast<const CppTools::MetaObj::MetaInt*>(value)) {
         return std::to_string(number->GetValue());
     }
     ADD_FAILURE() << "no string or int field " << field;

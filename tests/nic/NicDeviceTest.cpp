@@ -23,13 +23,13 @@ std::vector<std::pair<std::string, std::string>> NicDeviceTest::Column(const Wor
                                                                        const std::string& field) {
     std::vector<std::pair<std::string, std::string>> column;
     for (const auto& row : Rows(RunList(words))) {
-        auto value = row->GetField(field);
+        const auto* value = row->GetField(field);
         std::string text;
-        if (auto string = std::dynamic_pointer_cast<CppTools::MetaObj::MetaString>(value)) {
+        if (const auto* string = dynamic_cast<const CppTools::MetaObj::MetaString*>(value)) {
             text = string->GetValue();
-        } else if (auto number = std::dynamic_pointer_cast<CppTools::MetaObj::MetaInt>(value)) {
+        } else if (const auto* number = dynamic_cast<const CppTools::MetaObj::MetaInt*>(value)) {
             text = std::to_string(number->GetValue());
-        } else if (auto flag = std::dynamic_pointer_cast<CppTools::MetaObj::MetaBool>(value)) {
+        } else if (const auto* flag = dynamic_cast<const CppTools::MetaObj::MetaBool*>(value)) {
             text = flag->GetValue() ? "true" : "false";
         }
         column.emplace_back(Testing::Str(row, key), text);

@@ -72,8 +72,8 @@ TEST_F(NicHwCapDcbTest, DcbStatusRendersEveryPart) {
     auto pfc = Nested(status, "IEEE PFC Configuration");
     EXPECT_EQ(Str(pfc, "Sent PFC Frames"), "0 0 0 1204 0 0 0 0");
     EXPECT_EQ(Int(pfc, "Number Of Traffic Classes"), 8);
-    auto apps =
-        std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(status->GetField("DCB Apps"));
+    auto apps = std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(
+        Testing::FieldOf(status, "DCB Apps"));
     ASSERT_TRUE(apps);
     auto rows = Testing::Rows(apps);
     ASSERT_EQ(rows.size(), 2u);
@@ -83,7 +83,8 @@ TEST_F(NicHwCapDcbTest, DcbStatusRendersEveryPart) {
     auto cee = RunStruct({"nic", "dcb", "status", "get", "-n", "hwnic5"});
     EXPECT_EQ(Str(cee, "Mode"), "2 - CEE Mode");
     EXPECT_FALSE(Bool(cee, "Enabled"));
-    auto noApps = std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(cee->GetField("DCB Apps"));
+    auto noApps =
+        std::dynamic_pointer_cast<CppTools::MetaObj::MetaList>(Testing::FieldOf(cee, "DCB Apps"));
     ASSERT_TRUE(noApps);
     EXPECT_EQ(noApps->GetCount(), 0u);
 }

@@ -55,13 +55,10 @@ TEST_F(NicListTest, DefaultHostRowsCarryEveryFieldInOrder) {
     auto rows = Rows(list);
     ASSERT_GE(rows.size(), 4u);
     for (const auto& row : rows) {
-        std::vector<std::string> names;
-        for (const auto& [name, value] : row->GetFields()) {
-            names.push_back(name);
-        }
-        EXPECT_EQ(names, (std::vector<std::string>{"Name", "PCI Device", "Driver", "Link",
-                                                   "Admin Status", "Link Status", "Speed", "Duplex",
-                                                   "MAC Address", "MTU", "Description", "DPU Id"}));
+        EXPECT_EQ(Testing::FieldNames(row),
+                  (std::vector<std::string>{"Name", "PCI Device", "Driver", "Link", "Admin Status",
+                                            "Link Status", "Speed", "Duplex", "MAC Address", "MTU",
+                                            "Description", "DPU Id"}));
         EXPECT_FALSE(Str(row, "Name").empty());
         EXPECT_NE(Str(row, "Description"), "Unknown Unknown") << Str(row, "Name");
     }

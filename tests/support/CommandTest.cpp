@@ -87,19 +87,6 @@ std::shared_ptr<T> As(const std::shared_ptr<MetaValue>& value, const char* what)
     return typed;
 }
 
-std::shared_ptr<MetaValue> FieldOf(const std::shared_ptr<MetaStruct>& row,
-                                   const std::string& field) {
-    if (!row) {
-        ADD_FAILURE() << "no struct to read " << field << " from";
-        return nullptr;
-    }
-    auto value = row->GetField(field);
-    if (!value) {
-        ADD_FAILURE() << "struct " << row->GetName() << " has no field " << field;
-    }
-    return value;
-}
-
 // A run whose network model could not be made ends as the command's line of kModelFailures
 // says, with that one message and no root.
 void ExpectModelFailure(const CommandHost::RunResult& result) {
@@ -157,6 +144,21 @@ std::string Str(const std::shared_ptr<MetaStruct>& row, const std::string& field
     return value ? value->GetValue() : std::string();
 }
 
+// The value shares the row's ownership, as the row holds it.
+std::shared_ptr<MetaValue> FieldOf(const std::shared_ptr<MetaStruct>& row,
+                                   const std::string& field) {
+    if (!row) {
+        ADD_FAILURE() << "no struct to read " << field << " from";
+        return nullptr;
+    }
+    const MetaValue* value = row->GetField(field);
+    if (value == nullptr) {
+        ADD_FAILURE() << "struct " << row->GetName() << " has no field " << field;
+        return nullptr;
+    }
+    return std::shared_ptr<MetaValue>(row, const_cast<MetaValue*>(value));
+}
+
 long Int(const std::shared_ptr<MetaStruct>& row, const std::string& field) {
     auto value = As<MetaInt>(FieldOf(row, field), "an int field");
     return value ? value->GetValue() : 0;
@@ -198,8 +200,8 @@ std::vector<std::shared_ptr<MetaStruct>> Rows(const std::shared_ptr<MetaList>& l
 
 std::vector<std::string> FieldNames(const std::shared_ptr<MetaStruct>& row) {
     std::vector<std::string> names;
-    for (const auto& [name, value] : row->GetFields()) {
-        names.push_back(name);
+    for (const auto& field : row->GetFields()) {
+        names.push_back(field.Name());
     }
     return names;
 }

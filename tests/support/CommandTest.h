@@ -121,6 +121,9 @@ void WalkTree(
 std::vector<std::string> DeclaredFieldNames(const std::vector<std::string>& words);
 // The names of the fields of `row`, in their order.
 std::vector<std::string> FieldNames(const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row);
+// The named field of `row`; a failure when there is none.
+std::shared_ptr<CppTools::MetaObj::MetaValue> FieldOf(
+    const std::shared_ptr<CppTools::MetaObj::MetaStruct>& row, const std::string& field);
 // The row whose `field` is `value`; fails the test when there is none.
 std::shared_ptr<CppTools::MetaObj::MetaStruct> RowWhere(
     const std::shared_ptr<CppTools::MetaObj::MetaList>& list, const std::string& field,

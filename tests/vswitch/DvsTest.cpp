@@ -80,7 +80,7 @@ std::string DvsTest::RunString(const Words& words) {
 }
 
 std::vector<Row> RowsIn(const Row& row, const std::string& field) {
-    auto list = std::dynamic_pointer_cast<MetaList>(row->GetField(field));
+    auto list = std::dynamic_pointer_cast<MetaList>(Testing::FieldOf(row, field));
     EXPECT_TRUE(list) << field;
     return list ? Testing::Rows(list) : std::vector<Row>{};
 }

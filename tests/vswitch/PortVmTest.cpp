@@ -126,8 +126,8 @@ TEST_F(PortVm, AFilterWithoutDetailLeavesItsLastFiveCountersEmpty) {
     EXPECT_EQ(Int(rows[2], "Packets in"), 4410275);
     for (const char* field : {"Packets filtered", "Packets faulted", "Packets queued",
                               "Packets injected", "Packet errors"}) {
-        auto value =
-            std::dynamic_pointer_cast<CppTools::MetaObj::MetaInt>(rows[2]->GetField(field));
+        const auto* value =
+            dynamic_cast<const CppTools::MetaObj::MetaInt*>(rows[2]->GetField(field));
         ASSERT_TRUE(value);
         EXPECT_FALSE(value->HasValue()) << field;
     }
