@@ -1,6 +1,7 @@
 // Turning a command's result into text: the layout a command declares, and the formatters.
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -50,9 +51,14 @@ private:
     bool wrapLast_ = false;
 };
 
+// Takes the text made so far and empties it: a long result is written as it is made, so the
+// process need not hold the whole text.
+using Spill = std::function<void(std::string& text)>;
+
 struct FormatContext {
     const OutputLayout& layout;
-    size_t width;  // of the terminal, for wrapping
+    size_t width;                  // of the terminal, for wrapping
+    const Spill* spill = nullptr;  // null: the whole text stays in `out`
 };
 
 using FormatFunction = void (*)(const MetaValue& root, const FormatContext& context,

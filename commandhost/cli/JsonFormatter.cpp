@@ -65,7 +65,8 @@ void AppendString(std::string_view text, std::string& out) {
 
 class JsonWriter {
 public:
-    JsonWriter(size_t indent, std::string& out) : indent_(indent), out_(out) {}
+    JsonWriter(size_t indent, std::string& out, const Spill* spill = nullptr)
+        : indent_(indent), out_(out), spill_(spill) {}
 
     void Value(const MetaValue* value, size_t depth) {
         if (value == nullptr) {
@@ -99,7 +100,11 @@ public:
                     out_.append(lead, skip, lead.size() - skip - 1);
                     const size_t start = out_.size();
                     Value(elements[i].get(), depth + 1);
-                    if (i == 0) {
+                    if (spill_ != nullptr) {
+                        if (out_.size() >= kSpillBytes) {
+                            (*spill_)(out_);
+                        }
+                    } else if (i == 0) {
                         ReserveLike(out_.size() - start, elements.size() - 1);
                     }
                 }
@@ -140,8 +145,12 @@ private:
         }
     }
 
+    // A text that spills is written in parts of about this size.
+    static constexpr size_t kSpillBytes = 64 * 1024;
+
     size_t indent_;
     std::string& out_;
+    const Spill* spill_;
     std::vector<std::string> leads_;
 };
 
@@ -151,8 +160,8 @@ void AppendJson(const MetaValue* value, size_t indent, std::string& out) {
     JsonWriter(indent, out).Value(value, 0);
 }
 
-void FormatJson(const MetaValue& root, const FormatContext&, std::string& out) {
-    AppendJson(&root, kJsonIndent, out);
+void FormatJson(const MetaValue& root, const FormatContext& context, std::string& out) {
+    JsonWriter(kJsonIndent, out, context.spill).Value(&root, 0);
     out.push_back('\n');
 }
 

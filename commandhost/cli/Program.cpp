@@ -69,8 +69,10 @@ int Refuse(OutputChannel& err, const std::string& message) {
 // reported on stderr, after the messages, and gives its own status: a script must not take a
 // truncated or missing result for the command's answer.
 int Finish(OutputChannel& out, OutputChannel& err, const std::string& text,
-           const std::string& messages, int status) {
-    const std::string failure = Write(out, text);
+           const std::string& messages, int status, std::string failure = {}) {
+    if (failure.empty()) {
+        failure = Write(out, text);
+    }
     Write(err, messages);
     if (failure.empty()) {
         return status;
@@ -206,12 +208,21 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
 
     RunResult result = Run(words);
     std::string text;
+    // A long result goes out in parts as it is formatted; after a part fails, nothing more is
+    // written, and the failure is reported as for a text written whole.
+    std::string failure;
+    const Spill spill = [&out, &failure](std::string& part) {
+        if (failure.empty()) {
+            failure = Write(out, part);
+        }
+        part.clear();
+    };
     const auto& root = result.output ? result.output->GetRootObject() : nullptr;
     if (root && result.status != ExitException) {
         OutputLayout layout(result.command->GetDefaultOutputParameters());
         text = FormatResult(
             formatter.empty() ? result.command->GetDefaultOutputFormatter() : formatter, *root,
-            {layout, terminalWidth_});
+            {layout, terminalWidth_, &spill});
     }
     std::string messages;
     if (result.output) {
@@ -222,7 +233,7 @@ int CommandHost::Main(const std::vector<std::string>& arguments, OutputChannel& 
     for (const std::string& message : result.hostMessages) {
         messages.append(message).push_back('\n');
     }
-    const int status = Finish(out, err, text, messages, result.status);
+    const int status = Finish(out, err, text, messages, result.status, failure);
     if (keepResults_) {
         keptResult_ = std::move(result);
     }

@@ -12,8 +12,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <fstream>
+#include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "hostsim/linux/Connections.h"
 #include "hostsim/linux/Netlink.h"
@@ -151,7 +154,7 @@ bool ParseRawLine(const std::string& line, int family, HostCtl::Network::TcpIpCo
     return true;
 }
 
-void ReadRawTable(int family, std::vector<HostCtl::Network::TcpIpConnection>& sockets) {
+void ReadRawTable(int family, std::deque<HostCtl::Network::TcpIpConnection>& sockets) {
     const char* path =
         family == AF_INET6 ? "/proc/thread-self/net/raw6" : "/proc/thread-self/net/raw";
     std::ifstream table(path);
@@ -176,6 +179,9 @@ void Sockets::List(const std::string& netstack, Live::SocketKind kind,
     const bool tcp = kind == Live::SocketKind::Tcp;
     NetstackScope scope(netstack);
     NetlinkSocket diagnostics(NETLINK_SOCK_DIAG);
+    // Gathered in blocks, which grow without copying what they hold, and moved into `sockets`
+    // at the end; the freed blocks serve the listing's rows after.
+    std::deque<HostCtl::Network::TcpIpConnection> found;
     for (const std::uint8_t family : {AF_INET, AF_INET6}) {
         Message request(SOCK_DIAG_BY_FAMILY, NLM_F_DUMP);
         auto* filter = request.PutExtra<inet_diag_req_v2>();
@@ -186,16 +192,18 @@ void Sockets::List(const std::string& netstack, Live::SocketKind kind,
             filter->idiag_ext = 1U << (INET_DIAG_CONG - 1);
         }
         try {
-            diagnostics.Exchange(request, [&sockets, tcp](const nlmsghdr& message) {
-                sockets.push_back(FromDiagnostics(message, tcp));
+            diagnostics.Exchange(request, [&found, tcp](const nlmsghdr& message) {
+                found.push_back(FromDiagnostics(message, tcp));
             });
         } catch (const KernelError& error) {
             if (kind != Live::SocketKind::Raw || error.Error() != ENOENT) {
                 throw;
             }
-            ReadRawTable(family, sockets);
+            ReadRawTable(family, found);
         }
     }
+    sockets.reserve(sockets.size() + found.size());
+    std::move(found.begin(), found.end(), std::back_inserter(sockets));
 }
 
 }  // namespace HostSim::Linux

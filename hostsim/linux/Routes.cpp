@@ -2,6 +2,9 @@
 
 #include <linux/rtnetlink.h>
 
+#include <deque>
+#include <utility>
+
 namespace HostSim::Linux {
 
 using Live::RouteRecord;
@@ -54,24 +57,28 @@ std::string AnyAddress(int addressFamily) {
 
 std::vector<RouteRecord> Routes::LoadAll(const std::string& netstack, int family) {
     NetlinkSocket& socket = sockets_.Open(netstack);
-    std::vector<RouteRecord> routes;
-    std::vector<int> links;
+    // Gathered in blocks, which grow without copying what they hold, and moved into a vector
+    // of the right size at the end; the freed blocks serve the listing's rows after.
+    std::deque<std::pair<RouteRecord, int>> found;
     DumpMainRoutes(socket, AddressFamily(family), [&](const DumpedRoute& route) {
         for (const DumpedRoute::Hop& hop : route.hops) {
-            routes.push_back({route.network,
-                              route.prefixLength,
-                              hop.gateway,
-                              {},
-                              SourceWord(route.protocol),
-                              route.ipv4Network,
-                              hop.ipv4Gateway});
-            links.push_back(hop.interfaceIndex);
+            found.emplace_back(RouteRecord{route.network,
+                                           route.prefixLength,
+                                           hop.gateway,
+                                           {},
+                                           SourceWord(route.protocol),
+                                           route.ipv4Network,
+                                           hop.ipv4Gateway},
+                               hop.interfaceIndex);
         }
     });
     // Named once the dump is over: the socket answers one request at a time.
     LinkNames names(socket);
-    for (std::size_t i = 0; i < routes.size(); ++i) {
-        routes[i].interfaceName = names.Name(links[i]);
+    std::vector<RouteRecord> routes;
+    routes.reserve(found.size());
+    for (auto& [route, link] : found) {
+        route.interfaceName = names.Name(link);
+        routes.push_back(std::move(route));
     }
     return routes;
 }

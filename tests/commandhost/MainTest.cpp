@@ -1,5 +1,8 @@
 // autocli's Main: the program's options, exit statuses, and where each message goes.
+#include <cstdint>
 #include <stdexcept>
+
+#include <nlohmann/json.hpp>
 
 #include "commandhost/HostFixture.h"
 
@@ -185,6 +188,46 @@ TEST_F(MainTest, OutputThatCantBeWrittenIsReportedWithStatusFour) {
     errors_.clear();
     result_ = MetaBool::New(true);
     EXPECT_EQ(host_.Main({"demo", "nic", "list"}, out, err), CommandHost::ExitOk);
+}
+
+// A long JSON result goes out in parts as it is made: together they are the whole document,
+// and after a part fails nothing more is written and the failure is reported once.
+TEST_F(MainTest, ALongJsonResultIsWrittenInPartsThatMakeTheWholeDocument) {
+    struct PartsChannel : CommandHost::OutputChannel {
+        explicit PartsChannel(std::size_t good) : good(good) {}
+        std::string Write(std::string_view written) override {
+            parts.emplace_back(written);
+            return parts.size() > good ? "No space left on device" : "";
+        }
+        std::size_t good;
+        std::vector<std::string> parts;
+    };
+    auto nics = SampleNics();
+    for (int i = 0; i < 3000; ++i) {
+        nics->Add(SampleNic(("hwnic" + std::to_string(i + 2)).c_str(), 1000, true, {"192.0.2.1"}));
+    }
+    result_ = nics;
+    const std::vector<std::string> arguments{"--formatter=json", "demo", "nic", "list"};
+
+    PartsChannel out(SIZE_MAX);
+    PartsChannel err(SIZE_MAX);
+    EXPECT_EQ(host_.Main(arguments, out, err), CommandHost::ExitOk);
+    EXPECT_GT(out.parts.size(), 1u);
+    std::string whole;
+    for (const std::string& part : out.parts) {
+        whole.append(part);
+    }
+    const auto document = nlohmann::json::parse(whole);
+    ASSERT_EQ(document.size(), nics->GetCount());
+    EXPECT_EQ(document.back()["Name"], "hwnic3001");
+    EXPECT_TRUE(err.parts.empty());
+
+    PartsChannel full(0);
+    PartsChannel failure(SIZE_MAX);
+    EXPECT_EQ(host_.Main(arguments, full, failure), CommandHost::ExitOutputFailed);
+    EXPECT_EQ(full.parts.size(), 1u);
+    EXPECT_EQ(failure.parts, (std::vector<std::string>{
+                                 "Unable to write to standard output: No space left on device\n"}));
 }
 
 TEST(GlobalOptionsTest, StopAtTheFirstWordOfThePath) {
