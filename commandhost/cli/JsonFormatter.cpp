@@ -2,6 +2,7 @@
 // A byte that is no UTF-8 becomes U+FFFD, so that the document is valid JSON whatever a host
 // returned.
 #include <array>
+#include <unordered_map>
 #include <vector>
 
 #include "commandhost/cli/Formatters.h"
@@ -84,8 +85,7 @@ public:
                 for (size_t i = 0; i < fields.size(); ++i) {
                     const std::string& lead = Lead(depth + 1);
                     out_.append(lead, i > 0 ? 0 : 1);
-                    AppendEscaped(fields[i].Name(), kJsonEscaping, out_);
-                    out_.append(indent_ > 0 ? "\": " : "\":");
+                    out_.append(Key(fields[i].Name()));
                     Value(fields[i].Value(), depth + 1);
                 }
                 Close('}', fields.empty(), depth);
@@ -128,6 +128,16 @@ private:
         }
         return leads_[depth];
     }
+    // A member's key after its opening quote: escaped, closed, with its colon. Field names are
+    // interned, so the rows of a list find theirs by address, escaped once.
+    const std::string& Key(const std::string& name) {
+        auto [key, added] = keys_.try_emplace(&name);
+        if (added) {
+            AppendEscaped(name, kJsonEscaping, key->second);
+            key->second.append(indent_ > 0 ? "\": " : "\":");
+        }
+        return key->second;
+    }
     void Close(char bracket, bool empty, size_t depth) {
         if (!empty && indent_ > 0) {
             const std::string& lead = Lead(depth);
@@ -152,6 +162,7 @@ private:
     std::string& out_;
     const Spill* spill_;
     std::vector<std::string> leads_;
+    std::unordered_map<const std::string*, std::string> keys_;
 };
 
 }  // namespace

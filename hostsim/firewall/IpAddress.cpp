@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "hostctl/HostCtlException.h"
-#include "hostsim/values/Ipv4Text.h"
+#include "hostsim/values/AddressText.h"
 
 namespace HostCtl::Network {
 namespace {
@@ -86,9 +86,7 @@ Ipv6Address::Ipv6Address(const std::string& text) {
 }
 
 std::string Ipv6Address::GetStringAddress() const {
-    char text[INET6_ADDRSTRLEN];
-    inet_ntop(AF_INET6, bytes_.data(), text, sizeof text);
-    return text;
+    return HostSim::Ipv6Text(bytes_.data());
 }
 
 bool Ipv6Address::IsValidAddress(const std::string& text) {

@@ -7,7 +7,7 @@
 #include "hostsim/core/HostChoice.h"
 #include "hostsim/core/Operation.h"
 #include "hostsim/kelmnic/KelmNicStore.h"
-#include "hostsim/values/Ipv4Text.h"
+#include "hostsim/values/AddressText.h"
 
 namespace KelmCtl::Network {
 

@@ -21,7 +21,7 @@
 #include "hostsim/linux/Connections.h"
 #include "hostsim/linux/Netlink.h"
 #include "hostsim/linux/Netstack.h"
-#include "hostsim/values/Ipv4Text.h"
+#include "hostsim/values/AddressText.h"
 
 namespace HostSim::Linux {
 
@@ -89,8 +89,7 @@ std::string AddressText(int family, const __be32* address) {
     if (family == AF_INET) {
         return Ipv4Text(ntohl(address[0]));
     }
-    char text[INET6_ADDRSTRLEN];
-    return inet_ntop(family, address, text, sizeof text) != nullptr ? text : std::string();
+    return Ipv6Text(reinterpret_cast<const unsigned char*>(address));
 }
 
 HostCtl::Network::TcpIpConnection FromDiagnostics(const nlmsghdr& message, bool tcp) {

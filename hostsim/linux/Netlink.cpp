@@ -91,6 +91,11 @@ NetlinkSocket::NetlinkSocket(int protocol)
     port_ = mnl_socket_get_portid(socket_);
 }
 
+void NetlinkSocket::SetStrictChecks(bool on) {
+    int value = on ? 1 : 0;
+    mnl_socket_setsockopt(socket_, NETLINK_GET_STRICT_CHK, &value, sizeof value);
+}
+
 NetlinkSocket::~NetlinkSocket() {
     mnl_socket_close(socket_);
 }

@@ -61,6 +61,9 @@ public:
     // dump (NLM_F_DUMP), else the reply, if any, before the acknowledgement. A refusal throws
     // HostCtlException with the kernel's words.
     void Exchange(Message& request, const std::function<void(const nlmsghdr&)>& onReply = {});
+    // Whether the kernel checks requests strictly and filters dumps by what they name
+    // (NETLINK_GET_STRICT_CHK, Linux 4.20); an older kernel ignores it and dumps everything.
+    void SetStrictChecks(bool on);
 
 private:
     mnl_socket* socket_;

@@ -10,7 +10,7 @@
 
 #include "hostctl/HostCtlException.h"
 #include "hostsim/linux/Netstack.h"
-#include "hostsim/values/Ipv4Text.h"
+#include "hostsim/values/AddressText.h"
 
 namespace HostSim::Linux {
 
@@ -44,9 +44,7 @@ std::string AddressText(int addressFamily, const nlattr* attribute) {
         return Ipv4Text(static_cast<std::uint32_t>(bytes[0]) << 24 | bytes[1] << 16 |
                         bytes[2] << 8 | bytes[3]);
     }
-    char text[INET6_ADDRSTRLEN] = {};
-    inet_ntop(addressFamily, bytes, text, sizeof text);
-    return text;
+    return Ipv6Text(bytes);
 }
 
 void PutAddress(Message& message, std::uint16_t type, int addressFamily, const std::string& text) {
@@ -195,7 +193,18 @@ void ReadHops(int addressFamily, const nlattr* multipath, std::vector<DumpedRout
 void DumpMainRoutes(NetlinkSocket& socket, int addressFamily,
                     const std::function<void(const DumpedRoute&)>& visit) {
     Message request(RTM_GETROUTE, NLM_F_DUMP);
-    request.PutExtra<rtmsg>()->rtm_family = static_cast<unsigned char>(addressFamily);
+    auto* filter = request.PutExtra<rtmsg>();
+    filter->rtm_family = static_cast<unsigned char>(addressFamily);
+    filter->rtm_table = RT_TABLE_MAIN;
+    mnl_attr_put_u32(request.Header(), RTA_TABLE, RT_TABLE_MAIN);
+    // With strict checks the kernel dumps the main table alone, not the local one, which holds a
+    // route for every address of the host. The checks stay on for this dump only: other
+    // requests on the socket are made for the lenient kind.
+    struct StrictDump {
+        NetlinkSocket& socket;
+        explicit StrictDump(NetlinkSocket& held) : socket(held) { socket.SetStrictChecks(true); }
+        ~StrictDump() { socket.SetStrictChecks(false); }
+    } strict(socket);
     DumpedRoute route;
     socket.Exchange(request, [&route, &visit](const nlmsghdr& reply) {
         const auto* header = static_cast<const rtmsg*>(mnl_nlmsg_get_payload(&reply));

@@ -10,7 +10,7 @@
 #include "hostsim/core/Store.h"
 #include "hostsim/linux/LiveHost.h"
 #include "hostsim/routing/RoutingStore.h"
-#include "hostsim/values/Ipv4Text.h"
+#include "hostsim/values/AddressText.h"
 
 namespace KelmCtl::Network {
 

@@ -1,10 +1,14 @@
 // Value types and string helpers of the host-control layer.
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+
 #include <climits>
+#include <random>
 
 #include "hostctl/MacAddress.h"
 #include "hostctl/Misc.h"
+#include "hostsim/values/AddressText.h"
 
 namespace {
 
@@ -28,6 +32,44 @@ TEST(MacAddressTest, TextFormIsLowerCaseAndInvalidTextIsAllZeros) {
     EXPECT_EQ(mac, MacAddress("02:1a:2b:ab:cd:0f"));
     EXPECT_EQ(MacAddress("02:1a:2b:ab:cd").GetStringAddress(), "00:00:00:00:00:00");
     EXPECT_EQ(MacAddress("02:1a:2b:ab:cd"), MacAddress());
+}
+
+// The C library's inet_ntop is the witness: every kind of zero run, the embedded IPv4 forms and
+// random addresses read the same.
+TEST(AddressTextTest, Ipv6TextIsWhatInetNtopGives) {
+    std::vector<std::string> texts{"::",
+                                   "::1",
+                                   "::2",
+                                   "1::",
+                                   "2001:db8::1",
+                                   "2001:db8:0:1:0:0:0:1",
+                                   "2001:0:0:1:0:0:0:1",
+                                   "2001:db8:1:2:3:4:5:6",
+                                   "2001:db8:0:2:3:4:5:6",
+                                   "fe80::2:1ff:fe00:1",
+                                   "::ffff:192.0.2.1",
+                                   "::192.0.2.1",
+                                   "::ffff:0:192.0.2.1",
+                                   "0:0:0:0:0:1:0:1",
+                                   "1:0:0:2:0:0:0:3",
+                                   "ff02::1:ff00:1"};
+    std::mt19937 random(7);
+    for (int i = 0; i < 200; ++i) {
+        in6_addr address{};
+        for (auto& byte : address.s6_addr) {
+            // Mostly zeros, so that runs of zero groups of every length come up.
+            byte = random() % 3 == 0 ? static_cast<unsigned char>(random()) : 0;
+        }
+        char text[INET6_ADDRSTRLEN];
+        texts.emplace_back(inet_ntop(AF_INET6, &address, text, sizeof text));
+    }
+    for (const std::string& text : texts) {
+        in6_addr address{};
+        ASSERT_EQ(inet_pton(AF_INET6, text.c_str(), &address), 1) << text;
+        char expected[INET6_ADDRSTRLEN];
+        inet_ntop(AF_INET6, &address, expected, sizeof expected);
+        EXPECT_EQ(HostSim::Ipv6Text(address.s6_addr), expected) << text;
+    }
 }
 
 TEST(StringHelpersTest, StrPrintfFormatsAnyLength) {
