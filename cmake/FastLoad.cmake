@@ -21,7 +21,8 @@
 #   Every copy finds the unwind tables of every loaded object, so exceptions cross freely.
 # - SQLite is linked into the host library from its static archive, its symbols kept hidden: the
 #   shared library is built to bind all of its 1,200 symbols at load, which would cost every
-#   autocli process more than the command itself.
+#   autocli process more than the command itself. The math library it calls is opened when first
+#   called (hostsim/core/MathLibrary.cpp).
 set(CMAKE_SKIP_BUILD_RPATH ON)
 set(FAST_LOAD_LINK_OPTIONS -Wl,-z,noseparate-code -Wl,-z,pack-relative-relocs)
 
@@ -44,12 +45,14 @@ function(name_by_origin target)
     target_link_options(${target} PRIVATE @${options})
 endfunction()
 
-# SQLite from its static archive, hidden in `target`, with the math library its SQL functions
-# call. Only one library of a process may carry it: two copies of SQLite in one process don't see
-# each other's POSIX locks on a database and can drop them.
+# SQLite from its static archive, hidden in `target`. Only one library of a process may carry it:
+# two copies of SQLite in one process don't see each other's POSIX locks on a database and can
+# drop them. The math library its SQL functions call is not linked: hostsim/core/MathLibrary.cpp
+# opens it at the first such call, so that a process that makes none (every one, today) does not
+# map it and resolve its symbols.
 function(link_static_sqlite target)
     find_library(SQLITE3_ARCHIVE NAMES libsqlite3.a REQUIRED)
-    target_link_libraries(${target} PRIVATE ${SQLITE3_ARCHIVE} m)
+    target_link_libraries(${target} PRIVATE ${SQLITE3_ARCHIVE})
     target_link_options(${target} PRIVATE -Wl,--exclude-libs,libsqlite3.a)
 endfunction()
 

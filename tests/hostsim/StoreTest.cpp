@@ -14,6 +14,7 @@
 
 #include "HostSimTest.h"
 #include "hostctl/HostCtlException.h"
+#include "hostsim/core/Database.h"
 #include "hostsim/core/Profile.h"
 #include "hostsim/core/Store.h"
 #include "hostsim/core/Subject.h"
@@ -291,6 +292,21 @@ TEST_F(StoreTest, ASchemaStepDropsAColumnNothingReads) {
 
 // The schema block of the README is the schema of a fresh store, statement by statement, with
 // each subject's version.
+// SQLite's math functions reach the math library, which the host library opens when one is
+// first called instead of linking it: each kind of function gives the math library's answer.
+TEST_F(StoreTest, SqlMathFunctionsGiveTheMathLibrarysAnswers) {
+    HostSim::Database database(Directory() + "/math.db");
+    auto row = database.Query(
+        "SELECT sqrt(16.0), pow(2, 10), trunc(-2.5), mod(7, 3), round(atan2(1, 1) * 4, 6), "
+        "round(exp(ln(5)), 6), round(sin(0) + cos(0) + tanh(0), 6)");
+    ASSERT_TRUE(row.Step());
+    const std::vector<std::string> expected{"4.0",      "1024.0", "-2.0", "1.0",
+                                            "3.141593", "5.0",    "1.0"};
+    for (std::size_t column = 0; column < expected.size(); ++column) {
+        EXPECT_EQ(row.Text(static_cast<int>(column)), expected[column]) << column;
+    }
+}
+
 TEST_F(StoreTest, TheReadmeShowsTheWholeSchema) {
     InitHost({});
     const std::string readme = FileBytes(HOSTSIM_README);
