@@ -126,10 +126,17 @@ std::shared_ptr<MetaStruct> MetaStruct::New(const std::string& name) {
     return std::make_shared<MetaStruct>(name);
 }
 
+// A command sets a row's fields mostly in their order: the search starts after the field found
+// last, and wraps around.
 MetaStruct::Field* MetaStruct::Find(std::string_view name) {
-    for (Field& field : fields_) {
-        if (*field.name_ == name) {
-            return &field;
+    const std::size_t count = fields_.size();
+    for (std::size_t step = 0, i = nextField_; step < count; ++step, ++i) {
+        if (i >= count) {
+            i = 0;
+        }
+        if (*fields_[i].name_ == name) {
+            nextField_ = i + 1;
+            return &fields_[i];
         }
     }
     return nullptr;

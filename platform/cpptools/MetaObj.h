@@ -1,6 +1,7 @@
 // Result values of a command: a tree of typed values held by shared pointers.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -187,6 +188,7 @@ private:
 
     const std::string* name_;
     std::vector<Field> fields_;
+    std::size_t nextField_ = 0;  // where the next search for a field starts
 };
 
 }  // namespace CppTools::MetaObj
