@@ -93,6 +93,7 @@ void Collect(MetaList& list, std::string_view protocol, const std::string& key) 
     } else {
         networkInfo.GetCurrentIpKelmConnections(connections, key);
     }
+    list.Reserve(list.GetCount() + connections.size());
     for (const auto& connection : connections) {
         auto row = std::make_shared<MetaStruct>(*list.GetPrototype());
         row->SetField(kProto, std::string(protocol));
