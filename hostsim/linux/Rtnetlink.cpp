@@ -192,6 +192,13 @@ void ReadHops(int addressFamily, const nlattr* multipath, std::vector<DumpedRout
 
 void DumpMainRoutes(NetlinkSocket& socket, int addressFamily,
                     const std::function<void(const DumpedRoute&)>& visit) {
+    // Each family is asked for alone, so that the table filter below goes only to the two
+    // families that take it.
+    if (addressFamily == AF_UNSPEC) {
+        DumpMainRoutes(socket, AF_INET, visit);
+        DumpMainRoutes(socket, AF_INET6, visit);
+        return;
+    }
     Message request(RTM_GETROUTE, NLM_F_DUMP);
     auto* filter = request.PutExtra<rtmsg>();
     filter->rtm_family = static_cast<unsigned char>(addressFamily);
@@ -206,8 +213,12 @@ void DumpMainRoutes(NetlinkSocket& socket, int addressFamily,
         ~StrictDump() { socket.SetStrictChecks(false); }
     } strict(socket);
     DumpedRoute route;
-    socket.Exchange(request, [&route, &visit](const nlmsghdr& reply) {
+    socket.Exchange(request, [&route, &visit, addressFamily](const nlmsghdr& reply) {
         const auto* header = static_cast<const rtmsg*>(mnl_nlmsg_get_payload(&reply));
+        // A kernel without the family answers with the dump of every family.
+        if (header->rtm_family != addressFamily) {
+            return;
+        }
         std::array<const nlattr*, RTA_MAX + 1> attributes{};
         ParseAttributesInto(reply, sizeof(rtmsg), attributes);
         if (U32Or(attributes[RTA_TABLE], header->rtm_table) != RT_TABLE_MAIN ||
