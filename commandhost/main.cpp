@@ -75,8 +75,8 @@ size_t TerminalWidth() {
 // A kernel without MADV_POPULATE_WRITE refuses the call, and the pages fault as they would.
 void PrefaultHeap() {
     constexpr std::size_t kWorkingHeap = 192 * 1024;
-    mallopt(M_MMAP_THRESHOLD, 4 * kWorkingHeap);
-    mallopt(M_TRIM_THRESHOLD, 8 * kWorkingHeap);
+    mallopt(M_MMAP_THRESHOLD, 64 * 1024 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 128 * 1024 * 1024);
     mallopt(M_TOP_PAD, 64 * 1024);
     void* block = std::malloc(kWorkingHeap);
     const auto first = reinterpret_cast<std::uintptr_t>(block) & ~std::uintptr_t{4095};
