@@ -12,10 +12,13 @@ PS1='> '
 fpath=($build/share/zsh/vendor-completions \$fpath)
 autoload -Uz compinit && compinit -u -d $work/zcompdump
 END
-tmux=(tmux -S "$work/tmux.socket")
+# Every call of tmux is bounded: a client that gets no answer is a failure, not a test that hangs
+# until ctest stops it without a word.
+tmux=(timeout 10 tmux -S "$work/tmux.socket")
 "${tmux[@]}" new-session -d -s completion -x 200 -y 60 \
     "env ZDOTDIR=$work/zdotdir PATH=$build/bin:$PATH HOSTSIM_DIR=$HOSTSIM_DIR zsh -i"
 trap '"${tmux[@]}" kill-server 2>/dev/null; rm -rf "$work"' EXIT
+trap 'echo "FAIL: line $LINENO: $BASH_COMMAND ended with status $?" >&2' ERR
 
 # The screen, with the blanks at the ends of its lines.
 screen() { "${tmux[@]}" capture-pane -p -N -t completion; }
@@ -23,8 +26,8 @@ screen() { "${tmux[@]}" capture-pane -p -N -t completion; }
 # Waits up to twenty seconds (a loaded machine draws slowly) for the screen to show every one
 # of the words given.
 shows() {
-    local word tries text
-    for ((tries = 0; tries < 200; tries++)); do
+    local word text deadline=$((SECONDS + 20))
+    while ((SECONDS < deadline)); do
         sleep 0.1
         text=$(screen)
         for word in "$@"; do
@@ -37,9 +40,9 @@ shows() {
 
 # Waits up to twenty seconds for the screen to hold nothing but the prompt with TEXT after it.
 shows_only() {
-    local tries text expected="> $1"
+    local text expected="> $1" deadline=$((SECONDS + 20))
     expected=${expected%%+([[:space:]])}
-    for ((tries = 0; tries < 200; tries++)); do
+    while ((SECONDS < deadline)); do
         sleep 0.1
         text=$(screen)
         [[ ${text%%+([[:space:]])} == "$expected" ]] && return 0
