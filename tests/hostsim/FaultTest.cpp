@@ -125,7 +125,6 @@ void ReportEnvironmentFaults(const std::string& directory) {
     std::cerr << "[" << FaultOf([] { PnicImpl("hwnic0").GetMtu(); }) << "]";
     HostSim::InjectFault("Pnic::GetSpeed", "", "injected");
     std::cerr << "[" << FaultOf([] { PnicImpl("hwnic0").GetSpeed(); }) << "]";
-    std::exit(0);
 }
 
 TEST_F(FaultTest, FaultsComeFromTheEnvironment) {
@@ -134,9 +133,14 @@ TEST_F(FaultTest, FaultsComeFromTheEnvironment) {
            "Pnic::SetLinkState@hwnic1=Device busy; ; NetworkInfo::GetPnics =driver reset;"
            " Pnic::GetMtu;",
            1);
-    EXPECT_EXIT(ReportEnvironmentFaults(Directory()), ::testing::ExitedWithCode(0),
-                "\\[Device busy\\]\\[\\]\\[driver reset\\]\\[Pnic::GetMtu failed\\]"
-                "\\[injected\\]");
+    EXPECT_EXIT(
+        {
+            ReportEnvironmentFaults(Directory());
+            ExitRemovingDirectories(0);
+        },
+        ::testing::ExitedWithCode(0),
+        "\\[Device busy\\]\\[\\]\\[driver reset\\]\\[Pnic::GetMtu failed\\]"
+        "\\[injected\\]");
     unsetenv("HOSTSIM_FAULTS");
 }
 
@@ -145,7 +149,6 @@ TEST_F(FaultTest, FaultsComeFromTheEnvironment) {
 void ReportFirstOperation(const std::string& directory) {
     HostSim::UseStateDirectory(directory);
     std::cerr << "[" << FaultOf([] { PnicImpl("hwnic2").GetMtu(); }) << "]";
-    std::exit(0);
 }
 
 TEST_F(FaultTest, AnEntryThatNamesNoOperationIsRefused) {
@@ -170,8 +173,12 @@ TEST_F(FaultTest, AnEntryThatNamesNoOperationIsRefused) {
     };
     for (const auto& [faults, message] : cases) {
         setenv("HOSTSIM_FAULTS", faults.c_str(), 1);
-        EXPECT_EXIT(ReportFirstOperation(Directory()), ::testing::ExitedWithCode(0),
-                    ::testing::StrEq("[" + message + "]"))
+        EXPECT_EXIT(
+            {
+                ReportFirstOperation(Directory());
+                ExitRemovingDirectories(0);
+            },
+            ::testing::ExitedWithCode(0), ::testing::StrEq("[" + message + "]"))
             << faults;
     }
     unsetenv("HOSTSIM_FAULTS");
@@ -187,7 +194,7 @@ TEST_F(FaultTest, AnObjectMayHoldBlanks) {
             std::cerr << "[" << FaultOf([] {
                 HostSim::PassOperation("PortGroup::GetVlanId", "VM Network");
             }) << "]";
-            std::exit(0);
+            ExitRemovingDirectories(0);
         },
         ::testing::ExitedWithCode(0), ::testing::StrEq("[ no VLAN ]"));
     unsetenv("HOSTSIM_FAULTS");

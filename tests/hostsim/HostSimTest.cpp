@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -17,6 +18,12 @@ void HostTest::SetUp() {
     files_ = std::make_unique<Testing::TemporaryDirectory>();
     HostSim::UseStateDirectory(state_->Path());
     HostSim::ClearFaults();
+}
+
+void HostTest::ExitRemovingDirectories(int status) {
+    state_.reset();
+    files_.reset();
+    std::exit(status);
 }
 
 void HostTest::TearDown() {

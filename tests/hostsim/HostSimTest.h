@@ -33,6 +33,9 @@ protected:
     void Reconnect();
     // The whole host as the hostsim tool exports it.
     HostSim::Json ExportHost();
+    // Ends the process of a death test with `status`, after removing the directories its own
+    // copy of the fixture made (an exit skips the fixture's destructor).
+    [[noreturn]] void ExitRemovingDirectories(int status);
 
 private:
     std::unique_ptr<Testing::TemporaryDirectory> state_;
