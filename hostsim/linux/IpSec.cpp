@@ -17,6 +17,7 @@
 #include "hostsim/linux/Files.h"
 #include "hostsim/linux/IpSec.h"
 #include "hostsim/linux/Netlink.h"
+#include "hostsim/values/AddressText.h"
 
 namespace HostSim::Linux {
 
@@ -97,9 +98,7 @@ Address FromText(const std::string& text) {
 }
 
 std::string AddressText(const Address& bytes) {
-    char text[INET6_ADDRSTRLEN];
-    inet_ntop(AF_INET6, bytes.data(), text, sizeof text);
-    return text;
+    return Ipv6Text(bytes.data());
 }
 
 // The names file of the namespace the process runs in, named after the namespace's inode.
